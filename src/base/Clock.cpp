@@ -1,0 +1,165 @@
+#include "base/Clock.h"
+
+#include "base/Error.h"
+#include "base/StopWakeup.h"
+
+#include <QTimer>
+
+#include <array>
+#include <cstdio>
+
+namespace varnel {
+
+using namespace std::chrono;
+
+Instant SystemClock::now() const
+{
+    return time_point_cast<milliseconds>(system_clock::now());
+}
+
+steady_clock::time_point SystemClock::steadyNow() const
+{
+    return steady_clock::now();
+}
+
+Task<void> SystemClock::sleepFor(milliseconds duration, std::stop_token stop) const
+{
+    Wakeup wakeup;
+    const StopWakeup onStop(stop, wakeup);
+    bool elapsed = false;
+    QTimer timer;
+    timer.setSingleShot(true);
+    timer.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&elapsed, &wakeup] {
+        elapsed = true;
+        wakeup.notify();
+    });
+    timer.start(duration);
+    while (!elapsed) {
+        if (stop.stop_requested())
+            throw Cancelled();
+        co_await wakeup.wait();
+    }
+}
+
+QString toIso8601(Instant instant)
+{
+    const auto day = floor<days>(instant);
+    const year_month_day date(day);
+    const hh_mm_ss time(floor<seconds>(instant - day));
+    std::array<char, 40> text{};
+    const int length =
+        std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
+                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+                      static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+                      static_cast<int>(time.seconds().count()));
+    return QString::fromLatin1(text.data(), length);
+}
+
+namespace {
+
+/// Reads fixed-width fields from the front of a text; once something does not fit, everything after fails too.
+class FieldReader
+{
+public:
+    explicit FieldReader(QStringView text)
+        : m_rest(text)
+    {
+    }
+
+    int digits(qsizetype count)
+    {
+        if (m_rest.size() < count)
+            return fail();
+        int value = 0;
+        for (qsizetype i = 0; i < count; ++i) {
+            const char16_t unit = m_rest[i].unicode();
+            if (unit < u'0' || unit > u'9')
+                return fail();
+            value = value * 10 + (unit - u'0');
+        }
+        m_rest = m_rest.mid(count);
+        return value;
+    }
+
+    bool accept(char16_t first, char16_t second)
+    {
+        if (m_rest.isEmpty() || (m_rest[0] != QChar(first) && m_rest[0] != QChar(second)))
+            return false;
+        m_rest = m_rest.mid(1);
+        return true;
+    }
+    void expect(char16_t first, char16_t second)
+    {
+        if (!accept(first, second))
+            fail();
+    }
+
+    milliseconds fraction()
+    {
+        int value = 0;
+        int scale = 100;
+        bool any = false;
+        while (!m_rest.isEmpty() && m_rest[0] >= QChar(u'0') && m_rest[0] <= QChar(u'9')) {
+            value += (m_rest[0].unicode() - u'0') * scale;
+            scale /= 10;
+            any = true;
+            m_rest = m_rest.mid(1);
+        }
+        if (!any)
+            fail();
+        return milliseconds(value);
+    }
+
+    bool succeeded() const { return !m_failed && m_rest.isEmpty(); }
+
+private:
+    int fail()
+    {
+        m_failed = true;
+        return 0;
+    }
+
+    QStringView m_rest;
+    bool m_failed = false;
+};
+
+} // namespace
+
+std::optional<Instant> fromIso8601(QStringView text)
+{
+    FieldReader reader(text);
+    const year_month_day date = [&reader] {
+        const year y(reader.digits(4));
+        reader.expect(u'-', u'-');
+        const month m(static_cast<unsigned>(reader.digits(2)));
+        reader.expect(u'-', u'-');
+        return year_month_day(y, m, day(static_cast<unsigned>(reader.digits(2))));
+    }();
+    reader.expect(u'T', u't');
+    const int hour = reader.digits(2);
+    reader.expect(u':', u':');
+    const int minute = reader.digits(2);
+    reader.expect(u':', u':');
+    const int second = reader.digits(2);
+    const milliseconds fraction = reader.accept(u'.', u'.') ? reader.fraction() : milliseconds(0);
+
+    minutes offset(0);
+    if (!reader.accept(u'Z', u'z')) {
+        const int sign = reader.accept(u'-', u'-') ? -1 : 1;
+        if (sign > 0)
+            reader.expect(u'+', u'+');
+        const int offsetHours = reader.digits(2);
+        reader.expect(u':', u':');
+        const int offsetMinutes = reader.digits(2);
+        if (offsetHours > 23 || offsetMinutes > 59)
+            return std::nullopt;
+        offset = sign * (hours(offsetHours) + minutes(offsetMinutes));
+    }
+    // Second 60 is a leap second; it is read as the first second of the next minute, as everybody does.
+    if (!reader.succeeded() || !date.ok() || hour > 23 || minute > 59 || second > 60)
+        return std::nullopt;
+    return Instant(sys_days(date)) + hours(hour) + minutes(minute) + seconds(second) + fraction - offset;
+}
+
+} // namespace varnel

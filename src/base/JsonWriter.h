@@ -1,0 +1,75 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonValue>
+#include <QStringView>
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace varnel {
+
+/// Writes a JSON text piece by piece into a sink, so that a big document never exists twice in memory.
+///
+/// What it writes always loads again: a number that is not finite is refused with an Error, a lone surrogate is
+/// written as U+FFFD. In the pretty style, used for files, the caller gives the keys of each object in ascending
+/// order of their bytes; this is asserted.
+class JsonWriter
+{
+public:
+    enum class Style {
+        Pretty,  ///< a key a line, two blanks a level, for files that people open
+        Compact, ///< no white space, for request bodies
+    };
+    /// Takes the next piece of the text; it may throw to end the writing.
+    using Sink = std::function<void(std::string_view)>;
+
+    JsonWriter(Style style, Sink sink);
+
+    void beginObject();
+    void endObject();
+    void beginArray();
+    void endArray();
+    void key(std::string_view key);
+
+    void string(QStringView text);
+    void integer(qint64 value);
+    void number(double value);
+    void boolean(bool value);
+    void null();
+    /// A string that holds the bytes in standard Base64 without line breaks (RFC 4648).
+    void base64(QByteArrayView bytes);
+    /// A value of Qt's JSON types, whatever it holds.
+    void value(const QJsonValue& value);
+
+    /// Hands what is still buffered to the sink; to be called once, at the end.
+    void finish();
+
+private:
+    struct Level
+    {
+        char closing;
+        bool empty = true;
+        std::string lastKey;
+    };
+
+    void beginValue();
+    void open(char opening, char closing);
+    void close();
+    void lineBreak();
+    void appendEscaped(QStringView text);
+    void flushIfLarge();
+
+    Style m_style;
+    Sink m_sink;
+    std::string m_buffer;
+    std::vector<Level> m_levels;
+    bool m_afterKey = false;
+};
+
+/// Runs `write` with a compact writer and returns the whole text; for request bodies.
+QByteArray compactJson(const std::function<void(JsonWriter&)>& write);
+
+} // namespace varnel

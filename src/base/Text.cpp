@@ -1,0 +1,19 @@
+#include "base/Text.h"
+
+namespace varnel {
+
+QString wellFormed(QString text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar unit = text.at(i);
+        if (!unit.isSurrogate())
+            continue;
+        if (unit.isHighSurrogate() && i + 1 < text.size() && text.at(i + 1).isLowSurrogate())
+            ++i;
+        else
+            text[i] = QChar(QChar::ReplacementCharacter);
+    }
+    return text;
+}
+
+} // namespace varnel
