@@ -1,0 +1,95 @@
+#include "base/HttpClient.h"
+
+#include "base/CurlSession.h"
+#include "base/HttpTransfer.h"
+#include "base/SystemProxy.h"
+
+namespace varnel {
+
+namespace {
+
+/// Which proxy to use: nothing leaves it to libcurl and the environment, empty means none.
+Task<std::optional<QByteArray>> findProxy(std::shared_ptr<CurlSession> session, QUrl url, std::stop_token stop)
+{
+    if (isLoopbackHost(url.host()))
+        co_return QByteArray("");
+    if (environmentNamesProxy())
+        co_return std::nullopt;
+    const QString key = url.scheme() + QLatin1Char(' ') + url.host();
+    if (const auto known = session->knownProxies.find(key); known != session->knownProxies.end())
+        co_return known->second;
+    std::optional<QByteArray> proxy = co_await session->proxyLookup.run(
+        [url](const std::stop_token&) { return desktopProxyFor(url); }, std::move(stop));
+    session->knownProxies.emplace(key, proxy);
+    co_return proxy;
+}
+
+Task<HttpResponse> sendRequest(std::shared_ptr<CurlSession> session, HttpRequest request, std::stop_token stop)
+{
+    if (stop.stop_requested())
+        throw Cancelled();
+    std::optional<QByteArray> proxy = co_await findProxy(session, request.url, stop);
+    const auto transfer =
+        std::make_shared<HttpTransfer>(std::move(session), std::move(request), std::move(proxy), std::move(stop));
+    co_await HttpTransfer::head(transfer);
+    co_return HttpResponse(transfer);
+}
+
+Task<QByteArray> readWhole(std::shared_ptr<HttpTransfer> transfer, qint64 limit)
+{
+    QByteArray body;
+    while (const std::optional<QByteArray> piece = co_await HttpTransfer::next(transfer)) {
+        body += *piece;
+        if (body.size() > limit) {
+            const QString size = limit < 1024 * 1024 ? QStringLiteral("%1 bytes").arg(limit)
+                                                     : QStringLiteral("%1 MiB").arg(limit / (1024 * 1024));
+            throw TransportError(TransportError::Kind::TooLarge,
+                                 QStringLiteral("The reply of %1 is longer than %2.").arg(transfer->peer(), size));
+        }
+    }
+    co_return body;
+}
+
+Task<QByteArray> readBeginning(std::shared_ptr<HttpTransfer> transfer, qint64 limit)
+{
+    QByteArray body;
+    try {
+        while (body.size() < limit) {
+            const std::optional<QByteArray> piece = co_await HttpTransfer::next(transfer);
+            if (!piece)
+                break;
+            body += *piece;
+        }
+    } catch (const TransportError&) {
+        // What arrived is all there is to show; the status that made somebody read this stands for the rest.
+    }
+    body.truncate(limit);
+    co_return body;
+}
+
+} // namespace
+
+HttpResponse::HttpResponse(std::shared_ptr<HttpTransfer> transfer)
+    : m_transfer(std::move(transfer))
+{
+}
+
+int HttpResponse::status() const { return m_transfer->status(); }
+QByteArray HttpResponse::header(QByteArrayView name) const { return m_transfer->header(name); }
+Task<std::optional<QByteArray>> HttpResponse::next() { return HttpTransfer::next(m_transfer); }
+Task<QByteArray> HttpResponse::readAll(qint64 limit) { return readWhole(m_transfer, limit); }
+Task<QByteArray> HttpResponse::readUpTo(qint64 limit) { return readBeginning(m_transfer, limit); }
+
+HttpClient::HttpClient(HttpClientOptions options)
+    : m_session(std::make_shared<CurlSession>(std::move(options.certificateAuthorities)))
+{
+}
+
+HttpClient::~HttpClient() = default;
+
+Task<HttpResponse> HttpClient::send(HttpRequest request, std::stop_token stop)
+{
+    return sendRequest(m_session, std::move(request), std::move(stop));
+}
+
+} // namespace varnel
