@@ -49,23 +49,23 @@ QString toIso8601(Instant instant)
     const hh_mm_ss time(floor<seconds>(instant - day));
     std::array<char, 40> text{};
     const int length =
-        std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ", static_cast<int>(date.year()),
-                      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
-                      static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
-                      static_cast<int>(time.seconds().count()));
+        std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                      static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                      static_cast<unsigned>(date.day()), static_cast<int>(time.hours().count()),
+                      static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()));
     return QString::fromLatin1(text.data(), length);
 }
 
 namespace {
 
-/// Reads fixed-width fields from the front of a text; once something does not fit, everything after fails too.
+/// Reads fixed-width fields from the front of a text; once something does not fit, everything after fails
+/// too.
 class FieldReader
 {
 public:
     explicit FieldReader(QStringView text)
         : m_rest(text)
-    {
-    }
+    {}
 
     int digits(qsizetype count)
     {

@@ -44,8 +44,8 @@ public:
 /// "2026-11-15T20:25:47Z": whole seconds, UTC (RFC 3339, the internet date-time form of ISO 8601).
 QString toIso8601(Instant instant);
 
-/// Reads the internet date-time form of ISO 8601, with "Z" or a numeric offset; a fraction of a second is read to
-/// the millisecond. Nothing if the text is anything else or names a day or time that does not exist.
+/// Reads the internet date-time form of ISO 8601, with "Z" or a numeric offset; a fraction of a second is
+/// read to the millisecond. Nothing if the text is anything else or names a day or time that does not exist.
 std::optional<Instant> fromIso8601(QStringView text);
 
 } // namespace varnel

@@ -60,8 +60,8 @@ int CurlSession::onTimer(CURLM*, long milliseconds, void* session)
     return 0;
 }
 
-QSocketNotifier* CurlSession::notifier(QSocketNotifier*& slot, curl_socket_t socket, QSocketNotifier::Type type,
-                                       int action)
+QSocketNotifier* CurlSession::notifier(QSocketNotifier*& slot, curl_socket_t socket,
+                                       QSocketNotifier::Type type, int action)
 {
     if (!slot) {
         slot = new QSocketNotifier(socket, type, this);

@@ -5,8 +5,7 @@ namespace varnel {
 Error::Error(QString message)
     : m_message(std::move(message))
     , m_what(m_message.toUtf8())
-{
-}
+{}
 
 static QString describe(const QString& path, const QString& problem)
 {
@@ -17,15 +16,13 @@ DecodeError::DecodeError(QString path, QString problem)
     : Error(describe(path, problem))
     , m_path(std::move(path))
     , m_problem(std::move(problem))
-{
-}
+{}
 
 DecodeError::DecodeError(QString message, QString path, QString problem)
     : Error(std::move(message))
     , m_path(std::move(path))
     , m_problem(std::move(problem))
-{
-}
+{}
 
 DecodeError DecodeError::introducedBy(const QString& sentence) const
 {

@@ -9,7 +9,8 @@ namespace varnel {
 namespace {
 
 /// Which proxy to use: nothing leaves it to libcurl and the environment, empty means none.
-Task<std::optional<QByteArray>> findProxy(std::shared_ptr<CurlSession> session, QUrl url, std::stop_token stop)
+Task<std::optional<QByteArray>> findProxy(std::shared_ptr<CurlSession> session, QUrl url,
+                                          std::stop_token stop)
 {
     if (isLoopbackHost(url.host()))
         co_return QByteArray("");
@@ -24,13 +25,14 @@ Task<std::optional<QByteArray>> findProxy(std::shared_ptr<CurlSession> session, 
     co_return proxy;
 }
 
-Task<HttpResponse> sendRequest(std::shared_ptr<CurlSession> session, HttpRequest request, std::stop_token stop)
+Task<HttpResponse> sendRequest(std::shared_ptr<CurlSession> session, HttpRequest request,
+                               std::stop_token stop)
 {
     if (stop.stop_requested())
         throw Cancelled();
     std::optional<QByteArray> proxy = co_await findProxy(session, request.url, stop);
-    const auto transfer =
-        std::make_shared<HttpTransfer>(std::move(session), std::move(request), std::move(proxy), std::move(stop));
+    const auto transfer = std::make_shared<HttpTransfer>(std::move(session), std::move(request),
+                                                         std::move(proxy), std::move(stop));
     co_await HttpTransfer::head(transfer);
     co_return HttpResponse(transfer);
 }
@@ -43,8 +45,9 @@ Task<QByteArray> readWhole(std::shared_ptr<HttpTransfer> transfer, qint64 limit)
         if (body.size() > limit) {
             const QString size = limit < 1024 * 1024 ? QStringLiteral("%1 bytes").arg(limit)
                                                      : QStringLiteral("%1 MiB").arg(limit / (1024 * 1024));
-            throw TransportError(TransportError::Kind::TooLarge,
-                                 QStringLiteral("The reply of %1 is longer than %2.").arg(transfer->peer(), size));
+            throw TransportError(
+                TransportError::Kind::TooLarge,
+                QStringLiteral("The reply of %1 is longer than %2.").arg(transfer->peer(), size));
         }
     }
     co_return body;
@@ -71,19 +74,32 @@ Task<QByteArray> readBeginning(std::shared_ptr<HttpTransfer> transfer, qint64 li
 
 HttpResponse::HttpResponse(std::shared_ptr<HttpTransfer> transfer)
     : m_transfer(std::move(transfer))
-{
-}
+{}
 
-int HttpResponse::status() const { return m_transfer->status(); }
-QByteArray HttpResponse::header(QByteArrayView name) const { return m_transfer->header(name); }
-Task<std::optional<QByteArray>> HttpResponse::next() { return HttpTransfer::next(m_transfer); }
-Task<QByteArray> HttpResponse::readAll(qint64 limit) { return readWhole(m_transfer, limit); }
-Task<QByteArray> HttpResponse::readUpTo(qint64 limit) { return readBeginning(m_transfer, limit); }
+int HttpResponse::status() const
+{
+    return m_transfer->status();
+}
+QByteArray HttpResponse::header(QByteArrayView name) const
+{
+    return m_transfer->header(name);
+}
+Task<std::optional<QByteArray>> HttpResponse::next()
+{
+    return HttpTransfer::next(m_transfer);
+}
+Task<QByteArray> HttpResponse::readAll(qint64 limit)
+{
+    return readWhole(m_transfer, limit);
+}
+Task<QByteArray> HttpResponse::readUpTo(qint64 limit)
+{
+    return readBeginning(m_transfer, limit);
+}
 
 HttpClient::HttpClient(HttpClientOptions options)
     : m_session(std::make_shared<CurlSession>(std::move(options.certificateAuthorities)))
-{
-}
+{}
 
 HttpClient::~HttpClient() = default;
 

@@ -25,8 +25,8 @@ struct HttpHeader
     bool operator==(const HttpHeader&) const = default;
 };
 
-/// One HTTP request. Redirects are never followed: a request may carry keys and conversations, and where those go
-/// is decided by whoever sends it.
+/// One HTTP request. Redirects are never followed: a request may carry keys and conversations, and where
+/// those go is decided by whoever sends it.
 struct HttpRequest
 {
     QByteArray method = "GET";
@@ -36,12 +36,13 @@ struct HttpRequest
     QByteArray body;
     /// How long finding the host and connecting to it, TLS included, may take.
     std::chrono::milliseconds connectTimeout = std::chrono::seconds(30);
-    /// How long no byte may move in either direction, from the start to the end of the answer. Not a limit of the
-    /// whole.
+    /// How long no byte may move in either direction, from the start to the end of the answer. Not a limit of
+    /// the whole.
     std::chrono::milliseconds idleTimeout = std::chrono::seconds(60);
 };
 
-/// The answer to a request, its body still arriving. Destroying it ends the transfer and closes the connection.
+/// The answer to a request, its body still arriving. Destroying it ends the transfer and closes the
+/// connection.
 class HttpResponse
 {
 public:
@@ -52,12 +53,13 @@ public:
     /// The first header of that name, in any case; empty if there is none.
     QByteArray header(QByteArrayView name) const;
 
-    /// The next bytes of the body, decoded; nothing at its end. What arrived before a failure is handed out first.
-    /// Throws TransportError or Cancelled.
+    /// The next bytes of the body, decoded; nothing at its end. What arrived before a failure is handed out
+    /// first. Throws TransportError or Cancelled.
     Task<std::optional<QByteArray>> next();
     /// The whole body. Throws TransportError, also when the body is longer than `limit` bytes.
     Task<QByteArray> readAll(qint64 limit);
-    /// The body, or its first `limit` bytes if it is longer or the connection fails; for texts of error answers.
+    /// The body, or its first `limit` bytes if it is longer or the connection fails; for texts of error
+    /// answers.
     Task<QByteArray> readUpTo(qint64 limit);
 
 private:
@@ -70,10 +72,12 @@ struct HttpClientOptions
     QByteArray certificateAuthorities;
 };
 
-/// Sends HTTP requests from the event loop of its thread, over connections that it keeps for the next request.
+/// Sends HTTP requests from the event loop of its thread, over connections that it keeps for the next
+/// request.
 ///
-/// The system's proxy settings are honoured, but this computer is always reached directly. Nothing is kept but
-/// connections: no cookies, no cache, no credentials. A POST or DELETE is never sent a second time by itself.
+/// The system's proxy settings are honoured, but this computer is always reached directly. Nothing is kept
+/// but connections: no cookies, no cache, no credentials. A POST or DELETE is never sent a second time by
+/// itself.
 class HttpClient
 {
 public:
@@ -84,8 +88,8 @@ public:
     HttpClient& operator=(HttpClient&&) = delete;
     ~HttpClient();
 
-    /// Sends a request and returns when the head of its answer is there, whatever its status. A stop ends it at any
-    /// point, also while the body is read later. Throws TransportError or Cancelled.
+    /// Sends a request and returns when the head of its answer is there, whatever its status. A stop ends it
+    /// at any point, also while the body is read later. Throws TransportError or Cancelled.
     Task<HttpResponse> send(HttpRequest request, std::stop_token stop);
 
 private:

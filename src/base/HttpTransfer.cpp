@@ -46,7 +46,8 @@ void HttpTransfer::configure(const std::optional<QByteArray>& proxy)
     curl_easy_setopt(m_handle, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(m_handle, CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
     curl_easy_setopt(m_handle, CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
-    curl_easy_setopt(m_handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_request.connectTimeout.count()));
+    curl_easy_setopt(m_handle, CURLOPT_CONNECTTIMEOUT_MS,
+                     static_cast<long>(m_request.connectTimeout.count()));
     curl_easy_setopt(m_handle, CURLOPT_HEADERFUNCTION, &HttpTransfer::onHeader);
     curl_easy_setopt(m_handle, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(m_handle, CURLOPT_WRITEFUNCTION, &HttpTransfer::onBody);
@@ -64,7 +65,8 @@ void HttpTransfer::configureRequest()
     curl_easy_setopt(m_handle, CURLOPT_URL, m_request.url.toEncoded(QUrl::RemoveFragment).constData());
     if (!m_request.body.isEmpty()) {
         curl_easy_setopt(m_handle, CURLOPT_POSTFIELDS, m_request.body.constData());
-        curl_easy_setopt(m_handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_request.body.size()));
+        curl_easy_setopt(m_handle, CURLOPT_POSTFIELDSIZE_LARGE,
+                         static_cast<curl_off_t>(m_request.body.size()));
         // A body that is being sent is activity too.
         curl_easy_setopt(m_handle, CURLOPT_NOPROGRESS, 0L);
         curl_easy_setopt(m_handle, CURLOPT_XFERINFOFUNCTION, &HttpTransfer::onProgress);
@@ -108,7 +110,8 @@ bool HttpTransfer::takeHeaderLine(QByteArrayView line)
     if (!line.isEmpty()) {
         const qsizetype colon = line.indexOf(':');
         if (colon > 0)
-            m_headers.push_back({line.first(colon).toByteArray(), line.sliced(colon + 1).trimmed().toByteArray()});
+            m_headers.push_back(
+                {line.first(colon).toByteArray(), line.sliced(colon + 1).trimmed().toByteArray()});
         return true;
     }
     long status = 0;
@@ -143,9 +146,10 @@ int HttpTransfer::onProgress(void* transfer, curl_off_t, curl_off_t, curl_off_t,
 
 int HttpTransfer::onReadyToSend(void* transfer, char*, char*, int, int)
 {
-    // libcurl sends a request again by itself when a kept connection turns out to be closed. The server may have
-    // acted on the first one, so what changes something there is sent once only.
-    return static_cast<HttpTransfer*>(transfer)->m_timesSent++ == 0 ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
+    // libcurl sends a request again by itself when a kept connection turns out to be closed. The server may
+    // have acted on the first one, so what changes something there is sent once only.
+    return static_cast<HttpTransfer*>(transfer)->m_timesSent++ == 0 ? CURL_PREREQFUNC_OK
+                                                                    : CURL_PREREQFUNC_ABORT;
 }
 
 void HttpTransfer::checkIdle()
@@ -156,9 +160,9 @@ void HttpTransfer::checkIdle()
         return;
     }
     const double limit = duration<double>(m_request.idleTimeout).count();
-    fail(std::make_exception_ptr(
-        TransportError(TransportError::Kind::TimedOut,
-                       QStringLiteral("%1 sent nothing for %2 seconds.").arg(peer(), QString::number(limit)))));
+    fail(std::make_exception_ptr(TransportError(
+        TransportError::Kind::TimedOut,
+        QStringLiteral("%1 sent nothing for %2 seconds.").arg(peer(), QString::number(limit)))));
 }
 
 void HttpTransfer::complete(CURLcode result)
@@ -199,7 +203,8 @@ QByteArray HttpTransfer::header(QByteArrayView name) const
 QString HttpTransfer::peer() const
 {
     const int standardPort = m_request.url.scheme() == QLatin1String("https") ? 443 : 80;
-    return QStringLiteral("%1 port %2").arg(m_request.url.host(), QString::number(m_request.url.port(standardPort)));
+    return QStringLiteral("%1 port %2")
+        .arg(m_request.url.host(), QString::number(m_request.url.port(standardPort)));
 }
 
 Task<void> HttpTransfer::head(std::shared_ptr<HttpTransfer> transfer)
@@ -232,8 +237,9 @@ TransportError HttpTransfer::describe(CURLcode result) const
     curl_easy_getinfo(m_handle, CURLINFO_OS_ERRNO, &systemError);
     const QString detail = QString::fromUtf8(m_errorText.data()).trimmed();
     const QString reason =
-        systemError != 0 ? QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(static_cast<int>(systemError)))
-                         : QString();
+        systemError != 0
+            ? QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(static_cast<int>(systemError)))
+            : QString();
     switch (result) {
     case CURLE_URL_MALFORMAT:
         return {Kind::Unusable, QStringLiteral("The address of %1 cannot be requested.").arg(peer())};
@@ -270,16 +276,16 @@ TransportError HttpTransfer::describe(CURLcode result) const
     case CURLE_SEND_ERROR:
     case CURLE_HTTP2:
     case CURLE_HTTP2_STREAM:
-        return {Kind::Closed,
-                QStringLiteral("The connection to %1 closed before the reply was complete%2.").arg(peer(), reason)};
+        return {Kind::Closed, QStringLiteral("The connection to %1 closed before the reply was complete%2.")
+                                  .arg(peer(), reason)};
     default:
         break;
     }
     if (m_headTooLong || result == CURLE_OUT_OF_MEMORY)
         return {Kind::TooLarge, QStringLiteral("%1 sent more headers than can be taken.").arg(peer())};
-    return {Kind::Malformed, QStringLiteral("The request to %1 failed: %2.")
-                                 .arg(peer(), detail.isEmpty() ? QString::fromUtf8(curl_easy_strerror(result))
-                                                               : detail)};
+    return {Kind::Malformed,
+            QStringLiteral("The request to %1 failed: %2.")
+                .arg(peer(), detail.isEmpty() ? QString::fromUtf8(curl_easy_strerror(result)) : detail)};
 }
 
 } // namespace varnel

@@ -35,9 +35,8 @@ const char* nameOf(simdjson::dom::element_type type)
 
 void JsonValue::fail(const char* expected) const
 {
-    throw DecodeError(
-        QString(), QStringLiteral("expected %1, found %2")
-                       .arg(QLatin1String(expected), QLatin1String(nameOf(m_element.type()))));
+    throw DecodeError(QString(), QStringLiteral("expected %1, found %2")
+                                     .arg(QLatin1String(expected), QLatin1String(nameOf(m_element.type()))));
 }
 
 bool JsonValue::boolean() const
@@ -123,8 +122,7 @@ DecodeError JsonObject::missing(std::string_view key) const
 
 JsonParser::JsonParser()
     : m_parser(std::make_unique<simdjson::dom::parser>())
-{
-}
+{}
 JsonParser::JsonParser(JsonParser&&) noexcept = default;
 JsonParser& JsonParser::operator=(JsonParser&&) noexcept = default;
 JsonParser::~JsonParser() = default;

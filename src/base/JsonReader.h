@@ -25,8 +25,7 @@ class JsonValue
 public:
     explicit JsonValue(simdjson::dom::element element) noexcept
         : m_element(element)
-    {
-    }
+    {}
 
     bool isNull() const noexcept { return m_element.is_null(); }
     bool isObject() const noexcept { return m_element.is_object(); }
@@ -67,14 +66,14 @@ private:
     simdjson::dom::element m_element;
 };
 
-/// An object inside a parsed document. A key that is null counts as absent; unknown keys are nobody's business.
+/// An object inside a parsed document. A key that is null counts as absent; unknown keys are nobody's
+/// business.
 class JsonObject
 {
 public:
     explicit JsonObject(simdjson::dom::object object) noexcept
         : m_object(object)
-    {
-    }
+    {}
 
     std::optional<JsonValue> find(std::string_view key) const;
 
@@ -123,8 +122,8 @@ auto listOf(Decode decode)
 
 /// Parses JSON texts strictly (RFC 8259, UTF-8 only), one at a time, reusing its memory.
 ///
-/// The only leniency: an escaped lone surrogate, which strict readers refuse and careless writers produce when they
-/// cut a text in two, is read as U+FFFD.
+/// The only leniency: an escaped lone surrogate, which strict readers refuse and careless writers produce
+/// when they cut a text in two, is read as U+FFFD.
 class JsonParser
 {
 public:

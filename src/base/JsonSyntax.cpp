@@ -12,8 +12,14 @@ namespace {
 
 constexpr std::size_t depthLimit = 1024; // as deep as the parser goes
 
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isHexDigit(char c) { return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+bool isHexDigit(char c)
+{
+    return isDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
 
 struct Problem
 {
@@ -27,8 +33,7 @@ class SyntaxWalk
 public:
     explicit SyntaxWalk(std::string_view text)
         : m_text(text)
-    {
-    }
+    {}
 
     std::optional<Problem> run()
     {
@@ -75,10 +80,12 @@ private:
             else
                 found = QStringLiteral("byte 0x%1").arg(uint(byte), 2, 16, QLatin1Char('0'));
         }
-        m_problem = Problem{m_at, QStringLiteral("expected %1, found %2").arg(QLatin1String(expected), found)};
+        m_problem =
+            Problem{m_at, QStringLiteral("expected %1, found %2").arg(QLatin1String(expected), found)};
     }
 
-    /// One value, or the opening of an object or array up to its first simple value; the depth limit bounds the stack.
+    /// One value, or the opening of an object or array up to its first simple value; the depth limit bounds
+    /// the stack.
     void value()
     {
         skipBlanks();
@@ -242,27 +249,18 @@ private:
     std::optional<Problem> m_problem;
 };
 
-/// The first byte that does not begin or continue a UTF-8 sequence (RFC 3629), or the length of the text.
+/// Where the first sequence begins that is not UTF-8 (RFC 3629), or the length of the text.
 std::size_t firstInvalidUtf8(std::string_view text)
 {
-    std::size_t low = 0;
-    std::size_t high = text.size();
-    // The longest valid prefix, up to a sequence that is cut: validity of prefixes only ever changes once.
-    const auto validUpTo = [text](std::size_t length) {
-        while (length > 0 && (static_cast<unsigned char>(text[length - 1]) & 0xC0U) == 0x80)
-            --length;
-        if (length > 0 && static_cast<unsigned char>(text[length - 1]) >= 0xC0)
-            --length;
-        return simdjson::validate_utf8(text.data(), length);
-    };
-    while (low < high) {
-        const std::size_t middle = low + (high - low + 1) / 2;
-        if (validUpTo(middle))
-            low = middle;
-        else
-            high = middle - 1;
+    std::size_t at = 0;
+    while (at < text.size()) {
+        const auto lead = static_cast<unsigned char>(text[at]);
+        const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        if (at + length > text.size() || !simdjson::validate_utf8(text.data() + at, length))
+            return at;
+        at += length;
     }
-    return low;
+    return at;
 }
 
 struct Position
@@ -299,8 +297,14 @@ std::optional<unsigned> escapedUnit(std::string_view text, std::size_t at)
     return unit;
 }
 
-bool isHighSurrogate(unsigned unit) { return unit >= 0xD800 && unit < 0xDC00; }
-bool isLowSurrogate(unsigned unit) { return unit >= 0xDC00 && unit < 0xE000; }
+bool isHighSurrogate(unsigned unit)
+{
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+bool isLowSurrogate(unsigned unit)
+{
+    return unit >= 0xDC00 && unit < 0xE000;
+}
 
 } // namespace
 

@@ -67,8 +67,7 @@ void appendEscape(std::string& buffer, char16_t unit)
 JsonWriter::JsonWriter(Style style, Sink sink)
     : m_style(style)
     , m_sink(std::move(sink))
-{
-}
+{}
 
 void JsonWriter::lineBreak()
 {
@@ -109,10 +108,22 @@ void JsonWriter::close()
     flushIfLarge();
 }
 
-void JsonWriter::beginObject() { open('{', '}'); }
-void JsonWriter::endObject() { close(); }
-void JsonWriter::beginArray() { open('[', ']'); }
-void JsonWriter::endArray() { close(); }
+void JsonWriter::beginObject()
+{
+    open('{', '}');
+}
+void JsonWriter::endObject()
+{
+    close();
+}
+void JsonWriter::beginArray()
+{
+    open('[', ']');
+}
+void JsonWriter::endArray()
+{
+    close();
+}
 
 void JsonWriter::key(std::string_view key)
 {

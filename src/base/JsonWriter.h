@@ -13,9 +13,9 @@ namespace varnel {
 
 /// Writes a JSON text piece by piece into a sink, so that a big document never exists twice in memory.
 ///
-/// What it writes always loads again: a number that is not finite is refused with an Error, a lone surrogate is
-/// written as U+FFFD. In the pretty style, used for files, the caller gives the keys of each object in ascending
-/// order of their bytes; this is asserted.
+/// What it writes always loads again: a number that is not finite is refused with an Error, a lone surrogate
+/// is written as U+FFFD. In the pretty style, used for files, the caller gives the keys of each object in
+/// ascending order of their bytes; this is asserted.
 class JsonWriter
 {
 public:

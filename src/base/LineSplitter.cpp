@@ -8,8 +8,7 @@ namespace varnel {
 
 LineSplitter::LineSplitter(std::size_t limit)
     : m_limit(limit)
-{
-}
+{}
 
 void LineSplitter::append(QByteArrayView bytes)
 {
@@ -51,8 +50,9 @@ std::optional<LineSplitter::Line> LineSplitter::next()
     const void* const lineFeed = std::memchr(unread.data(), '\n', unread.size());
     const std::size_t end = lineFeed ? static_cast<const char*>(lineFeed) - unread.data() : unread.size();
     const void* const carriageReturn = std::memchr(unread.data(), '\r', end);
-    const std::size_t length = m_scanned - m_start +
-                               (carriageReturn ? static_cast<const char*>(carriageReturn) - unread.data() : end);
+    const std::size_t length =
+        m_scanned - m_start +
+        (carriageReturn ? static_cast<const char*>(carriageReturn) - unread.data() : end);
     if (length > m_limit) {
         m_overflowed = true;
         m_buffer = std::string();

@@ -9,12 +9,13 @@
 
 namespace varnel {
 
-/// Cuts a stream of bytes into lines as they arrive. A line ends at LF, CR or CRLF, wherever the pieces are cut;
-/// nothing else ends one. The last line may lack its end.
+/// Cuts a stream of bytes into lines as they arrive. A line ends at LF, CR or CRLF, wherever the pieces are
+/// cut; nothing else ends one. The last line may lack its end.
 class LineSplitter
 {
 public:
-    /// The longest line taken, in bytes without its end; a longer one is reported once and nothing comes after it.
+    /// The longest line taken, in bytes without its end; a longer one is reported once and nothing comes
+    /// after it.
     static constexpr std::size_t maximumLength = 16 * 1024 * 1024;
 
     struct Line

@@ -18,8 +18,7 @@ public:
         , m_callback(stop, [context = m_context.get()] {
             QCoreApplication::postEvent(context, new QEvent(QEvent::User), Qt::HighEventPriority);
         })
-    {
-    }
+    {}
 
 private:
     class Context : public QObject
@@ -27,8 +26,7 @@ private:
     public:
         explicit Context(std::function<void()> handler)
             : m_handler(std::move(handler))
-        {
-        }
+        {}
 
     protected:
         void customEvent(QEvent*) override
@@ -52,8 +50,7 @@ class StopWakeup
 public:
     StopWakeup(const std::stop_token& stop, Wakeup& wakeup)
         : m_handler(stop, [&wakeup] { wakeup.notify(); })
-    {
-    }
+    {}
 
 private:
     StopHandler m_handler;

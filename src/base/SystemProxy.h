@@ -8,16 +8,17 @@
 
 namespace varnel {
 
-/// Whether a host name or address (without brackets) is this computer: localhost and names below it, 127.0.0.0/8,
+/// Whether a host name or address (without brackets) is this computer: localhost and names below it,
+/// 127.0.0.0/8,
 /// ::1. Such a host is never reached through a proxy.
 bool isLoopbackHost(const QString& host);
 
-/// Whether the environment names a proxy (http_proxy, https_proxy, all_proxy); libcurl then follows it, and its
-/// no_proxy, by itself.
+/// Whether the environment names a proxy (http_proxy, https_proxy, all_proxy); libcurl then follows it, and
+/// its no_proxy, by itself.
 bool environmentNamesProxy();
 
-/// The proxy that the desktop's settings name for a URL, as libcurl writes it ("http://host:port"); empty for none.
-/// May block for as long as the settings' service does; call it on a worker.
+/// The proxy that the desktop's settings name for a URL, as libcurl writes it ("http://host:port"); empty for
+/// none. May block for as long as the settings' service does; call it on a worker.
 QByteArray desktopProxyFor(const QUrl& url);
 
 } // namespace varnel

@@ -6,8 +6,8 @@
 
 namespace varnel {
 
-// libproxy reads the settings of GNOME, KDE and the system. It is loaded on first use, because few requests leave
-// this computer, and because a system without it has no such settings to read.
+// libproxy reads the settings of GNOME, KDE and the system. It is loaded on first use, because few requests
+// leave this computer, and because a system without it has no such settings to read.
 QByteArray desktopProxyFor(const QUrl& url)
 {
     QLibrary library(QStringLiteral("libproxy"), QStringLiteral("1"));

@@ -23,7 +23,8 @@ QByteArray desktopProxyFor(const QUrl& url)
         if (port)
             CFNumberGetValue(port, kCFNumberIntType, &portNumber);
         if (host && type) {
-            const QByteArray where = QString::fromCFString(host).toUtf8() + ':' + QByteArray::number(portNumber);
+            const QByteArray where =
+                QString::fromCFString(host).toUtf8() + ':' + QByteArray::number(portNumber);
             if (CFEqual(type, kCFProxyTypeSOCKS))
                 chosen = "socks5h://" + where;
             else if (CFEqual(type, kCFProxyTypeHTTP) || CFEqual(type, kCFProxyTypeHTTPS))

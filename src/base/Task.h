@@ -95,8 +95,7 @@ public:
     Task() noexcept = default;
     Task(Task&& other) noexcept
         : m_handle(std::exchange(other.m_handle, nullptr))
-    {
-    }
+    {}
     Task& operator=(Task&& other) noexcept
     {
         if (this != &other) {
@@ -128,8 +127,7 @@ public:
     public:
         explicit Awaiter(std::coroutine_handle<promise_type> handle) noexcept
             : m_handle(handle)
-        {
-        }
+        {}
         bool await_ready() const noexcept { return m_handle.done(); }
         void await_suspend(std::coroutine_handle<> waiting) const noexcept
         {
@@ -146,8 +144,7 @@ private:
     friend promise_type;
     explicit Task(std::coroutine_handle<promise_type> handle) noexcept
         : m_handle(handle)
-    {
-    }
+    {}
 
     std::coroutine_handle<promise_type> m_handle;
 };

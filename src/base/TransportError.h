@@ -4,8 +4,8 @@
 
 namespace varnel {
 
-/// A request got no complete answer: the network, the connection or the HTTP framing failed. What a server says in
-/// a well-formed answer, a status of 500 included, is never a TransportError.
+/// A request got no complete answer: the network, the connection or the HTTP framing failed. What a server
+/// says in a well-formed answer, a status of 500 included, is never a TransportError.
 class TransportError : public Error
 {
 public:
@@ -23,8 +23,7 @@ public:
     TransportError(Kind kind, QString message)
         : Error(std::move(message))
         , m_kind(kind)
-    {
-    }
+    {}
 
     Kind kind() const noexcept { return m_kind; }
 

@@ -11,10 +11,10 @@ namespace varnel {
 
 /// Suspends one coroutine until somebody calls notify(), and resumes it from the event loop.
 ///
-/// The usual shape is a loop that looks again after every wake-up, because a wake-up is a hint and no promise:
-/// `while (!something()) co_await wakeup.wait();`. notify() may be called from anywhere on the same thread, also
-/// from inside a callback of a library that must not be re-entered; the coroutine resumes later, on its own.
-/// Whoever waits keeps the wake-up alive while it does.
+/// The usual shape is a loop that looks again after every wake-up, because a wake-up is a hint and no
+/// promise: `while (!something()) co_await wakeup.wait();`. notify() may be called from anywhere on the same
+/// thread, also from inside a callback of a library that must not be re-entered; the coroutine resumes later,
+/// on its own. Whoever waits keeps the wake-up alive while it does.
 class Wakeup
 {
 public:
@@ -38,8 +38,7 @@ public:
     public:
         explicit Awaiter(Wakeup& wakeup) noexcept
             : m_wakeup(wakeup)
-        {
-        }
+        {}
         Awaiter(const Awaiter&) = delete;
         Awaiter& operator=(const Awaiter&) = delete;
         Awaiter(Awaiter&&) = delete;

@@ -14,9 +14,9 @@
 
 namespace varnel {
 
-/// Runs blocking work (big files, a keyring that may prompt, a look-up) on a thread of its pool, values in and
-/// values out, and hands the result back on the event loop. Work that blocks for long is asked to end through its
-/// stop token; its caller does not wait for it to obey: Cancelled is thrown at once.
+/// Runs blocking work (big files, a keyring that may prompt, a look-up) on a thread of its pool, values in
+/// and values out, and hands the result back on the event loop. Work that blocks for long is asked to end
+/// through its stop token; its caller does not wait for it to obey: Cancelled is thrown at once.
 class Worker
 {
 public:
@@ -38,11 +38,13 @@ public:
             static_cast<void>(m_pool.release());
     }
 
-    /// @param work called with a stop token on another thread; what it returns or throws is the task's result.
+    /// @param work called with a stop token on another thread; what it returns or throws is the task's
+    /// result.
     template <typename Work>
     Task<std::invoke_result_t<Work, std::stop_token>> run(Work work, std::stop_token stop = {})
     {
-        return start<std::invoke_result_t<Work, std::stop_token>>(m_pool.get(), std::move(work), std::move(stop));
+        return start<std::invoke_result_t<Work, std::stop_token>>(m_pool.get(), std::move(work),
+                                                                  std::move(stop));
     }
 
 private:

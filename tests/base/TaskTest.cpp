@@ -1,6 +1,6 @@
+#include "base/Task.h"
 #include "base/Clock.h"
 #include "base/Error.h"
-#include "base/Task.h"
 #include "base/Wakeup.h"
 #include "base/Worker.h"
 #include "support/Await.h"
@@ -134,13 +134,12 @@ private Q_SLOTS:
     {
         Worker worker;
         const auto mainThread = std::this_thread::get_id();
-        const bool elsewhere = await(worker.run([mainThread](const std::stop_token&) {
-            return std::this_thread::get_id() != mainThread;
-        }));
+        const bool elsewhere = await(worker.run(
+            [mainThread](const std::stop_token&) { return std::this_thread::get_id() != mainThread; }));
         QVERIFY(elsewhere);
         QVERIFY_THROWS_EXCEPTION(Error, await(worker.run([](const std::stop_token&) -> int {
-            throw Error(QStringLiteral("broken"));
-        })));
+                                     throw Error(QStringLiteral("broken"));
+                                 })));
 
         std::stop_source stop;
         std::atomic<bool> sawStop = false;

@@ -16,8 +16,8 @@ namespace varnel::test {
 bool waitUntil(const std::function<bool()>& condition,
                std::chrono::milliseconds limit = std::chrono::seconds(10));
 
-/// Turns the event loop until the task has ended and returns or throws its result; throws std::runtime_error if
-/// it does not end within `limit`.
+/// Turns the event loop until the task has ended and returns or throws its result; throws std::runtime_error
+/// if it does not end within `limit`.
 template <typename T>
 T await(Task<T> task, std::chrono::milliseconds limit = std::chrono::seconds(10))
 {

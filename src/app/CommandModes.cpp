@@ -1,0 +1,24 @@
+#include "app/CommandModes.h"
+
+#include <cstdlib>
+
+namespace varnel {
+
+std::optional<QByteArray> processEnvironment(const char* name)
+{
+    const char* const value = std::getenv(name);
+    return value ? std::optional<QByteArray>(value) : std::nullopt;
+}
+
+CommandMode chooseMode(const Environment& environment, const QStringList& arguments)
+{
+    if (environment("VARNEL_ASKPASS") == QByteArray("1"))
+        return CommandMode::Askpass;
+    if (!arguments.isEmpty() && arguments.first() == QLatin1String("ctl"))
+        return CommandMode::Ctl;
+    if (environment("XCTestConfigurationFilePath"))
+        return CommandMode::TestHost;
+    return CommandMode::Window;
+}
+
+} // namespace varnel

@@ -1,0 +1,63 @@
+#include "app/StandardStream.h"
+
+#include "base/Error.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <poll.h>
+#include <unistd.h>
+
+namespace varnel {
+
+QString neutraliseControls(const QString& text)
+{
+    QString shown;
+    shown.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t unit = text.at(i).unicode();
+        if (unit == u'\r' && i + 1 < text.size() && text.at(i + 1) == QLatin1Char('\n'))
+            continue;
+        if (unit == u'\n' || unit == u'\t')
+            shown += QChar(unit);
+        else if (unit < 0x20)
+            shown += QChar(0x2400 + unit);
+        else if (unit == 0x7f)
+            shown += QChar(0x2421);
+        else if (unit >= 0x80 && unit < 0xa0)
+            shown += QChar(QChar::ReplacementCharacter);
+        else
+            shown += QChar(unit);
+    }
+    return shown;
+}
+
+StandardStream::StandardStream(int descriptor)
+    : m_descriptor(descriptor)
+    , m_isTerminal(isatty(descriptor) == 1)
+{}
+
+void StandardStream::write(const QString& text) const
+{
+    const QByteArray bytes = (m_isTerminal ? neutraliseControls(text) : text).toUtf8();
+    for (qsizetype written = 0; written < bytes.size();) {
+        const ssize_t count = ::write(m_descriptor, bytes.constData() + written,
+                                      static_cast<std::size_t>(bytes.size() - written));
+        if (count >= 0) {
+            written += count;
+        } else if (errno == EAGAIN) {
+            // Somebody else made the pipe non-blocking.
+            pollfd waiting{m_descriptor, POLLOUT, 0};
+            poll(&waiting, 1, -1);
+        } else if (errno == EPIPE) {
+            // The reader has gone: end as every tool in a pipeline does.
+            std::signal(SIGPIPE, SIG_DFL);
+            std::raise(SIGPIPE);
+        } else if (errno != EINTR) {
+            throw Error(QStringLiteral("The output could not be written: %1.")
+                            .arg(QString::fromLocal8Bit(std::strerror(errno))));
+        }
+    }
+}
+
+} // namespace varnel

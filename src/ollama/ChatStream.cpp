@@ -1,0 +1,135 @@
+#include "ollama/ChatStream.h"
+
+#include "ollama/OllamaError.h"
+#include "ollama/OllamaStatus.h"
+
+namespace varnel {
+
+namespace {
+
+/// One line of a streamed reply.
+struct ChatPiece
+{
+    QString content;
+    QString thinking;
+    QString error; ///< trimmed; empty when the line reports none
+    bool done = false;
+};
+
+ChatPiece decodeChatPiece(JsonValue value)
+{
+    const JsonObject chunk = value.object();
+    ChatPiece piece;
+    chunk.optional("message", [&piece](JsonValue message) {
+        const JsonObject object = message.object();
+        piece.content = object.optional("content", &JsonValue::string).value_or(QString());
+        piece.thinking = object.optional("thinking", &JsonValue::string).value_or(QString());
+        return true;
+    });
+    piece.error = chunk.optional("error", &JsonValue::string).value_or(QString()).trimmed();
+    piece.done = chunk.optional("done", &JsonValue::boolean).value_or(false);
+    return piece;
+}
+
+} // namespace
+
+ChatStream::ChatStream(HttpClient& http, HttpRequest request, std::stop_token stop)
+    : m_http(http)
+    , m_request(std::move(request))
+    , m_stop(std::move(stop))
+{}
+
+Task<std::optional<ChatDelta>> ChatStream::next()
+{
+    if (!m_response)
+        co_await open();
+    while (true) {
+        if (m_stop.stop_requested())
+            throw Cancelled();
+        if (std::optional<ChatDelta> delta = takeDelta())
+            co_return delta;
+        if (m_progress != Progress::Reading)
+            break;
+        if (const std::optional<LineSplitter::Line> line = m_lines.next())
+            take(*line);
+        else if (m_bodyEnded)
+            break;
+        else
+            co_await readMore();
+    }
+    finish();
+    co_return std::nullopt;
+}
+
+Task<void> ChatStream::open()
+{
+    m_response = co_await m_http.send(std::move(m_request), m_stop);
+    if (!m_response->isSuccess())
+        throw co_await errorOfStatus(*m_response);
+}
+
+Task<void> ChatStream::readMore()
+{
+    std::optional<QByteArray> bytes;
+    try {
+        bytes = co_await m_response->next();
+    } catch (const TransportError&) {
+        m_failure = std::current_exception();
+    }
+    if (bytes) {
+        m_lines.append(*bytes);
+    } else {
+        m_bodyEnded = true;
+        m_lines.finish();
+    }
+}
+
+void ChatStream::take(const LineSplitter::Line& line)
+{
+    if (line.text.empty() && !line.tooLong)
+        return;
+    if (!simdjson::validate_utf8(line.text.data(), line.text.size()))
+        throw OllamaError::api(QStringLiteral("Ollama returned an unreadable reply."));
+    ChatPiece piece;
+    try {
+        if (line.tooLong)
+            throw DecodeError(QString(), QStringLiteral("the line is too long"));
+        piece = decodeChatPiece(m_parser.parsePadded(line.text));
+    } catch (const DecodeError&) {
+        // A line that is no chunk is what a broken connection leaves behind; what came before it stands.
+        m_progress = Progress::Broken;
+        return;
+    }
+    if (!piece.error.isEmpty())
+        throw OllamaError::api(piece.error);
+    m_thinking = piece.thinking;
+    m_reply = piece.content;
+    if (piece.done)
+        m_progress = Progress::Done;
+}
+
+std::optional<ChatDelta> ChatStream::takeDelta()
+{
+    // The reasoning of a line comes before its answer.
+    std::optional<ChatDelta> delta;
+    if (!m_thinking.isEmpty())
+        delta = {ChatDelta::Kind::Thinking, std::exchange(m_thinking, QString())};
+    else if (!m_reply.isEmpty())
+        delta = {ChatDelta::Kind::Reply, std::exchange(m_reply, QString())};
+    if (delta)
+        m_anyDelta = true;
+    return delta;
+}
+
+void ChatStream::finish()
+{
+    if (m_failure && m_progress != Progress::Done)
+        std::rethrow_exception(m_failure);
+    if (m_anyDelta)
+        return;
+    if (m_progress == Progress::Done)
+        throw OllamaError::api(QStringLiteral("The model finished without a reply."));
+    throw OllamaError::interrupted();
+}
+
+} // namespace varnel

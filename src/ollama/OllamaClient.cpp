@@ -1,0 +1,164 @@
+#include "ollama/OllamaClient.h"
+
+#include "base/JsonReader.h"
+#include "ollama/OllamaError.h"
+#include "ollama/OllamaStatus.h"
+
+#include <QJsonDocument>
+
+namespace varnel {
+
+namespace {
+
+// Far above any list of models; it keeps a server that never stops sending from filling the memory.
+constexpr qint64 replyLimit = 64 * 1024 * 1024;
+
+Task<QByteArray> fetch(HttpClient* http, HttpRequest request, std::stop_token stop)
+{
+    HttpResponse response = co_await http->send(std::move(request), std::move(stop));
+    if (!response.isSuccess())
+        throw co_await errorOfStatus(response);
+    co_return co_await response.readAll(replyLimit);
+}
+
+template <typename Decode>
+auto decodeReply(const QByteArray& body, Decode decode)
+{
+    try {
+        JsonParser parser;
+        return decode(parser.parse(std::string_view(body.data(), static_cast<std::size_t>(body.size()))));
+    } catch (const DecodeError& error) {
+        throw error.introducedBy(QStringLiteral("The server's reply could not be read:"));
+    }
+}
+
+OllamaModel decodeModel(JsonValue value)
+{
+    const JsonObject model = value.object();
+    OllamaModel decoded{
+        .name = model.required("name", &JsonValue::string),
+        .size = model.optional("size", &JsonValue::integer),
+        .parameterSize = {},
+    };
+    const auto details = model.optional("details", &JsonValue::object);
+    if (details)
+        decoded.parameterSize = details->optional("parameter_size", &JsonValue::string);
+    return decoded;
+}
+
+OllamaRunning decodeRunning(JsonValue value)
+{
+    const JsonObject model = value.object();
+    return {
+        .name = model.required("name", &JsonValue::string),
+        .sizeVRAM = model.optional("size_vram", &JsonValue::integer),
+    };
+}
+
+Task<std::vector<OllamaModel>> fetchModels(HttpClient* http, HttpRequest request, std::stop_token stop)
+{
+    const QByteArray body = co_await fetch(http, std::move(request), std::move(stop));
+    co_return decodeReply(
+        body, [](JsonValue reply) { return reply.object().required("models", listOf(&decodeModel)); });
+}
+
+Task<std::vector<OllamaRunning>> fetchRunning(HttpClient* http, HttpRequest request, std::stop_token stop)
+{
+    const QByteArray body = co_await fetch(http, std::move(request), std::move(stop));
+    co_return decodeReply(
+        body, [](JsonValue reply) { return reply.object().required("models", listOf(&decodeRunning)); });
+}
+
+Task<QString> fetchVersion(HttpClient* http, HttpRequest request, std::stop_token stop)
+{
+    const QByteArray body = co_await fetch(http, std::move(request), std::move(stop));
+    co_return decodeReply(
+        body, [](JsonValue reply) { return reply.object().required("version", &JsonValue::string); });
+}
+
+WholeChatReply decodeWholeReply(const QByteArray& body)
+{
+    const auto unexpected = [] {
+        return OllamaError::api(QStringLiteral("Ollama returned an unexpected response."));
+    };
+    JsonParser parser;
+    try {
+        const JsonObject reply =
+            parser.parse(std::string_view(body.data(), static_cast<std::size_t>(body.size()))).object();
+        const QString error = reply.optional("error", &JsonValue::string).value_or(QString()).trimmed();
+        if (!error.isEmpty())
+            throw OllamaError::api(error);
+        WholeChatReply decoded;
+        const auto message = reply.optional("message", &JsonValue::object);
+        if (!message)
+            return decoded;
+        decoded.content = message->optional("content", &JsonValue::string).value_or(QString());
+        if (const auto calls = message->optional("tool_calls", &JsonValue::text))
+            decoded.toolCalls = QJsonDocument::fromJson(*calls).array();
+        return decoded;
+    } catch (const DecodeError&) {
+        throw unexpected();
+    }
+}
+
+Task<WholeChatReply> fetchWholeReply(HttpClient* http, HttpRequest request, std::stop_token stop)
+{
+    const QByteArray body = co_await fetch(http, std::move(request), std::move(stop));
+    co_return decodeWholeReply(body);
+}
+
+} // namespace
+
+OllamaClient::OllamaClient(QUrl baseURL, HttpClient& http, std::chrono::milliseconds idleTimeout)
+    : m_baseURL(std::move(baseURL))
+    , m_http(&http)
+    , m_idleTimeout(idleTimeout)
+{}
+
+HttpRequest OllamaClient::request(const QByteArray& method, const char* endpoint, QByteArray body) const
+{
+    QString path = m_baseURL.path(QUrl::FullyEncoded);
+    while (path.endsWith(QLatin1Char('/')))
+        path.chop(1); // a doubled slash is answered with a redirect
+    QUrl url = m_baseURL;
+    url.setPath(path + QLatin1Char('/') + QLatin1String(endpoint));
+
+    HttpRequest request;
+    request.method = method;
+    request.url = url;
+    request.idleTimeout = m_idleTimeout;
+    request.connectTimeout = std::min(request.connectTimeout, m_idleTimeout);
+    if (!body.isEmpty()) {
+        request.headers.push_back({"Content-Type", "application/json"});
+        request.body = std::move(body);
+    }
+    return request;
+}
+
+Task<std::vector<OllamaModel>> OllamaClient::listModels(std::stop_token stop) const
+{
+    return fetchModels(m_http, request("GET", "api/tags"), std::move(stop));
+}
+
+Task<std::vector<OllamaRunning>> OllamaClient::listRunning(std::stop_token stop) const
+{
+    return fetchRunning(m_http, request("GET", "api/ps"), std::move(stop));
+}
+
+Task<QString> OllamaClient::serverVersion(std::stop_token stop) const
+{
+    return fetchVersion(m_http, request("GET", "api/version"), std::move(stop));
+}
+
+ChatStream OllamaClient::chatStream(const ChatRequest& chat, std::stop_token stop) const
+{
+    return {*m_http, request("POST", "api/chat", streamedChatBody(chat)), std::move(stop)};
+}
+
+Task<WholeChatReply> OllamaClient::chatOnce(const ChatRequest& chat, const QJsonArray& tools,
+                                            std::stop_token stop) const
+{
+    return fetchWholeReply(m_http, request("POST", "api/chat", wholeChatBody(chat, tools)), std::move(stop));
+}
+
+} // namespace varnel

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace varnel {
+
+/// A model installed on an Ollama server.
+struct OllamaModel
+{
+    QString name;
+    std::optional<qint64> size; ///< bytes on the server's disk
+    /// As the server writes it, for example "14.8B".
+    std::optional<QString> parameterSize;
+
+    bool operator==(const OllamaModel&) const = default;
+};
+
+/// A model that an Ollama server holds in memory.
+struct OllamaRunning
+{
+    QString name;
+    std::optional<qint64> sizeVRAM; ///< bytes of accelerator memory
+
+    bool operator==(const OllamaRunning&) const = default;
+};
+
+/// A piece of a streamed reply: text of the model's reasoning or of its answer, never of both.
+struct ChatDelta
+{
+    enum class Kind { Thinking, Reply };
+
+    Kind kind = Kind::Reply;
+    QString text;
+
+    bool operator==(const ChatDelta&) const = default;
+};
+
+} // namespace varnel
