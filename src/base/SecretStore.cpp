@@ -77,14 +77,20 @@ void SecretStore::save(const QString& account, const QString& value)
     try {
         add(account, secret.bytes());
     } catch (const SecretStoreError&) {
-        if (hadOld) {
-            try {
-                add(account, old.bytes());
-            } catch (const SecretStoreError&) {
-                // The first failure is the one to tell about.
-            }
-        }
+        // If that fails as well, the first failure is still the one to tell about.
+        if (hadOld)
+            tryAdd(account, old.bytes());
         throw;
+    }
+}
+
+bool SecretStore::tryAdd(const QString& account, const QByteArray& value)
+{
+    try {
+        add(account, value);
+        return true;
+    } catch (const SecretStoreError&) {
+        return false;
     }
 }
 

@@ -73,6 +73,9 @@ protected:
     virtual void add(const QString& account, const QByteArray& value) = 0;
     /// Deletes every item of the account; none is a success. Throws SecretStoreError.
     virtual void erase(const QString& account) = 0;
+
+private:
+    bool tryAdd(const QString& account, const QByteArray& value);
 };
 
 /// The store of this system. Cheap to make: nothing is loaded or connected before the first call.

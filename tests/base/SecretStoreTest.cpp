@@ -4,6 +4,7 @@
 
 #include <QTest>
 
+#include <stdexcept>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -44,8 +45,9 @@ public:
         address.sun_family = AF_UNIX;
         const QByteArray path = m_folder.filePath(QStringLiteral("bus")).toUtf8();
         qstrncpy(address.sun_path, path.constData(), sizeof address.sun_path);
-        ::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-        ::listen(m_socket, 8);
+        if (::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+            ::listen(m_socket, 8) != 0)
+            throw std::runtime_error("the silent bus does not listen");
         m_variable.emplace("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + path);
     }
     SilentBus(const SilentBus&) = delete;
