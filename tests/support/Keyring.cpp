@@ -15,7 +15,7 @@ namespace {
 
 constexpr const char* addressVariable = "DBUS_SESSION_BUS_ADDRESS";
 
-void end(QProcess& process)
+void endProcess(QProcess& process)
 {
     if (process.state() == QProcess::NotRunning)
         return;
@@ -74,7 +74,12 @@ PrivateBus::PrivateBus()
 
 PrivateBus::~PrivateBus()
 {
-    end(m_daemon);
+    end();
+}
+
+void PrivateBus::end()
+{
+    endProcess(m_daemon);
 }
 
 QByteArray PrivateBus::call(const QString& service, const QString& path, const QString& method,
@@ -119,7 +124,7 @@ Keyring::Keyring()
 
 Keyring::~Keyring()
 {
-    end(m_daemon);
+    endProcess(m_daemon);
 }
 
 void Keyring::lock()
@@ -135,6 +140,11 @@ void Keyring::lock()
 void Keyring::setFrozen(bool frozen)
 {
     ::kill(static_cast<pid_t>(m_daemon.processId()), frozen ? SIGSTOP : SIGCONT);
+}
+
+void Keyring::endBus()
+{
+    m_bus.end();
 }
 
 QByteArray Keyring::secretTool(const QStringList& arguments, const QByteArray& input) const

@@ -36,6 +36,8 @@ public:
     PrivateBus& operator=(PrivateBus&&) = delete;
     ~PrivateBus();
 
+    /// Ends the bus before its time.
+    void end();
     /// Calls a method with dbus-send and returns what it prints; empty if the call fails.
     QByteArray call(const QString& service, const QString& path, const QString& method,
                     const QStringList& arguments = {}) const;
@@ -62,6 +64,8 @@ public:
     void lock();
     /// Freezes the keyring as a hung service would be, or lets it go on.
     void setFrozen(bool frozen);
+    /// Ends the bus, as a session that ends does.
+    void endBus();
     /// Runs secret-tool with the standard input given and returns what it prints.
     QByteArray secretTool(const QStringList& arguments, const QByteArray& input = {}) const;
 
