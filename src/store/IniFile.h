@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace varnel {
+
+/// Why a file cannot be read as INI text, in a few words such as "line 3 is no key and no section"; nothing
+/// if it can, or if there is no file.
+std::optional<QString> whyNotIni(const QString& file);
+
+/// Renames a file to "<name>.unreadable-<stamp>.<suffix>" in its folder, so that a new one can take its
+/// place. Throws Error when that fails; the file is then where it was.
+void setAsideUnreadable(const QString& file);
+
+/// Makes an empty file that only the user can read, with its folder, unless it is there already. Throws Error
+/// when that fails.
+void createPrivateFile(const QString& file);
+
+} // namespace varnel

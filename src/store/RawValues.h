@@ -1,0 +1,64 @@
+#pragma once
+
+#include "base/JsonReader.h"
+#include "base/JsonWriter.h"
+#include "store/StoredValues.h"
+
+#include <QString>
+
+#include <array>
+#include <optional>
+
+namespace varnel {
+
+/// The texts under which the cases of an enumeration are stored. Every stored enumeration specialises this
+/// with `static constexpr std::array texts`, one QLatin1String for each case in the order of the declaration.
+template <typename Kind>
+struct RawValues;
+
+/// The text under which a case is stored.
+template <typename Kind>
+constexpr QLatin1String rawValue(Kind kind)
+{
+    return RawValues<Kind>::texts[static_cast<std::size_t>(kind)];
+}
+
+/// The case stored under this very text; nothing for any other.
+template <typename Kind>
+std::optional<Kind> fromRawValue(QStringView text)
+{
+    constexpr auto& texts = RawValues<Kind>::texts;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        if (texts[i] == text)
+            return static_cast<Kind>(i);
+    }
+    return std::nullopt;
+}
+
+/// Every case, in the order of the declaration, which is the order the window lists them in.
+template <typename Kind>
+constexpr auto allCases()
+{
+    std::array<Kind, RawValues<Kind>::texts.size()> cases{};
+    for (std::size_t i = 0; i < cases.size(); ++i)
+        cases[i] = static_cast<Kind>(i);
+    return cases;
+}
+
+template <typename Kind>
+Kind decodeRawValue(JsonValue value)
+{
+    const QString text = value.string();
+    const std::optional<Kind> kind = fromRawValue<Kind>(text);
+    if (!kind)
+        throw unknownValue(text);
+    return *kind;
+}
+
+template <typename Kind>
+void writeRawValue(JsonWriter& writer, Kind kind)
+{
+    writer.string(QString(rawValue(kind)));
+}
+
+} // namespace varnel
