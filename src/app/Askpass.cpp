@@ -12,7 +12,7 @@ namespace varnel {
 int runAskpass(SecretStore& secrets)
 {
     const std::optional<QString> password =
-        secrets.read(QStringLiteral("varnel.ssh.password"), SecretStore::Unlocking::Never);
+        secrets.read(QStringLiteral("varnel.ssh.password"), Unlocking::Never);
     if (!password || password->isEmpty())
         return 1;
     // The bytes go out as they are, even if the reader is a terminal: this is no text to be looked at.
