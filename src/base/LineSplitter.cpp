@@ -30,7 +30,7 @@ void LineSplitter::append(QByteArrayView bytes)
 
 LineSplitter::Line LineSplitter::take(std::size_t length, std::size_t skip)
 {
-    const Line line{std::string_view(m_buffer).substr(m_start, length), false};
+    const Line line{std::string_view(m_buffer).substr(m_start, length), false, skip > 0};
     m_start += length + skip;
     m_scanned = m_start;
     return line;
@@ -57,7 +57,7 @@ std::optional<LineSplitter::Line> LineSplitter::next()
         m_overflowed = true;
         m_buffer = std::string();
         m_start = m_scanned = 0;
-        return Line{{}, true};
+        return Line{{}, true, false};
     }
     if (carriageReturn) {
         m_skipLineFeed = true;

@@ -23,6 +23,8 @@ public:
         /// Valid until the splitter is used again. At least JsonParser::padding bytes behind it are readable.
         std::string_view text;
         bool tooLong = false;
+        /// Whether the end of the line arrived; the last line of a stream may lack it.
+        bool ended = true;
     };
 
     explicit LineSplitter(std::size_t limit = maximumLength);

@@ -88,24 +88,25 @@ void ChatStream::take(const LineSplitter::Line& line)
 {
     if (line.text.empty() && !line.tooLong)
         return;
-    if (!simdjson::validate_utf8(line.text.data(), line.text.size()))
+    const bool isUtf8 = simdjson::validate_utf8(line.text.data(), line.text.size());
+    if (!isUtf8 && line.ended)
         throw OllamaError::api(QStringLiteral("Ollama returned an unreadable reply."));
+    // What is no chunk is what a broken connection leaves behind, a character cut in two at the very end
+    // included; what came before it stands.
+    m_progress = Progress::Broken;
+    if (!isUtf8 || line.tooLong)
+        return;
     ChatPiece piece;
     try {
-        if (line.tooLong)
-            throw DecodeError(QString(), QStringLiteral("the line is too long"));
         piece = decodeChatPiece(m_parser.parsePadded(line.text));
     } catch (const DecodeError&) {
-        // A line that is no chunk is what a broken connection leaves behind; what came before it stands.
-        m_progress = Progress::Broken;
         return;
     }
+    m_progress = piece.done ? Progress::Done : Progress::Reading;
     if (!piece.error.isEmpty())
         throw OllamaError::api(piece.error);
     m_thinking = piece.thinking;
     m_reply = piece.content;
-    if (piece.done)
-        m_progress = Progress::Done;
 }
 
 std::optional<ChatDelta> ChatStream::takeDelta()

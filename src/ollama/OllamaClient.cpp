@@ -35,15 +35,14 @@ auto decodeReply(const QByteArray& body, Decode decode)
 OllamaModel decodeModel(JsonValue value)
 {
     const JsonObject model = value.object();
-    OllamaModel decoded{
+    const auto parameterSize = [](JsonValue details) {
+        return details.object().optional("parameter_size", &JsonValue::string);
+    };
+    return {
         .name = model.required("name", &JsonValue::string),
         .size = model.optional("size", &JsonValue::integer),
-        .parameterSize = {},
+        .parameterSize = model.optional("details", parameterSize).value_or(std::nullopt),
     };
-    const auto details = model.optional("details", &JsonValue::object);
-    if (details)
-        decoded.parameterSize = details->optional("parameter_size", &JsonValue::string);
-    return decoded;
 }
 
 OllamaRunning decodeRunning(JsonValue value)
@@ -121,7 +120,7 @@ HttpRequest OllamaClient::request(const QByteArray& method, const char* endpoint
     while (path.endsWith(QLatin1Char('/')))
         path.chop(1); // a doubled slash is answered with a redirect
     QUrl url = m_baseURL;
-    url.setPath(path + QLatin1Char('/') + QLatin1String(endpoint));
+    url.setPath(path + QLatin1Char('/') + QLatin1String(endpoint), QUrl::TolerantMode);
 
     HttpRequest request;
     request.method = method;
