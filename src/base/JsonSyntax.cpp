@@ -1,6 +1,6 @@
 #include "base/JsonSyntax.h"
 
-#include <simdjson.h>
+#include "base/Text.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -256,7 +256,7 @@ std::size_t firstInvalidUtf8(std::string_view text)
     while (at < text.size()) {
         const auto lead = static_cast<unsigned char>(text[at]);
         const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-        if (at + length > text.size() || !simdjson::validate_utf8(text.data() + at, length))
+        if (at + length > text.size() || !isUtf8(text.substr(at, length)))
             return at;
         at += length;
     }
@@ -311,7 +311,7 @@ bool isLowSurrogate(unsigned unit)
 QString describeJsonSyntaxProblem(std::string_view text)
 {
     std::optional<Problem> problem = SyntaxWalk(text).run();
-    if (!simdjson::validate_utf8(text.data(), text.size())) {
+    if (!isUtf8(text)) {
         const std::size_t offset = firstInvalidUtf8(text);
         if (!problem || offset < problem->offset)
             problem = Problem{offset, QStringLiteral("bytes that are not UTF-8")};

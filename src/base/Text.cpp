@@ -1,5 +1,7 @@
 #include "base/Text.h"
 
+#include <simdjson.h>
+
 namespace varnel {
 
 QString wellFormed(QString text)
@@ -14,6 +16,11 @@ QString wellFormed(QString text)
             text[i] = QChar(QChar::ReplacementCharacter);
     }
     return text;
+}
+
+bool isUtf8(std::string_view bytes)
+{
+    return bytes.empty() || simdjson::validate_utf8(bytes.data(), bytes.size());
 }
 
 } // namespace varnel

@@ -1,5 +1,6 @@
 #include "ollama/ChatStream.h"
 
+#include "base/Text.h"
 #include "ollama/OllamaError.h"
 #include "ollama/OllamaStatus.h"
 
@@ -88,13 +89,13 @@ void ChatStream::take(const LineSplitter::Line& line)
 {
     if (line.text.empty() && !line.tooLong)
         return;
-    const bool isUtf8 = simdjson::validate_utf8(line.text.data(), line.text.size());
-    if (!isUtf8 && line.ended)
+    const bool readable = isUtf8(line.text);
+    if (!readable && line.ended && !line.tooLong)
         throw OllamaError::api(QStringLiteral("Ollama returned an unreadable reply."));
     // What is no chunk is what a broken connection leaves behind, a character cut in two at the very end
     // included; what came before it stands.
     m_progress = Progress::Broken;
-    if (!isUtf8 || line.tooLong)
+    if (!readable || line.tooLong)
         return;
     ChatPiece piece;
     try {

@@ -1,6 +1,7 @@
 #include "ollama/OllamaStatus.h"
 
 #include "base/JsonReader.h"
+#include "base/Text.h"
 
 namespace varnel {
 
@@ -44,7 +45,7 @@ Task<OllamaError> errorOfStatus(HttpResponse& response)
     const QByteArrayView text =
         body.size() < errorBodyLimit ? QByteArrayView(body) : withoutCutCharacter(body);
     // An empty page says nothing, so the status speaks for it.
-    if (text.isEmpty() || !simdjson::validate_utf8(text.data(), static_cast<std::size_t>(text.size())))
+    if (text.isEmpty() || !isUtf8(text))
         co_return OllamaError::unreachable(QStringLiteral("HTTP %1").arg(response.status()));
     co_return OllamaError::unreachable(QString::fromUtf8(text));
 }
