@@ -68,7 +68,7 @@ private:
         promise->start();
         watcher.setFuture(promise->future());
         pool->start([promise, work = std::move(work), token = abandoned.get_token()]() mutable {
-            promise->addResult(Outcome<Result>::of(work, std::move(token)));
+            promise->addResult(Outcome<Result>::of(work, token));
             promise->finish();
         });
         while (!watcher.isFinished()) {
@@ -87,10 +87,10 @@ private:
         std::exception_ptr exception;
 
         template <typename Work>
-        static Outcome of(Work& work, std::stop_token stop)
+        static Outcome of(Work& work, const std::stop_token& stop)
         {
             try {
-                return {std::make_shared<Result>(work(std::move(stop))), nullptr};
+                return {std::make_shared<Result>(work(stop)), nullptr};
             } catch (...) {
                 return {nullptr, std::current_exception()};
             }
