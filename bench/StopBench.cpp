@@ -1,5 +1,6 @@
-// Measures how long a stop takes, from the press to the closed connection, at every point of a request: while the
-// host is looked up, while connecting, in the TLS handshake, before the answer, and in the middle of a fast stream.
+// Measures how long a stop takes, from the press to the closed connection, at every point of a request: while
+// the host is looked up, while connecting, in the TLS handshake, before the answer, and in the middle of a
+// fast stream.
 
 #include "base/HttpClient.h"
 #include "base/Task.h"
@@ -33,8 +34,8 @@ Task<void> readToTheEnd(HttpClient& http, QUrl url, std::stop_token stop)
     }
 }
 
-/// Starts a request, waits until it is at the point to be measured, stops it; yields the worst time in milliseconds
-/// until the request has ended and the server sees its connection closed.
+/// Starts a request, waits until it is at the point to be measured, stops it; yields the worst time in
+/// milliseconds until the request has ended and the server sees its connection closed.
 double worstStop(const QUrl& url, const std::function<bool()>& isThere, const std::function<bool()>& isClosed)
 {
     double worst = 0;
@@ -105,8 +106,9 @@ int main(int argc, char** argv)
     const QCoreApplication application(argc, argv);
     const auto always = [] { return true; };
 
-    report("while the host is looked up",
-           worstStop(QUrl(QStringLiteral("http://slow.test/")), [] { return SlowResolver::waiting() > 0; }, always));
+    report("while the host is looked up", worstStop(
+                                              QUrl(QStringLiteral("http://slow.test/")),
+                                              [] { return SlowResolver::waiting() > 0; }, always));
     SlowResolver::release();
 
     const FullSocket full;
