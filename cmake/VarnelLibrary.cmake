@@ -111,7 +111,9 @@ function(varnel_test name)
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
+    set(profile "${CMAKE_BINARY_DIR}/tests/profile")
     set_tests_properties(${name} PROPERTIES
         LABELS "${arg_LABEL}" TIMEOUT ${arg_TIMEOUT}
-        ENVIRONMENT "QT_QPA_PLATFORM=offscreen;VARNEL_BIN=${CMAKE_BINARY_DIR}/bin;${arg_ENVIRONMENT}")
+        # Never the preferences, the data or the keyring of whoever runs the tests.
+        ENVIRONMENT "HOME=${profile};XDG_CONFIG_HOME=${profile}/config;XDG_DATA_HOME=${profile}/data;XDG_CACHE_HOME=${profile}/cache;XDG_STATE_HOME=${profile}/state;DBUS_SESSION_BUS_ADDRESS=disabled:;QT_QPA_PLATFORM=offscreen;VARNEL_BIN=${CMAKE_BINARY_DIR}/bin;${arg_ENVIRONMENT}")
 endfunction()

@@ -25,7 +25,8 @@ QString neutraliseControls(const QString& text)
             shown += QChar(0x2400 + unit);
         else if (unit == 0x7f)
             shown += QChar(0x2421);
-        else if (unit >= 0x80 && unit < 0xa0)
+        else if ((unit >= 0x80 && unit < 0xa0) || (unit >= 0x202a && unit <= 0x202e) ||
+                 (unit >= 0x2066 && unit <= 0x2069))
             shown += QChar(QChar::ReplacementCharacter);
         else
             shown += QChar(unit);
@@ -49,7 +50,11 @@ StandardStream::StandardStream(int descriptor)
 
 void StandardStream::write(const QString& text) const
 {
-    const QByteArray bytes = (m_isTerminal ? neutraliseControls(text) : text).toUtf8();
+    writeBytes((m_isTerminal ? neutraliseControls(text) : text).toUtf8());
+}
+
+void StandardStream::writeBytes(const QByteArray& bytes) const
+{
     for (qsizetype written = 0; written < bytes.size();) {
         const ssize_t count = ::write(m_descriptor, bytes.constData() + written,
                                       static_cast<std::size_t>(bytes.size() - written));

@@ -16,6 +16,8 @@ public:
 
     /// Writes the whole text; throws Error when the stream takes no more.
     void write(const QString& text) const;
+    /// Writes bytes as they are, to a terminal too.
+    void writeBytes(const QByteArray& bytes) const;
 
 private:
     int m_descriptor;
@@ -28,7 +30,8 @@ private:
 void occupyClosedStreams();
 
 /// The text with every control character except line feed and tab replaced by a visible symbol: U+2400 and
-/// following for those of ASCII, U+FFFD for those of Latin-1. The carriage return of a CRLF is dropped.
+/// following for those of ASCII, U+FFFD for those of Latin-1 and for those that reorder text. The carriage
+/// return of a CRLF is dropped.
 QString neutraliseControls(const QString& text);
 
 } // namespace varnel

@@ -4,7 +4,7 @@
 #include "app/SystemDisplay.h"
 
 #include <QCoreApplication>
-#include <QFileInfo>
+#include <QDir>
 #include <QLibrary>
 
 namespace varnel {
@@ -28,7 +28,9 @@ int runWindow(int argc, char** argv)
     using RunWindow = int (*)(int, char**);
     const auto run = reinterpret_cast<RunWindow>(module.resolve("varnel_run_window"));
     if (!run)
-        return refuse(QStringLiteral("Varnel's window could not be loaded: %1").arg(module.errorString()));
+        return refuse(
+            QStringLiteral("Varnel's window could not be loaded: %1")
+                .arg(QDir::cleanPath(windowModulePath()) + QStringLiteral(": ") + module.errorString()));
     return run(argc, argv);
 }
 

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 
 namespace varnel {
@@ -24,8 +25,11 @@ Task<void> exitWith(Task<int> command, int& status)
 {
     try {
         status = co_await command;
-    } catch (const std::exception&) {
-        status = 1; // not even standard error takes anything any more
+    } catch (const std::exception& error) {
+        status = 1;
+        // Every failure that was foreseen has been told; what is left is standard error itself failing, or
+        // memory.
+        std::fprintf(stderr, "varnel: %s\n", error.what());
     }
     QCoreApplication::exit(status);
 }
@@ -64,7 +68,11 @@ int run(int argc, char** argv)
     case CommandMode::Askpass: {
         forbidInspection();
         const std::unique_ptr<SecretStore> secrets = systemSecretStore();
-        return runAskpass(*secrets);
+        try {
+            return runAskpass(*secrets);
+        } catch (const Error&) {
+            return 1; // nobody takes the answer, and there is nothing to say
+        }
     }
     case CommandMode::Ctl:
         return runCommandLine(argc, argv, arguments.mid(1));

@@ -37,8 +37,14 @@ public:
     /// Ends a transfer, finished or not; never called from inside a callback of libcurl.
     void remove(CURL* handle);
 
-    /// Proxies that the desktop's settings named, by scheme and host; asked once each.
-    std::map<QString, std::optional<QByteArray>> knownProxies;
+    /// What the desktop's settings named for a host.
+    struct KnownProxy
+    {
+        QByteArray proxy;
+        std::chrono::steady_clock::time_point asked;
+    };
+    /// By scheme and host; asked again after a minute, because networks change.
+    std::map<QString, KnownProxy> knownProxies;
     Worker proxyLookup;
 
 private:

@@ -17,11 +17,14 @@ Task<std::optional<QByteArray>> findProxy(std::shared_ptr<CurlSession> session, 
     if (environmentNamesProxy())
         co_return std::nullopt;
     const QString key = url.scheme() + QLatin1Char(' ') + url.host();
+    const auto now = std::chrono::steady_clock::now();
+    std::erase_if(session->knownProxies,
+                  [now](const auto& known) { return now - known.second.asked > std::chrono::minutes(1); });
     if (const auto known = session->knownProxies.find(key); known != session->knownProxies.end())
-        co_return known->second;
-    std::optional<QByteArray> proxy = co_await session->proxyLookup.run(
+        co_return known->second.proxy;
+    QByteArray proxy = co_await session->proxyLookup.run(
         [url](const std::stop_token&) { return desktopProxyFor(url); }, std::move(stop));
-    session->knownProxies.emplace(key, proxy);
+    session->knownProxies.insert_or_assign(key, CurlSession::KnownProxy{proxy, now});
     co_return proxy;
 }
 

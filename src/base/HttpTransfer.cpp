@@ -74,6 +74,8 @@ void HttpTransfer::configureRequest()
     }
     if (m_request.method != "GET" || !m_request.body.isEmpty())
         curl_easy_setopt(m_handle, CURLOPT_CUSTOMREQUEST, m_request.method.constData());
+    if (m_request.method == "HEAD")
+        curl_easy_setopt(m_handle, CURLOPT_NOBODY, 1L);
     if (m_request.method != "GET" && m_request.method != "HEAD") {
         curl_easy_setopt(m_handle, CURLOPT_PREREQFUNCTION, &HttpTransfer::onReadyToSend);
         curl_easy_setopt(m_handle, CURLOPT_PREREQDATA, this);
@@ -129,6 +131,10 @@ std::size_t HttpTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
     auto& self = *static_cast<HttpTransfer*>(transfer);
     const std::size_t length = size * count;
     self.m_lastActivity = steady_clock::now();
+    if (self.m_received.size() + static_cast<qsizetype>(length) > unreadLimit) {
+        self.m_bodyTooLong = true;
+        return 0;
+    }
     self.m_received.append(bytes, static_cast<qsizetype>(length));
     self.m_wakeup.notify();
     return length;
@@ -230,26 +236,19 @@ Task<std::optional<QByteArray>> HttpTransfer::next(std::shared_ptr<HttpTransfer>
     co_return std::nullopt;
 }
 
-TransportError HttpTransfer::describe(CURLcode result) const
+/// What kept a connection from being made.
+TransportError HttpTransfer::describeConnection(CURLcode result) const
 {
     using Kind = TransportError::Kind;
-    long systemError = 0;
-    curl_easy_getinfo(m_handle, CURLINFO_OS_ERRNO, &systemError);
     const QString detail = QString::fromUtf8(m_errorText.data()).trimmed();
-    const QString reason =
-        systemError != 0
-            ? QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(static_cast<int>(systemError)))
-            : QString();
     switch (result) {
-    case CURLE_URL_MALFORMAT:
-        return {Kind::Unusable, QStringLiteral("The address of %1 cannot be requested.").arg(peer())};
     case CURLE_COULDNT_RESOLVE_HOST:
         return {Kind::Unresolved,
                 QStringLiteral("The host \"%1\" could not be found.").arg(m_request.url.host())};
     case CURLE_COULDNT_RESOLVE_PROXY:
         return {Kind::Unresolved, QStringLiteral("The proxy for %1 could not be found.").arg(peer())};
     case CURLE_COULDNT_CONNECT:
-        return {Kind::Unreachable, QStringLiteral("Could not connect to %1%2.").arg(peer(), reason)};
+        return {Kind::Unreachable, QStringLiteral("Could not connect to %1%2.").arg(peer(), systemReason())};
     case CURLE_OPERATION_TIMEDOUT:
         return {Kind::TimedOut,
                 QStringLiteral("Could not connect to %1 within %2 seconds.")
@@ -257,12 +256,41 @@ TransportError HttpTransfer::describe(CURLcode result) const
     case CURLE_PEER_FAILED_VERIFICATION:
         return {Kind::Insecure,
                 QStringLiteral("The certificate of %1 could not be verified: %2.").arg(peer(), detail)};
+    default:
+        return {Kind::Insecure,
+                QStringLiteral("A secure connection to %1 could not be made: %2.").arg(peer(), detail)};
+    }
+}
+
+/// ": " and the system's own words for what went wrong; empty if it has none.
+QString HttpTransfer::systemReason() const
+{
+    long error = 0;
+    curl_easy_getinfo(m_handle, CURLINFO_OS_ERRNO, &error);
+    if (error == 0)
+        return {};
+    return QStringLiteral(": ") + QString::fromLocal8Bit(std::strerror(static_cast<int>(error)));
+}
+
+TransportError HttpTransfer::describe(CURLcode result) const
+{
+    using Kind = TransportError::Kind;
+    if (m_headTooLong || (result == CURLE_OUT_OF_MEMORY && !m_headComplete))
+        return {Kind::TooLarge, QStringLiteral("%1 sent more headers than can be taken.").arg(peer())};
+    if (m_bodyTooLong)
+        return {Kind::TooLarge,
+                QStringLiteral("The reply of %1 unpacks to more than can be taken.").arg(peer())};
+    switch (result) {
+    case CURLE_COULDNT_RESOLVE_HOST:
+    case CURLE_COULDNT_RESOLVE_PROXY:
+    case CURLE_COULDNT_CONNECT:
+    case CURLE_OPERATION_TIMEDOUT:
+    case CURLE_PEER_FAILED_VERIFICATION:
     case CURLE_SSL_CONNECT_ERROR:
     case CURLE_SSL_CACERT_BADFILE:
     case CURLE_SSL_CIPHER:
     case CURLE_SSL_CERTPROBLEM:
-        return {Kind::Insecure,
-                QStringLiteral("A secure connection to %1 could not be made: %2.").arg(peer(), detail)};
+        return describeConnection(result);
     case CURLE_GOT_NOTHING:
     case CURLE_ABORTED_BY_CALLBACK:
         return {Kind::Closed, QStringLiteral("The connection to %1 closed without an answer.").arg(peer())};
@@ -277,15 +305,13 @@ TransportError HttpTransfer::describe(CURLcode result) const
     case CURLE_HTTP2:
     case CURLE_HTTP2_STREAM:
         return {Kind::Closed, QStringLiteral("The connection to %1 closed before the reply was complete%2.")
-                                  .arg(peer(), reason)};
-    default:
-        break;
+                                  .arg(peer(), systemReason())};
+    default: {
+        const QString detail = QString::fromUtf8(m_errorText.data()).trimmed();
+        const QString reason = detail.isEmpty() ? QString::fromUtf8(curl_easy_strerror(result)) : detail;
+        return {Kind::Unusable, QStringLiteral("The request to %1 failed: %2.").arg(peer(), reason)};
     }
-    if (m_headTooLong || result == CURLE_OUT_OF_MEMORY)
-        return {Kind::TooLarge, QStringLiteral("%1 sent more headers than can be taken.").arg(peer())};
-    return {Kind::Malformed,
-            QStringLiteral("The request to %1 failed: %2.")
-                .arg(peer(), detail.isEmpty() ? QString::fromUtf8(curl_easy_strerror(result)) : detail)};
+    }
 }
 
 } // namespace varnel

@@ -22,6 +22,9 @@ class HttpTransfer
 public:
     /// The longest block of headers taken, in bytes.
     static constexpr qsizetype headerLimit = 256 * 1024;
+    /// How much of a body may lie here unread, in bytes. It is read at every turn of the event loop, so only
+    /// one that unpacks to a thousand times its size comes that far.
+    static constexpr qsizetype unreadLimit = 32 * 1024 * 1024;
 
     /// @param proxy where to connect through: nothing leaves it to the environment, empty means directly.
     HttpTransfer(std::shared_ptr<CurlSession> session, HttpRequest request,
@@ -58,6 +61,8 @@ private:
     void fail(std::exception_ptr failure);
     void end();
     TransportError describe(CURLcode result) const;
+    TransportError describeConnection(CURLcode result) const;
+    QString systemReason() const;
 
     std::shared_ptr<CurlSession> m_session;
     HttpRequest m_request;
@@ -69,6 +74,7 @@ private:
     int m_status = 0;
     bool m_headComplete = false;
     bool m_headTooLong = false;
+    bool m_bodyTooLong = false;
     qsizetype m_headLength = 0;
     std::vector<HttpHeader> m_headers;
 

@@ -47,7 +47,12 @@ public:
         ~Awaiter() { m_wakeup.m_context.waiting = nullptr; }
 
         bool await_ready() const noexcept { return false; }
-        void await_suspend(std::coroutine_handle<> waiting) noexcept { m_wakeup.m_context.waiting = waiting; }
+        void await_suspend(std::coroutine_handle<> waiting)
+        {
+            m_wakeup.m_context.waiting = waiting;
+            if (std::exchange(m_wakeup.m_context.resumesAtOnce, false))
+                m_wakeup.notify();
+        }
         void await_resume() const noexcept {}
 
     private:
@@ -55,12 +60,20 @@ public:
     };
     Awaiter wait() noexcept { return Awaiter(*this); }
 
+    /// Waits for nothing but its turn: whatever else the event loop has to do now is done first.
+    Awaiter turn() noexcept
+    {
+        m_context.resumesAtOnce = true;
+        return Awaiter(*this);
+    }
+
 private:
     class Context : public QObject
     {
     public:
         std::coroutine_handle<> waiting;
         bool posted = false;
+        bool resumesAtOnce = false;
 
     protected:
         void customEvent(QEvent*) override

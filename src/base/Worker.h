@@ -35,7 +35,7 @@ public:
     ~Worker()
     {
         m_pool->clear();
-        if (!m_pool->waitForDone(500))
+        if (!m_pool->waitForDone(50))
             static_cast<void>(m_pool.release());
     }
 

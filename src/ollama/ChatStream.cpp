@@ -45,6 +45,8 @@ Task<std::optional<ChatDelta>> ChatStream::next()
     if (!m_response)
         co_await open();
     while (true) {
+        if (std::chrono::steady_clock::now() - m_turnBegan > longestBurst)
+            co_await takeTurn();
         if (m_stop.stop_requested())
             throw Cancelled();
         if (std::optional<ChatDelta> delta = takeDelta())
@@ -77,6 +79,7 @@ Task<void> ChatStream::readMore()
     } catch (const TransportError&) {
         m_failure = std::current_exception();
     }
+    m_turnBegan = std::chrono::steady_clock::now();
     if (bytes) {
         m_lines.append(*bytes);
     } else {
@@ -85,8 +88,19 @@ Task<void> ChatStream::readMore()
     }
 }
 
+Task<void> ChatStream::takeTurn()
+{
+    co_await m_wakeup.turn();
+    m_turnBegan = std::chrono::steady_clock::now();
+}
+
 void ChatStream::take(const LineSplitter::Line& line)
 {
+    m_silentBytes += line.text.size() + 1;
+    if (m_silentBytes > silenceLimit) {
+        m_progress = Progress::Broken;
+        return;
+    }
     if (line.text.empty() && !line.tooLong)
         return;
     const bool readable = isUtf8(line.text);
@@ -118,8 +132,10 @@ std::optional<ChatDelta> ChatStream::takeDelta()
         delta = {ChatDelta::Kind::Thinking, std::exchange(m_thinking, QString())};
     else if (!m_reply.isEmpty())
         delta = {ChatDelta::Kind::Reply, std::exchange(m_reply, QString())};
-    if (delta)
+    if (delta) {
         m_anyDelta = true;
+        m_silentBytes = 0;
+    }
     return delta;
 }
 

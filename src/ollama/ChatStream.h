@@ -4,8 +4,10 @@
 #include "base/JsonReader.h"
 #include "base/LineSplitter.h"
 #include "base/Task.h"
+#include "base/Wakeup.h"
 #include "ollama/OllamaTypes.h"
 
+#include <chrono>
 #include <exception>
 #include <optional>
 #include <stop_token>
@@ -26,8 +28,14 @@ public:
 private:
     enum class Progress { Reading, Done, Broken };
 
+    /// How much may come without any text before the reply counts as broken, in bytes.
+    static constexpr std::size_t silenceLimit = 16 * 1024 * 1024;
+    /// How long lines are read before the event loop gets its turn, so that a stop is heard in any burst.
+    static constexpr std::chrono::milliseconds longestBurst{10};
+
     Task<void> open();
     Task<void> readMore();
+    Task<void> takeTurn();
     void take(const LineSplitter::Line& line);
     std::optional<ChatDelta> takeDelta();
     void finish();
@@ -43,6 +51,9 @@ private:
     bool m_bodyEnded = false;
     std::exception_ptr m_failure;
     bool m_anyDelta = false;
+    std::size_t m_silentBytes = 0;
+    std::chrono::steady_clock::time_point m_turnBegan;
+    Wakeup m_wakeup;
     // What the last line held and was not handed out yet.
     QString m_thinking;
     QString m_reply;

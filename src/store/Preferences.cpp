@@ -4,6 +4,7 @@
 #include "base/JsonReader.h"
 #include "base/JsonWriter.h"
 #include "base/Text.h"
+#include "store/HttpUrl.h"
 #include "store/IniFile.h"
 #include "store/PreferencesFile.h"
 
@@ -139,7 +140,11 @@ ConnectionSettings Preferences::connection() const
 std::optional<QString> Preferences::connectionProblem() const
 {
     try {
-        storedConnection();
+        const std::optional<ConnectionSettings> settings = storedConnection();
+        if (settings && settings->mode == ConnectionMode::Direct &&
+            !parseHttpUrl(settings->directURL.trimmed()))
+            return QStringLiteral("The saved address \"%1\" is no http or https URL; %2 is used instead.")
+                .arg(settings->directURL.trimmed(), settings->baseURL().toString());
         return std::nullopt;
     } catch (const DecodeError& error) {
         return error.introducedBy(QStringLiteral("The saved connection settings cannot be read.")).message();

@@ -5,6 +5,7 @@
 #include "support/Await.h"
 
 #include <QTest>
+#include <QTimer>
 
 using namespace varnel;
 using namespace varnel::test;
@@ -148,6 +149,7 @@ private Q_SLOTS:
             "api: The model finished without a reply.");
         row("endless line", hi + "\n" + QByteArray(17 * 1024 * 1024, ' '), "", "hi", "");
         row("deep", QByteArray(100'000, '['), "", "", closed);
+        row("endless blank lines", hi + QByteArray(17 * 1024 * 1024, '\n'), "", "hi", "");
     }
     void linesBecomeDeltasOrErrors()
     {
@@ -247,6 +249,37 @@ private Q_SLOTS:
         stop.request_stop();
         QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(task)));
         QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
+    }
+
+    void aStopIsHeardInsideABurst()
+    {
+        // A megabyte that says nothing in half a million lines: long to read, and there at once.
+        HttpServer server([](const Exchange& exchange) {
+            exchange->reply(200, "application/x-ndjson", QByteArray("{}\n").repeated(3'000'000));
+        });
+        server.listen();
+        HttpClient http;
+        std::stop_source stop;
+        int turns = 0;
+        QTimer timer;
+        connect(&timer, &QTimer::timeout, this, [&] {
+            if (++turns == 3)
+                stop.request_stop();
+        });
+        timer.start(20ms);
+        QVERIFY_THROWS_EXCEPTION(Cancelled, await(readReply(http, server.url(), stop.get_token())));
+    }
+
+    void aReplyThatUnpacksWithoutEndFails()
+    {
+        // 64 MiB of blanks in 64 KiB, as the zlib wrapper that HTTP calls "deflate" (RFC 9110, 8.4.1.2).
+        const QByteArray packed = qCompress(QByteArray(64 * 1024 * 1024, ' '), 9).mid(4);
+        HttpServer server([&](const Exchange& exchange) {
+            exchange->reply(200, "application/json", packed, {{"Content-Encoding", "deflate"}});
+        });
+        server.listen();
+        HttpClient http;
+        QVERIFY(!await(readReply(http, server.url())).end.isEmpty());
     }
 
     void aServerThatGoesAwayIsATransportError()
