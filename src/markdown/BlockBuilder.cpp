@@ -24,11 +24,6 @@ BlockBuilder::BlockBuilder(InlineParser& inlines, LinkDefinitions definitions)
 
 void BlockBuilder::addLine(QStringView line)
 {
-    QString repaired;
-    if (line.contains(QChar::Null)) {
-        repaired = line.toString().replace(QChar::Null, QChar::ReplacementCharacter);
-        line = repaired;
-    }
     LineCursor cursor(line);
     m_containerOpened = false;
     const std::size_t matched = matchContainers(cursor);
@@ -71,8 +66,8 @@ bool BlockBuilder::continueLeaf(LineCursor& cursor)
     switch (m_leaf.kind) {
     case Leaf::Kind::Fence:
         if (cursor.indentation() < codeIndentation && isClosingFence(cursor.text(), m_leaf.fence)) {
-            append({MarkdownCode{m_leaf.info, m_leaf.text, true}});
-            m_leaf = {};
+            append({MarkdownCode{m_leaf.info, m_leaf.text.sliced(0), true}});
+            resetLeaf();
         } else {
             cursor.skipColumns(m_leaf.indentation);
             if (std::exchange(m_leaf.hasLines, true))
@@ -106,7 +101,7 @@ bool BlockBuilder::continueMaths(QStringView line)
         return true;
     if (const auto source = displayMaths(m_leaf.text)) {
         append({MarkdownMaths{source->toString()}});
-        m_leaf = {};
+        resetLeaf();
     }
     const QStringView rest = line.sliced(end + 2).trimmed();
     if (m_leaf.kind == Leaf::Kind::Maths)
@@ -183,6 +178,8 @@ bool BlockBuilder::openCode(LineCursor& cursor, std::size_t matched)
 
 bool BlockBuilder::openMaths(QStringView line, std::size_t matched)
 {
+    if (line[0] != u'$' && line[0] != u'\\')
+        return false;
     if (const auto source = displayMaths(line)) {
         closeTo(matched);
         append({MarkdownMaths{source->toString()}});
@@ -240,7 +237,7 @@ bool BlockBuilder::endParagraphAsHeading(QStringView line)
     if (text.isEmpty())
         return false;
     append({MarkdownHeading{level, m_inlines->parse(text.trimmed(), m_definitions)}});
-    m_leaf = {};
+    resetLeaf();
     return true;
 }
 
@@ -287,7 +284,9 @@ void BlockBuilder::endBlankLine(std::size_t matched)
 void BlockBuilder::addRow(QStringView line)
 {
     QList<MarkdownText> row;
-    for (const QString& cell : tableCells(line)) {
+    const QStringList cells = tableCells(line);
+    row.reserve(qMin(cells.size(), m_leaf.table.columns.size()));
+    for (const QString& cell : cells) {
         if (row.size() == m_leaf.table.columns.size())
             break;
         row.append(m_inlines->parse(cell, m_definitions));

@@ -22,12 +22,19 @@ public:
     explicit BlockBuilder(InlineParser& inlines);
     BlockBuilder(InlineParser& inlines, LinkDefinitions definitions);
 
-    /// Takes the next line, without its end.
+    /// Takes the next line, without its end and without a NUL in it.
     void addLine(QStringView line);
     /// Ends the text: whatever is open becomes a block.
     void close();
     /// The top-level blocks that are complete and were not taken yet. No line to come changes them.
     QList<MarkdownBlock> takeBlocks();
+
+    /// How much text the code block has that is open at top level, -1 if none is. It grows at its end only.
+    qsizetype openCodeSize() const;
+    /// Brings that block up to date with the text so far and `line`, the beginning of its next line.
+    /// @param known how much of code.text came from whole lines, which is what openCodeSize() was then.
+    /// @return false, with the code unchanged, if the line may be more than code.
+    bool extendOpenCode(MarkdownCode& code, qsizetype known, QStringView line) const;
 
     const LinkDefinitions& definitions() const { return m_definitions; }
 
@@ -87,6 +94,7 @@ private:
     void closeTo(std::size_t count, bool forItem = false);
     void closeContainer();
     void closeLeaf();
+    void resetLeaf();
     void closeParagraph();
     void appendLeafLine(QStringView line);
     void append(MarkdownBlock block);

@@ -57,7 +57,7 @@ void BlockBuilder::closeLeaf()
         closeParagraph();
         break;
     case Leaf::Kind::Fence:
-        append({MarkdownCode{m_leaf.info, m_leaf.text, false}});
+        append({MarkdownCode{m_leaf.info, m_leaf.text.sliced(0), false}});
         break;
     case Leaf::Kind::IndentedCode: {
         qsizetype end = m_leaf.text.size();
@@ -69,10 +69,20 @@ void BlockBuilder::closeLeaf()
         break;
     }
     case Leaf::Kind::Table:
-        append({m_leaf.table});
+        append({std::move(m_leaf.table)});
+        m_leaf.table = {};
         break;
     }
-    m_leaf = {};
+    resetLeaf();
+}
+
+/// Makes the leaf none, but keeps the room that its text took.
+void BlockBuilder::resetLeaf()
+{
+    m_leaf.kind = Leaf::Kind::None;
+    m_leaf.text.resize(0);
+    m_leaf.lastLine = 0;
+    m_leaf.hasLines = false;
 }
 
 void BlockBuilder::closeParagraph()
@@ -122,6 +132,27 @@ void BlockBuilder::close()
     while (m_containers.size() > 1)
         closeContainer();
     closeLeaf();
+}
+
+qsizetype BlockBuilder::openCodeSize() const
+{
+    return m_containers.size() == 1 && m_leaf.kind == Leaf::Kind::Fence ? m_leaf.text.size() : -1;
+}
+
+bool BlockBuilder::extendOpenCode(MarkdownCode& code, qsizetype known, QStringView line) const
+{
+    LineCursor cursor(line);
+    if (cursor.text().startsWith(m_leaf.fence.mark))
+        return false;
+    code.text.truncate(known);
+    code.text += QStringView(m_leaf.text).sliced(known);
+    if (line.isEmpty())
+        return true;
+    if (m_leaf.hasLines)
+        code.text += u'\n';
+    cursor.skipColumns(m_leaf.indentation);
+    cursor.appendRest(code.text);
+    return true;
 }
 
 QList<MarkdownBlock> BlockBuilder::takeBlocks()

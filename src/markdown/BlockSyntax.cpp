@@ -151,27 +151,27 @@ QStringList tableCells(QStringView line)
     if (line.startsWith(u'|'))
         line = line.sliced(1);
     QStringList cells;
-    QString cell;
+    QString begun; // what comes before the last escaped bar of the cell
     qsizetype begin = 0;
-    qsizetype position = 0;
-    for (; position < line.size(); ++position) {
+    const auto endCell = [&](qsizetype end) {
+        const QStringView rest = line.sliced(begin, end - begin);
+        cells.append(begun.isEmpty() ? rest.trimmed().toString() : begun.append(rest).trimmed());
+        begun.clear();
+        begin = end + 1;
+    };
+    for (qsizetype position = 0; position < line.size(); ++position) {
         if (line[position] == u'\\' && position + 1 < line.size()) {
             ++position;
             if (line[position] == u'|') {
-                cell += line.sliced(begin, position - 1 - begin);
+                begun += line.sliced(begin, position - 1 - begin);
                 begin = position;
             }
         } else if (line[position] == u'|') {
-            cell += line.sliced(begin, position - begin);
-            cells.append(cell.trimmed());
-            cell.clear();
-            begin = position + 1;
+            endCell(position);
         }
     }
-    if (begin < line.size() || !cell.isEmpty()) {
-        cell += line.sliced(begin);
-        cells.append(cell.trimmed());
-    }
+    if (begin < line.size() || !begun.isEmpty())
+        endCell(line.size());
     return cells;
 }
 

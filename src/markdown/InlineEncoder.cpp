@@ -15,14 +15,14 @@ constexpr std::array<bool, 128> characterTable(std::string_view special)
     for (std::size_t control = 0; control < 0x20; ++control)
         table[control] = control != '\t' && control != '\n';
     for (const char character : special)
-        table[static_cast<std::size_t>(character)] = true;
+        table[static_cast<unsigned char>(character)] = true;
     return table;
 }
 
 // What can mean something wherever it stands. Of "http://", "www." and a line end's blanks isPlain() knows
 // more.
 constexpr auto markup = characterTable("*_~[]&\\`$<@");
-constexpr auto toEncode = characterTable("*_~[]&\\`$<@hHwW\n");
+constexpr auto toEncode = characterTable("*_~[]&\\`$<@:.\n");
 
 bool isReserved(QChar character)
 {
@@ -73,23 +73,34 @@ void InlineEncoder::encode(QStringView text, const LinkDefinitions& definitions)
     m_bytes.reserve(static_cast<std::size_t>(text.size()) + 16);
     m_references.clear();
     m_pieces.clear();
+    m_definitions.clear();
     m_referredLabels.clear();
     m_bracket = -1;
     m_backticksFound = m_hasMarkup = m_hasUnknownReference = false;
     m_noDollars = m_noParenthesis = m_noBracket = text.size() + 1;
-    while (m_position < m_text.size())
-        encodeCharacter(definitions);
+    while (true) {
+        appendPlainRun();
+        if (m_position == m_text.size())
+            return;
+        if (m_text[m_position].unicode() >= 0x80)
+            appendCodePoint();
+        else
+            encodeMarkup(definitions);
+    }
 }
 
-void InlineEncoder::encodeCharacter(const LinkDefinitions& definitions)
+/// Takes the characters up to the next one that may mean something.
+void InlineEncoder::appendPlainRun()
 {
-    const QChar character = m_text[m_position];
-    if (character.unicode() >= 0x80)
-        appendCodePoint();
-    else if (!toEncode[character.unicode()])
-        appendByte(character);
-    else
-        encodeMarkup(definitions);
+    const QChar* const begin = m_text.cbegin() + m_position;
+    const QChar* end = begin;
+    while (end != m_text.cend() && end->unicode() < 0x80 && !toEncode[end->unicode()])
+        ++end;
+    const std::size_t size = m_bytes.size();
+    m_bytes.resize(size + static_cast<std::size_t>(end - begin));
+    std::transform(begin, end, m_bytes.begin() + static_cast<std::ptrdiff_t>(size),
+                   [](QChar character) { return static_cast<char>(character.unicode()); });
+    m_position += end - begin;
 }
 
 void InlineEncoder::encodeMarkup(const LinkDefinitions& definitions)
@@ -106,10 +117,8 @@ void InlineEncoder::encodeMarkup(const LinkDefinitions& definitions)
         return encodeDollars();
     case u'<':
         return encodeAngleBracket();
-    case u'h':
-    case u'H':
-    case u'w':
-    case u'W':
+    case u':':
+    case u'.':
         return encodeWebAddress();
     case u'@':
         return encodeMailAddress();
@@ -125,7 +134,7 @@ void InlineEncoder::encodeMarkup(const LinkDefinitions& definitions)
     case u'&':
         break;
     default: // a control character, which is kept as it is
-        return appendPiece({InlinePiece::Kind::Literal, m_text.sliced(m_position, 1), {}, {}});
+        return appendPiece({InlinePiece::Kind::Literal, m_text.sliced(m_position, 1), {}});
     }
     m_hasMarkup = true;
     appendByte(character);
@@ -141,7 +150,7 @@ void InlineEncoder::appendCodePoint()
 {
     const QChar character = m_text[m_position];
     if (isReserved(character))
-        return appendPiece({InlinePiece::Kind::Literal, m_text.sliced(m_position, 1), {}, {}});
+        return appendPiece({InlinePiece::Kind::Literal, m_text.sliced(m_position, 1), {}});
     char32_t code = character.unicode();
     ++m_position;
     if (character.isHighSurrogate() && m_position < m_text.size() && m_text[m_position].isLowSurrogate())
@@ -158,7 +167,7 @@ void InlineEncoder::appendCodePoint()
     }
 }
 
-void InlineEncoder::appendPiece(InlinePiece piece)
+void InlineEncoder::appendPiece(const InlinePiece& piece)
 {
     using enum InlinePiece::Kind;
     const bool delimited =
@@ -167,7 +176,7 @@ void InlineEncoder::appendPiece(InlinePiece piece)
     m_bytes += std::to_string(m_pieces.size());
     m_bytes += delimited ? punctuationEnd : wordEnd;
     m_position = m_pieceEnd = piece.source.end() - m_text.begin();
-    m_pieces.push_back(std::move(piece));
+    m_pieces.push_back(piece);
 }
 
 void InlineEncoder::encodeLineEnd()
@@ -207,24 +216,25 @@ bool InlineEncoder::takeMaths(InlinePiece::Kind kind, QStringView closing)
         return false;
     const qsizetype begin = m_position + 2;
     qsizetype end = begin;
-    while (end < m_text.size() && !m_text.sliced(end).startsWith(closing))
-        end += m_text[end] == u'\\' ? 2 : 1;
-    if (end >= m_text.size()) {
+    const auto closes = [this, closing](qsizetype at) {
+        return m_text[at] == closing[0] && m_text[at + 1] == closing[1];
+    };
+    while (end + 1 < m_text.size() && !closes(end))
+        end = nextInMaths(end);
+    if (end + 1 >= m_text.size()) {
         closedBefore = m_position;
         return false;
     }
     const QStringView contents = m_text.sliced(begin, end - begin).trimmed();
     if (contents.isEmpty())
         return false;
-    appendPiece({kind, m_text.sliced(m_position, end + 2 - m_position), contents, {}});
+    appendPiece({kind, m_text.sliced(m_position, end + 2 - m_position), contents});
     return true;
 }
 
 void InlineEncoder::encodeDollars()
 {
-    qsizetype run = 1;
-    while (m_position + run < m_text.size() && m_text[m_position + run] == u'$')
-        ++run;
+    const qsizetype run = runAt(m_position);
     if (run == 2 && takeMaths(InlinePiece::Kind::DisplayMaths, u"$$"))
         return;
     const qsizetype begin = m_position + 1;
@@ -239,7 +249,7 @@ void InlineEncoder::encodeDollars()
     if (run == 1 && mayOpen()) {
         qsizetype end = begin;
         while (end < m_text.size() && m_text[end] != u'$' && m_text[end] != u'\n')
-            end += m_text[end] == u'\\' ? 2 : 1;
+            end = nextInMaths(end);
         if (mayClose(end)) {
             return appendPiece({InlinePiece::Kind::Maths,
                                 m_text.sliced(m_position, end + 1 - m_position),
@@ -256,34 +266,56 @@ void InlineEncoder::findBackticks()
     m_backticksFound = true;
     m_backticks.clear();
     for (qsizetype at = m_text.indexOf(u'`', m_position); at >= 0; at = m_text.indexOf(u'`', at)) {
-        const qsizetype begin = at;
-        while (at < m_text.size() && m_text[at] == u'`')
-            ++at;
-        m_backticks[at - begin].push_back(begin);
+        const qsizetype length = runAt(at);
+        m_backticks.emplace_back(length, at);
+        at += length;
     }
+    std::ranges::sort(m_backticks);
+}
+
+/// How often the character at `position` stands there.
+qsizetype InlineEncoder::runAt(qsizetype position) const
+{
+    qsizetype end = position + 1;
+    while (end < m_text.size() && m_text[end] == m_text[position])
+        ++end;
+    return end - position;
+}
+
+/// Where the run of backticks begins that closes the `run` of them at `position`, -1 if none does.
+qsizetype InlineEncoder::closingBackticks(qsizetype position, qsizetype run)
+{
+    if (!m_backticksFound)
+        findBackticks();
+    const auto closing = std::ranges::lower_bound(m_backticks, std::pair(run, position + run));
+    return closing != m_backticks.end() && closing->first == run ? closing->second : -1;
+}
+
+/// The place after `position` within a formula: what is escaped, and whatever is code, does not end it.
+qsizetype InlineEncoder::nextInMaths(qsizetype position)
+{
+    if (m_text[position] == u'\\')
+        return position + 2;
+    if (m_text[position] != u'`')
+        return position + 1;
+    const qsizetype run = runAt(position);
+    const qsizetype end = closingBackticks(position, run);
+    return end < 0 ? position + run : end + run;
 }
 
 void InlineEncoder::encodeBackticks()
 {
-    if (!m_backticksFound)
-        findBackticks();
-    qsizetype run = 1;
-    while (m_position + run < m_text.size() && m_text[m_position + run] == u'`')
-        ++run;
-    const auto runs = m_backticks.find(run);
-    if (runs != m_backticks.end()) {
-        const auto end = std::ranges::lower_bound(runs->second, m_position + run);
-        if (end != runs->second.end()) {
-            QStringView contents = m_text.sliced(m_position + run, *end - m_position - run);
-            const auto isBlank = [](QChar character) { return character == u' ' || character == u'\n'; };
-            if (isBlank(contents.front()) && isBlank(contents.back()) &&
-                !std::ranges::all_of(contents, isBlank))
-                contents = contents.sliced(1).chopped(1);
-            return appendPiece(
-                {InlinePiece::Kind::Code, m_text.sliced(m_position, *end + run - m_position), contents, {}});
-        }
+    qsizetype run = runAt(m_position);
+    const qsizetype end = closingBackticks(m_position, run);
+    if (end >= 0) {
+        QStringView contents = m_text.sliced(m_position + run, end - m_position - run);
+        const auto isBlank = [](QChar character) { return character == u' ' || character == u'\n'; };
+        if (isBlank(contents.front()) && isBlank(contents.back()) && !std::ranges::all_of(contents, isBlank))
+            contents = contents.sliced(1).chopped(1);
+        const QStringView source = m_text.sliced(m_position, end + run - m_position);
+        return appendPiece({InlinePiece::Kind::Code, source, contents});
     }
-    m_hasMarkup = true; // a lone run may still have its first backtick escaped by the parser's rules
+    m_hasMarkup = true; // escaped, they are no code to the parser either
     for (; run > 0; --run) {
         m_bytes += '\\';
         appendByte(u'`');
@@ -296,19 +328,25 @@ void InlineEncoder::encodeAngleBracket()
     if (length > 0) {
         const QStringView source = m_text.sliced(m_position, length);
         const QStringView target = source.sliced(1).chopped(1);
-        return appendPiece({InlinePiece::Kind::Link, source, target, {}});
+        return appendPiece({InlinePiece::Kind::Link, source, target});
     }
     appendByte(u'<');
 }
 
+/// Takes an address whose ":" or first "." is the current character.
 void InlineEncoder::encodeWebAddress()
 {
-    if (m_position == 0 || !isAsciiWord(m_text[m_position - 1])) {
-        const qsizetype length = webAddressLength(m_text.sliced(m_position));
-        if (length > 0) {
-            const QStringView source = m_text.sliced(m_position, length);
-            return appendPiece({InlinePiece::Kind::WebLink, source, source, {}});
-        }
+    const QStringView before = m_text.sliced(m_pieceEnd, m_position - m_pieceEnd);
+    QStringView word;
+    if (m_text[m_position] == u'.')
+        word = u"www";
+    else if (m_text.sliced(m_position).startsWith(u"://"))
+        word = before.endsWith(u's') || before.endsWith(u'S') ? u"https" : u"http";
+    if (!word.isEmpty() && before.endsWith(word, Qt::CaseInsensitive)) {
+        const qsizetype begin = m_position - word.size();
+        const QStringView address = m_text.sliced(begin, webAddressLength(m_text.sliced(begin)));
+        if (!address.isEmpty() && (begin == 0 || !isAsciiWord(m_text[begin - 1])))
+            return appendLink(InlinePiece::Kind::WebLink, address);
     }
     appendByte(m_text[m_position]);
 }
@@ -317,10 +355,17 @@ void InlineEncoder::encodeMailAddress()
 {
     const QStringView address = mailAddressAround(m_text, m_position, m_pieceEnd);
     if (address.isEmpty())
-        return appendByte(u'@');
-    // The name's characters stand for themselves, so that many bytes are taken back.
+        appendByte(u'@');
+    else
+        appendLink(InlinePiece::Kind::MailLink, address);
+}
+
+/// Takes an address that began before the current character.
+void InlineEncoder::appendLink(InlinePiece::Kind kind, QStringView address)
+{
+    // Its characters so far stand for themselves, so that many bytes are taken back.
     m_bytes.resize(m_bytes.size() - static_cast<std::size_t>(m_text.begin() + m_position - address.begin()));
-    appendPiece({InlinePiece::Kind::MailLink, address, address, {}});
+    appendPiece({kind, address, address});
 }
 
 void InlineEncoder::endBracket(const LinkDefinitions& definitions)
@@ -346,7 +391,8 @@ void InlineEncoder::endBracket(const LinkDefinitions& definitions)
     m_references += std::to_string(m_pieces.size());
     m_references += wordEnd;
     m_references += ">\n";
-    m_pieces.push_back({InlinePiece::Kind::Definition, {}, {}, *definition});
+    m_pieces.push_back({InlinePiece::Kind::Definition, {}, {}, m_definitions.size()});
+    m_definitions.push_back(*definition);
 }
 
 } // namespace varnel

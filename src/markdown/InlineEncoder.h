@@ -7,8 +7,8 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace varnel {
@@ -19,9 +19,9 @@ struct InlinePiece
     enum class Kind { Code, Maths, DisplayMaths, Link, WebLink, MailLink, Literal, Definition };
 
     Kind kind = Kind::Literal;
-    QStringView source;      ///< as written, with its delimiters
-    QStringView contents;    ///< without them
-    MarkdownLink definition; ///< what a Definition stands for
+    QStringView source;         ///< as written, with its delimiters
+    QStringView contents;       ///< without them
+    std::size_t definition = 0; ///< of a Definition: index into InlineEncoder::definitions()
 };
 
 /// Turns the text of a leaf block into UTF-8 on one line for the inline parser: code spans, formulas and bare
@@ -49,6 +49,7 @@ public:
 
     const std::string& bytes() const { return m_bytes; }
     const std::vector<InlinePiece>& pieces() const { return m_pieces; }
+    const std::vector<MarkdownLink>& definitions() const { return m_definitions; }
     /// Definitions, in the parser's syntax, of all the links that the text refers to.
     const std::string& references() const { return m_references; }
     /// Whether any markup is left for the parser.
@@ -57,11 +58,11 @@ public:
     bool hasUnknownReference() const { return m_hasUnknownReference; }
 
 private:
-    void encodeCharacter(const LinkDefinitions& definitions);
+    void appendPlainRun();
     void encodeMarkup(const LinkDefinitions& definitions);
     void appendCodePoint();
     void appendByte(QChar character);
-    void appendPiece(InlinePiece piece);
+    void appendPiece(const InlinePiece& piece);
     void encodeLineEnd();
     void encodeBackslash();
     void encodeBackticks();
@@ -69,9 +70,13 @@ private:
     void encodeAngleBracket();
     void encodeWebAddress();
     void encodeMailAddress();
+    void appendLink(InlinePiece::Kind kind, QStringView address);
     void endBracket(const LinkDefinitions& definitions);
     bool takeMaths(InlinePiece::Kind kind, QStringView closing);
     void findBackticks();
+    qsizetype runAt(qsizetype position) const;
+    qsizetype closingBackticks(qsizetype position, qsizetype run);
+    qsizetype nextInMaths(qsizetype position);
 
     QStringView m_text;
     qsizetype m_position = 0;
@@ -79,7 +84,8 @@ private:
     std::string m_bytes;
     std::string m_references;
     std::vector<InlinePiece> m_pieces;
-    std::unordered_map<qsizetype, std::vector<qsizetype>> m_backticks; // positions of the runs of a length
+    std::vector<MarkdownLink> m_definitions;
+    std::vector<std::pair<qsizetype, qsizetype>> m_backticks; // length and position of all runs, in order
     std::unordered_set<std::string> m_referredLabels;
     qsizetype m_bracket = -1; // where the innermost open bracket's text begins
     std::size_t m_bracketByte = 0;

@@ -2,6 +2,8 @@
 
 #include "markdown/InlinePlaceholder.h"
 
+#include <algorithm>
+
 namespace varnel {
 
 namespace {
@@ -31,6 +33,19 @@ std::optional<Depth> depthOf(MD_SPANTYPE type)
     default:
         return std::nullopt;
     }
+}
+
+std::size_t asciiLength(std::string_view bytes)
+{
+    const auto isAscii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+    return static_cast<std::size_t>(std::ranges::find_if_not(bytes, isAscii) - bytes.begin());
+}
+
+char16_t shownCharacter(char byte)
+{
+    return byte == InlineEncoder::softBreak   ? u'\n'
+           : byte == InlineEncoder::hardBreak ? u'\x2028'
+                                              : static_cast<char16_t>(byte);
 }
 
 bool isContinuation(char byte)
@@ -71,12 +86,22 @@ MD_PARSER InlineParser::callbacks()
 
 MarkdownText InlineParser::parse(QStringView text, const LinkDefinitions& definitions)
 {
-    if (InlineEncoder::isPlain(text))
-        return {text.toString(), {}, {}};
+    return InlineEncoder::isPlain(text) ? MarkdownText{text.toString(), {}, {}}
+                                        : parseMarkup(text, definitions);
+}
+
+MarkdownText InlineParser::parse(const QString& text, const LinkDefinitions& definitions)
+{
+    return InlineEncoder::isPlain(text) ? MarkdownText{text, {}, {}} : parseMarkup(text, definitions);
+}
+
+MarkdownText InlineParser::parseMarkup(QStringView text, const LinkDefinitions& definitions)
+{
     m_encoder.encode(text, definitions);
     m_hasUnknownReference = m_hasUnknownReference || m_encoder.hasUnknownReference();
-    m_result = {};
     m_text.clear();
+    m_ranges.clear();
+    m_links.clear();
     m_openLinks.clear();
     m_depths = {};
     if (!m_encoder.hasMarkup()) {
@@ -88,9 +113,9 @@ MarkdownText InlineParser::parse(QStringView text, const LinkDefinitions& defini
         if (md_parse(m_document.data(), size, &parser, this) != 0)
             return {text.toString(), {}, {}};
     }
-    m_result.text =
-        QString(reinterpret_cast<const QChar*>(m_text.data()), static_cast<qsizetype>(m_text.size()));
-    return std::move(m_result);
+    return {QString::fromUtf16(m_text.data(), static_cast<qsizetype>(m_text.size())),
+            {m_ranges.begin(), m_ranges.end()},
+            {m_links.begin(), m_links.end()}};
 }
 
 /// Lays the text out for the parser: a paragraph for each segment, then the definitions it refers to.
@@ -175,12 +200,12 @@ void InlineParser::append(std::string_view bytes)
 {
     std::size_t begin = m_text.size();
     while (!bytes.empty()) {
-        const char byte = bytes.front();
-        if (static_cast<unsigned char>(byte) < 0x80) {
-            m_text += byte == InlineEncoder::softBreak   ? u'\n'
-                      : byte == InlineEncoder::hardBreak ? u'\x2028'
-                                                         : static_cast<char16_t>(byte);
-            bytes.remove_prefix(1);
+        if (const std::size_t ascii = asciiLength(bytes); ascii > 0) {
+            const std::size_t size = m_text.size();
+            m_text.resize(size + ascii);
+            std::transform(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(ascii),
+                           m_text.begin() + static_cast<std::ptrdiff_t>(size), shownCharacter);
+            bytes.remove_prefix(ascii);
         } else if (beginsPlaceholder(bytes)) {
             addRange(begin, {}, -1);
             bytes.remove_prefix(appendPiece(bytes));
@@ -266,8 +291,8 @@ void InlineParser::addLinked(QStringView text, QStringView scheme)
         return addRange(begin, {}, -1);
     QString destination = scheme.toString();
     destination += text;
-    m_result.links.append({destination, {}});
-    addRange(begin, MarkdownStyle::Link, m_result.links.size() - 1);
+    m_links.push_back({destination, {}});
+    addRange(begin, MarkdownStyle::Link, std::ssize(m_links) - 1);
 }
 
 MarkdownStyles InlineParser::styles() const
@@ -291,12 +316,14 @@ void InlineParser::addRange(std::size_t begin, MarkdownStyles own, qsizetype lin
         link =
             m_openLinks.front().index; // of links and images within each other, the outermost leads somewhere
     const auto start = static_cast<qsizetype>(begin);
-    QList<MarkdownRange>& ranges = m_result.ranges;
-    if (!ranges.isEmpty() && ranges.last().start + ranges.last().length == start &&
-        ranges.last().styles == all && ranges.last().link == link)
-        ranges.last().length += length;
-    else
-        ranges.append({start, length, all, link});
+    if (!m_ranges.empty()) {
+        MarkdownRange& last = m_ranges.back();
+        if (last.start + last.length == start && last.styles == all && last.link == link) {
+            last.length += length;
+            return;
+        }
+    }
+    m_ranges.push_back({start, length, all, link});
 }
 
 void InlineParser::enterSpan(MD_SPANTYPE type, const void* detail)
@@ -309,8 +336,8 @@ void InlineParser::enterSpan(MD_SPANTYPE type, const void* detail)
         // Both details hold the same two attributes.
         const auto* const link = static_cast<const MD_SPAN_A_DETAIL*>(detail);
         if (m_openLinks.empty())
-            m_result.links.append(linkFrom(link->href, link->title, m_encoder.pieces()));
-        m_openLinks.push_back({m_result.links.size() - 1, m_text.size()});
+            m_links.push_back(linkFrom(link->href, link->title, m_encoder));
+        m_openLinks.push_back({std::ssize(m_links) - 1, m_text.size()});
     }
 }
 
@@ -322,10 +349,11 @@ void InlineParser::leaveSpan(MD_SPANTYPE type)
     if (*depth == Link || *depth == Image) {
         const OpenLink link = m_openLinks.back();
         // A link must be there to be seen: one without text shows where it leads.
-        const qsizetype size = m_result.links[link.index].destination.size();
+        const qsizetype size = m_links[static_cast<std::size_t>(link.index)].destination.size();
         if (m_text.size() == link.begin) {
-            m_text +=
-                m_result.links[link.index].destination.first(qMin(longestShownTarget, size)).toStdU16String();
+            m_text += m_links[static_cast<std::size_t>(link.index)]
+                          .destination.first(qMin(longestShownTarget, size))
+                          .toStdU16String();
             addRange(link.begin, {}, -1);
         }
         m_openLinks.pop_back();

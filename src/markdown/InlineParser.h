@@ -22,6 +22,7 @@ public:
 
     /// Parses one block's text, whose lines have lost the white space before them.
     MarkdownText parse(QStringView text, const LinkDefinitions& definitions);
+    MarkdownText parse(const QString& text, const LinkDefinitions& definitions);
 
     /// Whether a text so far referred to a definition that was not known.
     bool hasUnknownReference() const { return m_hasUnknownReference; }
@@ -35,6 +36,7 @@ private:
 
     void split();
     std::size_t cutBefore(std::size_t limit) const;
+    MarkdownText parseMarkup(QStringView text, const LinkDefinitions& definitions);
     void append(std::string_view bytes);
     std::size_t appendPiece(std::string_view bytes);
     void appendCodePoint(std::string_view& bytes);
@@ -61,7 +63,8 @@ private:
         std::size_t begin = 0;
     };
     std::u16string m_text;
-    MarkdownText m_result;
+    std::vector<MarkdownRange> m_ranges;
+    std::vector<MarkdownLink> m_links;
     std::vector<OpenLink> m_openLinks;
     std::array<int, 5> m_depths{}; // of strong, emphasis, strikethrough, link, image
     bool m_hasUnknownReference = false;

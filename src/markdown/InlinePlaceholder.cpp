@@ -73,13 +73,14 @@ QString characterText(std::string_view bytes)
 }
 
 MarkdownLink linkFrom(const MD_ATTRIBUTE& destination, const MD_ATTRIBUTE& title,
-                      const std::vector<InlinePiece>& pieces)
+                      const InlineEncoder& encoder)
 {
+    const std::vector<InlinePiece>& pieces = encoder.pieces();
     const std::string_view bytes(destination.text, destination.size);
     if (beginsPlaceholder(bytes)) {
         const InlinePiece& piece = pieces[readPlaceholder(bytes).piece];
         if (piece.kind == InlinePiece::Kind::Definition)
-            return piece.definition;
+            return encoder.definitions()[piece.definition];
     }
     return {attributeText(destination, pieces), attributeText(title, pieces)};
 }

@@ -21,6 +21,6 @@ QString characterText(std::string_view bytes);
 
 /// A link as it was written, or as its definition has it.
 MarkdownLink linkFrom(const MD_ATTRIBUTE& destination, const MD_ATTRIBUTE& title,
-                      const std::vector<InlinePiece>& pieces);
+                      const InlineEncoder& encoder);
 
 } // namespace varnel

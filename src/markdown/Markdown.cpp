@@ -35,6 +35,8 @@ void collectCode(const QList<MarkdownBlock>& blocks, QList<MarkdownCode>& found)
 
 QList<MarkdownBlock> parseMarkdown(QStringView text)
 {
+    if (text.contains(QChar::Null))
+        return parseMarkdown(withoutNull(text));
     InlineParser inlines;
     BlockBuilder builder(inlines);
     QList<MarkdownBlock> blocks = build(text, builder);

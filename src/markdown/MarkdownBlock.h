@@ -143,3 +143,10 @@ struct MarkdownBlock
 };
 
 } // namespace varnel
+
+// Lists move them by their bytes.
+Q_DECLARE_TYPEINFO(varnel::MarkdownRange, Q_PRIMITIVE_TYPE);
+Q_DECLARE_TYPEINFO(varnel::MarkdownLink, Q_RELOCATABLE_TYPE);
+Q_DECLARE_TYPEINFO(varnel::MarkdownText, Q_RELOCATABLE_TYPE);
+Q_DECLARE_TYPEINFO(varnel::MarkdownItem, Q_RELOCATABLE_TYPE);
+Q_DECLARE_TYPEINFO(varnel::MarkdownBlock, Q_RELOCATABLE_TYPE);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <QStringView>
 
 namespace varnel {
@@ -26,6 +27,12 @@ void takeWholeLines(QStringView& text, Take take)
         text = text.sliced(carriageReturn + (text[carriageReturn + 1] == u'\n' ? 2 : 1));
         carriageReturn = text.indexOf(u'\r');
     }
+}
+
+/// The text as blocks can hold it: a NUL, which Markdown does not allow, becomes U+FFFD.
+inline QString withoutNull(QStringView text)
+{
+    return text.toString().replace(QChar::Null, QChar::ReplacementCharacter);
 }
 
 /// The last line of a text, without a carriage return that ends it.

@@ -45,6 +45,8 @@ public:
 
 private:
     void restart();
+    void takeLines();
+    bool extendCode(QStringView line);
     void replaceFrom(qsizetype index, QList<MarkdownBlock> blocks);
 
     std::unique_ptr<InlineParser> m_inlines;
@@ -55,7 +57,8 @@ private:
     std::vector<quint64> m_revisions;
     quint64 m_lastRevision = 0;
     qsizetype m_finishedCount = 0;
-    bool m_outdated = false; // the open blocks are not yet those of the text
+    qsizetype m_knownCode = -1; // how much of the last block is from whole lines, if it is open code
+    bool m_outdated = false;    // the open blocks are not yet those of the text
     bool m_complete = false;
 };
 
