@@ -124,10 +124,21 @@ void AppModel::announceSession(const QUuid& id)
 void AppModel::touch(ChatSession& session)
 {
     session.updatedAt = m_services.clock.now();
+    moveIntoPlace(session);
+}
+
+void AppModel::moveIntoPlace(ChatSession& session)
+{
     const QUuid id = session.id;
-    std::stable_sort(m_sessions.begin(), m_sessions.end(), [](const ChatSession& a, const ChatSession& b) {
+    // Only this one may stand in the wrong place now; it goes in front of those that are as new.
+    const auto place = m_sessions.begin() + (&session - m_sessions.data());
+    ChatSession moved = std::move(*place);
+    m_sessions.erase(place);
+    const auto comesBefore = [](const ChatSession& a, const ChatSession& b) {
         return a.pinned != b.pinned ? a.pinned : a.updatedAt > b.updatedAt;
-    });
+    };
+    const auto target = std::lower_bound(m_sessions.begin(), m_sessions.end(), moved, comesBefore);
+    m_sessions.insert(target, std::move(moved));
     Q_EMIT sessionsChanged();
     announceSession(id);
 }
@@ -146,7 +157,7 @@ void AppModel::togglePinned(const QUuid& id)
 {
     if (ChatSession* const session = find(id)) {
         session->pinned = !session->pinned;
-        touch(*session);
+        moveIntoPlace(*session);
     }
 }
 

@@ -161,7 +161,9 @@ Q_SIGNALS:
 private:
     ChatSession* find(const QUuid& id);
     void insertNewConversation();
+    /// Marks a conversation as changed now. It and every other reference into the list are invalid afterwards.
     void touch(ChatSession& session);
+    void moveIntoPlace(ChatSession& session);
     void announceSession(const QUuid& id);
 
     void setStatusMessage(const QString& text);
