@@ -1,0 +1,28 @@
+#pragma once
+
+#include "base/Task.h"
+#include "ollama/OllamaClient.h"
+
+#include <QString>
+
+#include <stop_token>
+#include <vector>
+
+namespace varnel {
+
+/// What a server that answers says of itself.
+struct ProbeResult
+{
+    QString version;
+    std::vector<OllamaModel> models;
+
+    bool operator==(const ProbeResult&) const = default;
+};
+
+/// Asks a server for its version and then for its models, once each. Throws what the client throws.
+Task<ProbeResult> probe(OllamaClient client, std::stop_token stop);
+
+/// "Reachable · 0.24.0 · 3 models", the short report of a probe.
+QString reportOf(const ProbeResult& result);
+
+} // namespace varnel

@@ -1,0 +1,316 @@
+#include "engine/AppModel.h"
+#include "engine/ConversationTitle.h"
+#include "engine/TurnBuffers.h"
+#include "practice_host/HttpServer.h"
+#include "store/Preferences.h"
+#include "support/Await.h"
+
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace varnel;
+using namespace varnel::test;
+using practice::HttpExchange;
+using practice::HttpServer;
+using namespace std::chrono_literals;
+
+namespace {
+
+using Exchange = std::shared_ptr<HttpExchange>;
+
+QByteArray line(const QByteArray& content)
+{
+    return "{\"message\":{\"content\":\"" + content + "\"}}\n";
+}
+
+const QByteArray doneLine = "{\"done\":true}\n";
+
+/// A model on a temporary profile whose server is in this test's hands: chats wait in `chats` for their
+/// answer.
+class Stage
+{
+public:
+    Stage()
+        : server([this](const Exchange& exchange) { answer(exchange); })
+        , preferences(folder.filePath(QStringLiteral("preferences.ini")))
+    {
+        server.listen();
+        ConnectionSettings connection;
+        connection.mode = ConnectionMode::Direct;
+        connection.directURL = server.url().toString();
+        preferences.setConnection(connection);
+        model = std::make_unique<AppModel>(AppModel::Services{preferences, clock});
+    }
+
+    const ChatSession& session() const { return *model->selectedSession(); }
+    QString lastText() const { return session().messages.back().content; }
+
+    /// Sends a prompt and waits until its request is here.
+    void send(const QString& prompt)
+    {
+        const std::size_t before = chats.size();
+        model->setDraft(prompt);
+        model->send();
+        QVERIFY(waitUntil([&] { return chats.size() > before; }));
+    }
+    void begin(const QByteArray& text) const
+    {
+        chats.back()->beginReply(200, {});
+        chats.back()->sendChunk(text);
+    }
+    bool waitForEnd() const
+    {
+        return waitUntil([this] { return !model->isStreaming(); });
+    }
+
+    QTemporaryDir folder;
+    std::vector<Exchange> chats;
+    HttpServer server;
+    Preferences preferences;
+    SystemClock clock;
+    std::unique_ptr<AppModel> model;
+
+private:
+    void answer(const Exchange& exchange)
+    {
+        if (exchange->path() == "/api/chat")
+            chats.push_back(exchange);
+        else if (exchange->path() == "/api/version")
+            exchange->reply(200, "application/json", "{\"version\":\"0.24.0\"}");
+        else if (exchange->path() == "/api/tags")
+            exchange->reply(200, "application/json", "{\"models\":[{\"name\":\"a\"},{\"name\":\"b\"}]}");
+        else
+            exchange->reply(200, "application/json", "{\"models\":[]}");
+    }
+};
+
+} // namespace
+
+class AppModelTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aTurnStreamsIntoTheConversation()
+    {
+        Stage stage;
+        QCOMPARE(stage.session().title, QStringLiteral("New conversation"));
+        stage.send(QStringLiteral("  What is the capital of France, and since when, and why not Lyon?\n"));
+        QCOMPARE(stage.session().title, QStringLiteral("What is the capital of France, and since when,"));
+        QVERIFY(stage.model->draft().isEmpty());
+        QVERIFY(stage.model->isStreaming());
+        stage.begin("{\"message\":{\"thinking\":\"hm\"}}\n" + line("Par"));
+        // The first piece shows at once; what comes within the pace waits for the end.
+        QVERIFY(waitUntil([&] { return stage.session().messages.back().thinking == QLatin1String("hm"); }));
+        stage.chats.back()->sendChunk(line("is") + "{\"message\":{\"thinking\":\"late\"}}\n" + doneLine);
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.session().messages.size(), 2U);
+        QCOMPARE(stage.lastText(), QStringLiteral("Paris"));
+        QCOMPARE(stage.session().messages.back().thinking, QStringLiteral("hm"));
+        QVERIFY(stage.session().messages.back().duration.has_value());
+        QVERIFY(stage.model->statusMessage().isEmpty());
+
+        stage.send(QStringLiteral("again"));
+        QVERIFY(stage.chats.back()->body().contains("\"content\":\"Paris\""));
+        stage.begin(line("ok") + doneLine);
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.session().messages.size(), 4U);
+    }
+
+    void sendingWhileAReplyRunsLosesNothing()
+    {
+        Stage stage;
+        stage.model->setDraft(QStringLiteral(" \n"));
+        stage.model->send();
+        QVERIFY(!stage.model->isStreaming());
+        stage.send(QStringLiteral("one"));
+        stage.model->setDraft(QStringLiteral("two"));
+        stage.model->send();
+        QVERIFY(!stage.model->statusMessage().isEmpty());
+        QCOMPARE(stage.model->draft(), QStringLiteral("two"));
+        QCOMPARE(stage.session().messages.size(), 2U);
+    }
+
+    void stopKeepsWhatArrived()
+    {
+        Stage stage;
+        stage.send(QStringLiteral("one"));
+        stage.begin(line("half"));
+        QVERIFY(waitUntil([&] { return stage.lastText() == QLatin1String("half"); }));
+        stage.model->stop();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.lastText(), QStringLiteral("half"));
+        QCOMPARE(stage.model->statusMessage(), QStringLiteral("Stopped."));
+        QVERIFY(!stage.session().messages.back().duration);
+        QVERIFY(!stage.model->failure());
+
+        stage.send(QStringLiteral("two"));
+        stage.model->stop();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.lastText(), QStringLiteral("two")); // a reply of which nothing came is none
+    }
+
+    void aStallIsRetriedOnce()
+    {
+        Stage stage;
+        stage.send(QStringLiteral("one"));
+        stage.chats.back()->abort();
+        QVERIFY(waitUntil([&] { return stage.chats.size() == 2; }));
+        QCOMPARE(stage.model->statusMessage(), QStringLiteral("The reply stalled. Trying again…"));
+        QCOMPARE(stage.chats[1]->body(), stage.chats[0]->body());
+        stage.begin(line("ok") + doneLine);
+        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.model->statusMessage().isEmpty());
+        QCOMPARE(stage.lastText(), QStringLiteral("ok"));
+
+        stage.send(QStringLiteral("two"));
+        stage.chats.back()->abort();
+        QVERIFY(waitUntil([&] { return stage.chats.size() == 4; }));
+        stage.chats.back()->abort();
+        QVERIFY(stage.waitForEnd());
+        const QString unreached = QStringLiteral("Could not reach %1.").arg(stage.server.url().toString());
+        QCOMPARE(stage.model->statusMessage(), unreached);
+        QCOMPARE(stage.model->failure()->text, unreached);
+        QCOMPARE(stage.model->failure()->prompt, stage.session().messages.back().id);
+
+        stage.send(QStringLiteral("three")); // not after something has arrived
+        stage.begin(line("half"));
+        QVERIFY(waitUntil([&] { return stage.lastText() == QLatin1String("half"); }));
+        stage.chats.back()->abort();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.chats.size(), 5U);
+        QCOMPARE(stage.lastText(), QStringLiteral("half"));
+    }
+
+    void aFailureCanBeTriedAgainOrEdited()
+    {
+        Stage stage;
+        stage.send(QStringLiteral("one"));
+        stage.chats.back()->reply(404, "application/json", "{\"error\":\"model 'x' not found\"}");
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.model->failure()->text, QStringLiteral("model 'x' not found"));
+        stage.model->tryAgain();
+        QVERIFY(waitUntil([&] { return stage.chats.size() == 2; }));
+        QVERIFY(!stage.model->failure());
+        QCOMPARE(stage.chats[1]->body(), stage.chats[0]->body());
+        stage.begin(line("half") + "{\"error\":\"out of memory\"}\n");
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.model->failure()->text, QStringLiteral("out of memory"));
+        stage.model->setDraft(QStringLiteral("typed"));
+        stage.model->editFailed();
+        QCOMPARE(stage.model->draft(), QStringLiteral("one\n\ntyped"));
+        QVERIFY(stage.session().messages.empty());
+    }
+
+    void conversationsKeepTheirDraftsAndTheSelectionIsAlwaysOne()
+    {
+        Stage stage;
+        AppModel& model = *stage.model;
+        const QUuid first = model.selection();
+        stage.send(QStringLiteral("one"));
+        model.setDraft(QStringLiteral("left here"));
+        model.newConversation();
+        const QUuid second = model.selection();
+        QVERIFY(second != first);
+        QVERIFY(model.draft().isEmpty());
+        model.newConversation(); // an empty one is enough
+        QCOMPARE(model.sessions().size(), 2U);
+        model.select(QUuid::createUuid());
+        QCOMPARE(model.selection(), second);
+        model.togglePinned(first);
+        QCOMPARE(model.sessions().front().id, first);
+        model.select(first);
+        QCOMPARE(model.draft(), QStringLiteral("left here"));
+        model.rename(first, QStringLiteral(" a\nb "));
+        QCOMPARE(model.selectedTitle(), QStringLiteral("a b"));
+        model.remove(first); // while its reply runs
+        QCOMPARE(model.selection(), second);
+        QVERIFY(stage.waitForEnd());
+        model.remove(second);
+        QCOMPARE(model.sessions().size(), 1U);
+        QVERIFY(model.selectedSession());
+    }
+
+    void theServerIsCheckedAndNewerChecksReplaceOlderOnes()
+    {
+        Stage stage;
+        QCOMPARE(stage.model->connectionReport(), QStringLiteral("Not tested"));
+        QCOMPARE(stage.model->linkState(), LinkState::Unknown);
+        stage.model->checkConnection();
+        stage.model->checkConnection();
+        QCOMPARE(stage.model->linkState(), LinkState::Connecting);
+        QVERIFY(waitUntil([&] { return stage.model->linkState() == LinkState::Connected; }));
+        QCOMPARE(stage.model->connectionReport(), QStringLiteral("Reachable · 0.24.0 · 2 models"));
+        QCOMPARE(stage.model->connectionDetail(),
+                 QStringLiteral("Connected to 127.0.0.1. Reachable · 0.24.0 · 2 models"));
+        QCOMPARE(stage.model->statusMessage(), QStringLiteral("Connected to 127.0.0.1 · 2 models"));
+        QCOMPARE(stage.model->installedModels().size(), 2U);
+
+        stage.server.stopListening();
+        ConnectionSettings tunnel;
+        tunnel.mode = ConnectionMode::SshTunnel;
+        tunnel.sshHost = QStringLiteral("gpu-box");
+        tunnel.localPort = 1;
+        stage.preferences.setConnection(tunnel);
+        AppModel other({stage.preferences, stage.clock});
+        other.checkConnection();
+        QVERIFY(waitUntil([&] { return other.linkState() == LinkState::Offline; }));
+        QCOMPARE(other.statusMessage(),
+                 QStringLiteral("Not connected to gpu-box. Connect opens the SSH tunnel."));
+    }
+
+    void aModelThatGoesAwayMidTurnLeavesNothingBehind()
+    {
+        Stage stage;
+        stage.send(QStringLiteral("one"));
+        stage.begin(line("half"));
+        stage.model->checkConnection();
+        stage.model.reset();
+        QVERIFY(waitUntil([&] { return stage.server.openConnections() == 0; }));
+    }
+
+    void refreshesArePacedAndLateThinkingIsDropped()
+    {
+        const auto at = [](int milliseconds) {
+            return std::chrono::steady_clock::time_point(milliseconds * 1ms);
+        };
+        TurnBuffers buffers;
+        const auto thinking = [](const char* text) {
+            return ChatDelta{ChatDelta::Kind::Thinking, QLatin1String(text)};
+        };
+        const auto reply = [](const char* text) {
+            return ChatDelta{ChatDelta::Kind::Reply, QLatin1String(text)};
+        };
+        QVERIFY(buffers.take(thinking("a"), at(1000)));
+        QVERIFY(!buffers.take(thinking("b"), at(1400)));
+        QVERIFY(buffers.take(reply("c"), at(1401)));
+        QVERIFY(!buffers.take(thinking("late"), at(5000)));
+        QVERIFY(buffers.take(reply("d"), at(5000)));
+        QCOMPARE(buffers.thinking() + buffers.reply(), QStringLiteral("abcd"));
+    }
+
+    void titlesAreCutAtAWord_data()
+    {
+        QTest::addColumn<QString>("prompt");
+        QTest::addColumn<QString>("title");
+        const QString family =
+            QString::fromUtf8("\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x91\xa6");
+        QTest::newRow("short") << QStringLiteral(" hi\n there ") << QStringLiteral("hi there");
+        QTest::newRow("exactly") << QString(48, QLatin1Char('x')) << QString(48, QLatin1Char('x'));
+        QTest::newRow("one word") << QString(60, QLatin1Char('x')) << QString(48, QLatin1Char('x'));
+        QTest::newRow("word ends there")
+            << QString(48, QLatin1Char('x')) + QStringLiteral(" y") << QString(48, QLatin1Char('x'));
+        QTest::newRow("inside a word") << QString(40, QLatin1Char('x')) + QStringLiteral(" and more words")
+                                       << QString(40, QLatin1Char('x')) + QStringLiteral(" and");
+        QTest::newRow("clusters") << family.repeated(50) << family.repeated(48);
+    }
+    void titlesAreCutAtAWord()
+    {
+        QFETCH(QString, prompt);
+        QTEST(titleFromPrompt(prompt), "title");
+    }
+};
+
+QTEST_GUILESS_MAIN(AppModelTest)
+#include "AppModelTest.moc"
