@@ -5,6 +5,8 @@ import Varnel
 T.ScrollBar {
     id: bar
 
+    // The list itself is what one moves in; its bar would be one more thing without a name.
+    Accessible.ignored: true
     implicitHeight: Theme.px(10)
     implicitWidth: Theme.px(10)
     minimumSize: 0.08

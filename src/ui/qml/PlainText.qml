@@ -5,6 +5,8 @@ import Varnel
 Text {
     property int line: Theme.uiLine
 
+    Accessible.name: text
+    Accessible.role: Accessible.StaticText
     color: Theme.text
     elide: Text.ElideRight
     font: Theme.uiFont
