@@ -17,7 +17,9 @@ QStringList warnings;
 
 void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
 {
-    if (type != QtDebugMsg && type != QtInfoMsg)
+    if (type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n%s\n", qPrintable(text), qPrintable(warnings.join(QLatin1Char('\n'))));
+    else if (type != QtDebugMsg && type != QtInfoMsg)
         warnings.append(text);
 }
 

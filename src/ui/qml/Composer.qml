@@ -77,7 +77,7 @@ FocusScope {
                 id: modelButton
 
                 anchors.left: parent.left
-                maximumWidth: controls.width - send.width - Theme.gutter
+                maximumWidth: controls.width - send.width - (connect.visible ? connect.width : 0) - Theme.turn
                 opened: picker.opened
                 onClicked: picker.open()
 
@@ -85,6 +85,20 @@ FocusScope {
                     id: picker
 
                     onClosed: composer.focusText()
+                }
+            }
+            PlainButton {
+                id: connect
+
+                anchors.right: send.left
+                anchors.rightMargin: Theme.gap
+                hint: qsTr("Look for the server")
+                outlined: true
+                text: qsTr("Connect")
+                visible: Link.offline
+                onClicked: {
+                    AppModel.checkConnection()
+                    composer.focusText()
                 }
             }
             SendButton {

@@ -8,6 +8,8 @@ T.Button {
 
     property string iconName: ""
     property bool outlined: false
+    // Floats above what scrolls, so that nothing shines through.
+    property bool raised: false
     property bool primary: false
     property string hint: ""
 
@@ -28,15 +30,15 @@ T.Button {
 
     background: Rectangle {
         border.color: Theme.controlBorder
-        border.width: button.outlined ? 1 : 0
-        color: button.primary ? (button.enabled ? Theme.accent : Theme.bubble) : button.down ? Theme.pressed : button.hovered ? Theme.hover : "transparent"
-        radius: Theme.radius
+        border.width: button.outlined || button.raised ? 1 : 0
+        color: button.primary ? (button.enabled ? Theme.accent : Theme.bubble) : button.raised ? Theme.popup : "transparent"
+        radius: button.raised ? height / 2 : Theme.radius
 
         Rectangle {
             anchors.fill: parent
             color: button.down ? Theme.pressed : Theme.hover
             radius: parent.radius
-            visible: button.primary && (button.hovered || button.down)
+            visible: button.enabled && (button.hovered || button.down)
         }
 
         FocusRing {
