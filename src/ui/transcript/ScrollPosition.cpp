@@ -55,8 +55,8 @@ void ScrollPosition::holdOn(RowRef ref)
     m_offset = m_document.topOf(ref) - m_top;
 }
 
-/// Moves the view and measures what comes into it, relative to what was there: rows above that turn out higher
-/// than they were thought must not push what the reader looks at.
+/// Moves the view and measures what comes into it, relative to what was there: rows above that turn out
+/// higher than they were thought must not push what the reader looks at.
 void ScrollPosition::moveTo(qint64 top)
 {
     if (m_document.messageCount() == 0)
@@ -81,7 +81,8 @@ void ScrollPosition::scrollBy(qint64 distance)
     if (distance > 0) {
         if (!followed)
             moveTo(std::max(m_top, std::min(m_top + distance, maximum())));
-        m_follow.movedTo(static_cast<qreal>(distanceToEnd()) / m_document.column().ratio, m_document.style().zoom);
+        m_follow.movedTo(static_cast<qreal>(distanceToEnd()) / m_document.column().ratio,
+                         m_document.style().zoom);
         settle();
         return;
     }
@@ -91,7 +92,8 @@ void ScrollPosition::scrollBy(qint64 distance)
 void ScrollPosition::scrollToShare(qreal share)
 {
     m_follow.detach();
-    const auto top = static_cast<qint64>(std::llround(std::clamp(share, 0.0, 1.0) * static_cast<qreal>(maximum())));
+    const auto top =
+        static_cast<qint64>(std::llround(std::clamp(share, 0.0, 1.0) * static_cast<qreal>(maximum())));
     // A jump: nothing of what was shown has to stay, so the place itself is held.
     m_top = top;
     takeHold();
@@ -120,6 +122,12 @@ void ScrollPosition::detach()
         takeHold();
 }
 
+void ScrollPosition::attachAtEnd()
+{
+    if (distanceToEnd() <= 0)
+        m_follow.attach();
+}
+
 void ScrollPosition::reveal(RowRef ref, int y, int height)
 {
     m_document.layout(ref);
@@ -131,7 +139,8 @@ void ScrollPosition::reveal(RowRef ref, int y, int height)
     m_anchor = ref;
     m_offset = isAbove ? -y : std::max<qint64>(0, m_height - height) - y;
     settle();
-    m_follow.movedTo(static_cast<qreal>(distanceToEnd()) / m_document.column().ratio, m_document.style().zoom);
+    m_follow.movedTo(static_cast<qreal>(distanceToEnd()) / m_document.column().ratio,
+                     m_document.style().zoom);
 }
 
 void ScrollPosition::reset()

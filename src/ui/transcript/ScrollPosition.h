@@ -7,8 +7,9 @@ namespace varnel {
 
 /// What part of a conversation the view shows.
 ///
-/// The position is kept as a row and its distance from the view's top, never as a distance from the top of the
-/// conversation: whatever is measured, corrected or added elsewhere, the text that is shown stays where it is.
+/// The position is kept as a row and its distance from the view's top, never as a distance from the top of
+/// the conversation: whatever is measured, corrected or added elsewhere, the text that is shown stays where
+/// it is.
 class ScrollPosition
 {
 public:
@@ -35,9 +36,12 @@ public:
     void jumpToEnd();
     /// Stops following; nothing moves.
     void detach();
+    /// Follows again if the end is in view: after something was opened or closed with detach() before it.
+    void attachAtEnd();
     /// Keeps this row where it is through the next change, rather than the one at the top.
     void holdOn(RowRef ref);
-    /// Shows a stretch of a row, moving as little as possible; y and height in device pixels from the row's top.
+    /// Shows a stretch of a row, moving as little as possible; y and height in device pixels from the row's
+    /// top.
     void reveal(RowRef ref, int y, int height);
     /// Another conversation is shown: from its end.
     void reset();

@@ -65,7 +65,8 @@ private:
         if (m_last && !(m_goesOn && row.group < 0)) {
             const bool item = row.frame.listDepth > 0 && m_last->frame.listDepth > 0;
             if (sameGroup)
-                m_copied.plain += m_goesOn && row.kind == RowKind::CodeLines ? QString() : QStringLiteral("\n");
+                m_copied.plain +=
+                    m_goesOn && row.kind == RowKind::CodeLines ? QString() : QStringLiteral("\n");
             else
                 m_copied.plain += item ? QStringLiteral("\n") : QStringLiteral("\n\n");
         }
@@ -87,10 +88,7 @@ private:
         m_closing = end;
     }
 
-    void close()
-    {
-        m_copied.html += std::exchange(m_closing, QString());
-    }
+    void close() { m_copied.html += std::exchange(m_closing, QString()); }
 
     void addTable(const QString& text)
     {
@@ -111,8 +109,10 @@ private:
             marker = row.frame.marker + QLatin1Char(' ');
         QString plain = text.text;
         plain.replace(QChar::LineSeparator, QLatin1Char('\n'));
-        m_copied.plain += QString(std::max(0, row.frame.listDepth - 1) * 2, QLatin1Char(' ')) + marker + plain;
-        const QString name = row.headingLevel > 0 ? QStringLiteral("h%1").arg(row.headingLevel) : QStringLiteral("p");
+        m_copied.plain +=
+            QString(std::max(0, row.frame.listDepth - 1) * 2, QLatin1Char(' ')) + marker + plain;
+        const QString name =
+            row.headingLevel > 0 ? QStringLiteral("h%1").arg(row.headingLevel) : QStringLiteral("p");
         m_copied.html += QStringLiteral("<%1>%2%3</%1>").arg(name, marker.toHtmlEscaped(), htmlText(text));
     }
 

@@ -31,9 +31,11 @@ void TranscriptDocument::setGeometry(qreal width, qreal ratio)
     RowColumn column;
     column.ratio = ratio;
     const qreal gutter = m_style.px(TranscriptStyle::gutter);
-    column.width = whole(std::max(160.0, std::min(m_style.px(TranscriptStyle::columnWidth), width - 2 * gutter)));
+    column.width =
+        whole(std::max(160.0, std::min(m_style.px(TranscriptStyle::columnWidth), width - 2 * gutter)));
     column.left = whole(std::max(gutter, (width - column.width) / 2));
-    column.wide = whole(std::clamp(width - gutter - column.left, column.width, m_style.px(TranscriptStyle::wideWidth)));
+    column.wide =
+        whole(std::clamp(width - gutter - column.left, column.width, m_style.px(TranscriptStyle::wideWidth)));
     if (column == m_column)
         return;
     const Key before{m_column.width, m_column.wide, m_column.ratio};
@@ -128,7 +130,7 @@ void TranscriptDocument::removeFrom(int first)
     m_idleAbove = m_idleBelow = -1;
 }
 
-void TranscriptDocument::update(int message, bool mayReflow)
+RowRef TranscriptDocument::update(int message, bool mayReflow)
 {
     Message& held = m_messages[at(message)];
     Heights& heights = m_measures.messages[at(message)];
@@ -137,13 +139,12 @@ void TranscriptDocument::update(int message, bool mayReflow)
         heights = {};
         m_measures.totals.setHeight(message, estimateMessage(message));
         m_idleAbove = m_idleBelow = -1;
-        return;
+        return {message, 0};
     }
     const int first = held.rows->update(m_model.message(message), isThinkingOpen(message));
     fillEstimates(message, first);
     m_idleBelow = m_idleBelow < 0 ? m_idleBelow : std::min(m_idleBelow, message);
-    if (mayReflow)
-        reflowTables(message, first);
+    return {message, mayReflow ? reflowTables(message, first) : first};
 }
 
 /// Estimates the heights of a message's rows from `from` on; those before it stay.

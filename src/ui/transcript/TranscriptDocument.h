@@ -24,8 +24,8 @@ struct RowRef
 /// A conversation cut into rows: how high each is, where it stands, and its layout when it is near the view.
 ///
 /// Vertical positions and heights are device pixels from the top of the conversation, so that sums are exact.
-/// A height is an estimate until the row is measured; measured heights are kept for each width the column had.
-/// Messages far from the view hold no rows at all.
+/// A height is an estimate until the row is measured; measured heights are kept for each width the column
+/// had. Messages far from the view hold no rows at all.
 class TranscriptDocument
 {
 public:
@@ -48,7 +48,8 @@ public:
     void reset();
     void append();
     /// @param mayReflow whether text that is shown may move: the view follows the end.
-    void update(int message, bool mayReflow);
+    /// Returns the first row that may look different.
+    RowRef update(int message, bool mayReflow);
     void removeFrom(int first);
 
     const TranscriptModel& model() const { return m_model; }
@@ -89,8 +90,8 @@ private:
     {
         HeightIndex rows;
         std::vector<bool> measured;
-        int missing = -1;      ///< rows not measured; -1 when the rows themselves are not known
-        quint32 revision = 0;  ///< of the message they belong to
+        int missing = -1;     ///< rows not measured; -1 when the rows themselves are not known
+        quint32 revision = 0; ///< of the message they belong to
     };
     /// All heights at one column width.
     struct Measures
@@ -124,7 +125,7 @@ private:
     void setTotal(int message);
     void setMeasured(RowRef ref, int height);
     void dropLayouts();
-    void reflowTables(int message, int from);
+    int reflowTables(int message, int from);
     bool measureMessage(int message, std::chrono::steady_clock::time_point end);
 
     const TranscriptModel& m_model;
@@ -133,7 +134,7 @@ private:
     std::vector<Message> m_messages;
     Measures m_measures;
     std::vector<std::pair<Key, Measures>> m_otherWidths; ///< newest last
-    std::vector<int> m_loaded;  ///< messages that hold rows
+    std::vector<int> m_loaded;                           ///< messages that hold rows
     int m_idleAbove = -1; ///< the next message to measure upwards, and downwards
     int m_idleBelow = -1;
 };

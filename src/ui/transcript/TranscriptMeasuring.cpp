@@ -6,8 +6,8 @@
 namespace varnel {
 namespace {
 
-constexpr int messagesKept = 40; ///< with their rows, on either side of the view
-constexpr int rowsKept = 40;     ///< with their layouts, on either side of the view
+constexpr int messagesKept = 40;      ///< with their rows, on either side of the view
+constexpr int rowsKept = 40;          ///< with their layouts, on either side of the view
 constexpr qsizetype reflownRows = 12; ///< a longer table keeps its column widths while it arrives
 
 } // namespace
@@ -79,8 +79,8 @@ bool TranscriptDocument::measureOutwards(int message, std::chrono::steady_clock:
     if (m_idleAbove < 0 && m_idleBelow < 0)
         m_idleAbove = m_idleBelow = std::clamp(message, 0, messageCount() - 1);
     while (m_idleAbove >= 0 || m_idleBelow < messageCount()) {
-        const bool above =
-            m_idleBelow >= messageCount() || (m_idleAbove >= 0 && message - m_idleAbove < m_idleBelow - message);
+        const bool above = m_idleBelow >= messageCount() ||
+                           (m_idleAbove >= 0 && message - m_idleAbove < m_idleBelow - message);
         const int chosen = above ? m_idleAbove : m_idleBelow;
         if (!measureMessage(chosen, end))
             return true;
@@ -144,7 +144,8 @@ void TranscriptDocument::release(RowRef first, RowRef last)
             return true;
         }
         for (int row = 0; row < held.count(); ++row) {
-            const bool isNear = RowRef{message, row + rowsKept} >= first && RowRef{message, row - rowsKept} <= last;
+            const bool isNear =
+                RowRef{message, row + rowsKept} >= first && RowRef{message, row - rowsKept} <= last;
             if (!isNear)
                 held.row(row).layout.reset();
         }
@@ -152,8 +153,9 @@ void TranscriptDocument::release(RowRef first, RowRef last)
     });
 }
 
-/// Lets the tables that are still arriving choose their column widths anew; all of them once the reply is whole.
-void TranscriptDocument::reflowTables(int message, int from)
+/// Lets the tables that are still arriving choose their column widths anew; all of them once the reply is
+/// whole.
+int TranscriptDocument::reflowTables(int message, int from)
 {
     MessageRows& held = rows(message);
     const bool grows = m_model.message(message).streaming;
@@ -162,9 +164,11 @@ void TranscriptDocument::reflowTables(int message, int from)
         if (part.kind != RowKind::Table || (grows && part.table->rows.size() > reflownRows))
             continue;
         const RowRef start{message, part.groupStart};
+        from = std::min(from, start.row);
         group(start)->widths.clear();
         number = regroup(start) - 1;
     }
+    return from;
 }
 
 } // namespace varnel

@@ -8,7 +8,8 @@ namespace varnel {
 namespace {
 
 /// The header of the code block that runs into the view from above.
-std::optional<PlacedRow> stickyHeader(TranscriptDocument& document, const ScrollPosition& position, RowRef first)
+std::optional<PlacedRow> stickyHeader(TranscriptDocument& document, const ScrollPosition& position,
+                                      RowRef first)
 {
     const TranscriptRow& row = document.row(first);
     if (row.kind != RowKind::CodeLines && row.kind != RowKind::CodeFooter && row.kind != RowKind::CodeHeader)
@@ -29,7 +30,8 @@ std::optional<PlacedRow> stickyHeader(TranscriptDocument& document, const Scroll
     if (document.topOf(header) + spaceAbove >= position.top())
         return std::nullopt;
     const qint64 highest = bottom - document.heightOf(header);
-    return PlacedRow{header, static_cast<qreal>(std::min<qint64>(-spaceAbove, highest - position.top())) / ratio, true};
+    return PlacedRow{
+        header, static_cast<qreal>(std::min<qint64>(-spaceAbove, highest - position.top())) / ratio, true};
 }
 
 void paintFocusRing(QPainter& painter, const TranscriptStyle& style, const RowTarget& target)
@@ -64,7 +66,8 @@ std::vector<PlacedRow> visibleRows(TranscriptDocument& document, const ScrollPos
 }
 
 void paintTranscript(QPainter& painter, TranscriptDocument& document, const std::vector<PlacedRow>& rows,
-                     const TranscriptSelection& selection, const TranscriptAttention& attention, const QRectF& clip)
+                     const TranscriptSelection& selection, const TranscriptAttention& attention,
+                     const QRectF& clip)
 {
     const TranscriptModel& model = document.model();
     for (const PlacedRow& placed : rows) {
@@ -74,12 +77,16 @@ void paintTranscript(QPainter& painter, TranscriptDocument& document, const std:
         if (area.bottom() < -8 || area.top() > layout.height() + 8)
             continue;
         RowPaint state{document.style(), model.message(ref.message), model.now(), area};
-        const auto stretch = selection.within(ref, static_cast<int>(document.row(ref).plainText().size()));
-        state.selectionStart = stretch.start;
-        state.selectionEnd = stretch.end;
+        if (!selection.isEmpty()) {
+            const auto stretch =
+                selection.within(ref, static_cast<int>(document.row(ref).plainText().size()));
+            state.selectionStart = stretch.start;
+            state.selectionEnd = stretch.end;
+        }
         if (attention.hovered && attention.hovered->row == ref)
             state.hovered = attention.hovered->index;
-        state.isActive = attention.activeMessage == ref.message;
+        state.isActive = attention.activeMessage == ref.message ||
+                         (attention.focused && attention.focused->row.message == ref.message);
         state.isOpen = document.isThinkingOpen(ref.message);
         state.wasCopied = attention.copied == ref;
         painter.save();
@@ -88,7 +95,8 @@ void paintTranscript(QPainter& painter, TranscriptDocument& document, const std:
         if (attention.focused && attention.focused->row == ref) {
             const auto targets = layout.targets();
             if (static_cast<std::size_t>(attention.focused->index) < targets.size())
-                paintFocusRing(painter, document.style(), targets[static_cast<std::size_t>(attention.focused->index)]);
+                paintFocusRing(painter, document.style(),
+                               targets[static_cast<std::size_t>(attention.focused->index)]);
         }
         painter.restore();
     }

@@ -29,14 +29,15 @@ struct TranscriptAttention
 {
     std::optional<TargetRef> hovered;
     std::optional<TargetRef> focused;
-    int activeMessage = -1;              ///< its actions show
-    std::optional<RowRef> copied;        ///< the row whose text was just copied
+    int activeMessage = -1;       ///< under the pointer; its actions show
+    std::optional<RowRef> copied; ///< the row whose text was just copied
 };
 
 /// The rows in view from top to bottom; sticky headers come last, as they lie above the others.
 std::vector<PlacedRow> visibleRows(TranscriptDocument& document, const ScrollPosition& position);
 /// Draws them.
 void paintTranscript(QPainter& painter, TranscriptDocument& document, const std::vector<PlacedRow>& rows,
-                     const TranscriptSelection& selection, const TranscriptAttention& attention, const QRectF& clip);
+                     const TranscriptSelection& selection, const TranscriptAttention& attention,
+                     const QRectF& clip);
 
 } // namespace varnel

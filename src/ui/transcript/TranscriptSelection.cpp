@@ -11,7 +11,8 @@ void TranscriptSelection::clear()
     m_anchor = m_cursor = {};
 }
 
-TranscriptSelection::Span TranscriptSelection::unitAt(TranscriptDocument& document, TextPosition position) const
+TranscriptSelection::Span TranscriptSelection::unitAt(TranscriptDocument& document,
+                                                      TextPosition position) const
 {
     Span span{position, position};
     if (m_unit == Unit::Character)
@@ -31,7 +32,8 @@ TranscriptSelection::Span TranscriptSelection::unitAt(TranscriptDocument& docume
     QTextBoundaryFinder finder(QTextBoundaryFinder::Word, text);
     finder.setPosition(position.offset);
     const bool inside = finder.boundaryReasons() & QTextBoundaryFinder::StartOfItem;
-    span.begin.offset = inside ? position.offset : static_cast<int>(std::max<qsizetype>(0, finder.toPreviousBoundary()));
+    span.begin.offset =
+        inside ? position.offset : static_cast<int>(std::max<qsizetype>(0, finder.toPreviousBoundary()));
     finder.setPosition(position.offset);
     const qsizetype end = finder.toNextBoundary();
     span.end.offset = end < 0 ? length : static_cast<int>(end);
