@@ -111,8 +111,8 @@ QString actionName(TranscriptAction action)
     return TranscriptModel::tr("More");
 }
 
-void paintActionIcon(QPainter& painter, TranscriptAction action, const QRectF& box, qreal zoom, const QColor& colour,
-                     bool done)
+void paintActionIcon(QPainter& painter, TranscriptAction action, const QRectF& box, qreal zoom,
+                     const QColor& colour, bool done)
 {
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);

@@ -47,10 +47,7 @@ public:
     }
 
 private:
-    bool at(QLatin1String text) const
-    {
-        return !text.isEmpty() && m_line.sliced(m_at).startsWith(text);
-    }
+    bool at(QLatin1String text) const { return !text.isEmpty() && m_line.sliced(m_at).startsWith(text); }
     QChar peek(qsizetype ahead = 0) const
     {
         return m_at + ahead < m_line.size() ? m_line.at(m_at + ahead) : QChar();
@@ -137,7 +134,8 @@ private:
         qsizetype next = m_at;
         while (next < m_line.size() && m_line.at(next).isSpace())
             ++next;
-        return next < m_line.size() && (m_line.at(next) == QLatin1Char(':') || m_line.at(next) == QLatin1Char('='));
+        return next < m_line.size() &&
+               (m_line.at(next) == QLatin1Char(':') || m_line.at(next) == QLatin1Char('='));
     }
 
     void scanNumber()

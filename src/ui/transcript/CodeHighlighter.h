@@ -23,8 +23,8 @@ struct CodeToken
 /// Tells keywords, strings, comments and numbers apart, line by line.
 ///
 /// It knows the shape of the languages people ask about, not their grammars: it looks at each character once,
-/// never fails, and what it carries from one line to the next fits in a byte. That makes it quick enough to run
-/// on exactly the lines that are shown.
+/// never fails, and what it carries from one line to the next fits in a byte. That makes it quick enough to
+/// run on exactly the lines that are shown.
 class CodeHighlighter
 {
 public:

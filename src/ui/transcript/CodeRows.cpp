@@ -32,7 +32,8 @@ public:
         const qreal letter = QFontMetricsF(context.style.codeFont()).horizontalAdvance(QLatin1Char('0'));
         m_contentWidth = std::ceil(row.code->columns * letter) + 2 * padding * m_zoom;
         m_left = context.column.left + indent;
-        // The left edge keeps to the column, so that a block which grows wider while it arrives moves no text.
+        // The left edge keeps to the column, so that a block which grows wider while it arrives moves no
+        // text.
         const qreal wide = std::max(context.column.width, context.column.wide) - indent;
         m_width = std::clamp(m_group->wraps ? 0 : m_contentWidth, context.column.width - indent, wide);
         if (m_group->wraps && m_contentWidth > context.column.width - indent)
@@ -73,9 +74,11 @@ public:
         const QFontMetricsF metrics(m_font);
         qreal right = m_left + m_width - 4 * m_zoom;
         const auto place = [&](TargetKind kind, const QString& text, const QString& name) {
-            const qreal width = std::max(32 * m_zoom, std::ceil(metrics.horizontalAdvance(text)) + 20 * m_zoom);
+            const qreal width =
+                std::max(32 * m_zoom, std::ceil(metrics.horizontalAdvance(text)) + 20 * m_zoom);
             right -= width;
-            m_buttons.push_back({kind, QRectF(right, m_spaceAbove + 2 * m_zoom, width, 32 * m_zoom), text, name});
+            m_buttons.push_back(
+                {kind, QRectF(right, m_spaceAbove + 2 * m_zoom, width, 32 * m_zoom), text, name});
         };
         place(TargetKind::CopyCode, tr("Copy"), tr("Copy code"));
         if (m_group->wraps || scrollRange() > 0) {
@@ -113,7 +116,7 @@ public:
         for (std::size_t i = 0; i < m_buttons.size(); ++i) {
             const Button& button = m_buttons[i];
             const bool copied = button.kind == TargetKind::CopyCode && state.wasCopied;
-            painter.setPen(copied                                    ? state.style.accent
+            painter.setPen(copied                                 ? state.style.accent
                            : state.hovered == static_cast<int>(i) ? state.style.text
                                                                   : state.style.secondary);
             painter.drawText(button.rect, Qt::AlignCenter, copied ? QString(QChar(0x2713)) : button.text);

@@ -27,7 +27,7 @@ struct CodeSyntax
     QLatin1String multilineQuote; ///< one that may span lines, `
     bool tripleQuotes = false;
     bool ignoresCase = false;
-    bool variables = false;       ///< $name
+    bool variables = false; ///< $name
 };
 
 /// The syntax of a language by one of its names or file extensions, in any case; null if it is not known.

@@ -92,7 +92,8 @@ int MessageRows::replaceFrom(int from, Rows fresh)
 {
     const auto start = static_cast<std::size_t>(from);
     std::size_t same = 0;
-    while (same < fresh.size() && start + same < m_rows.size() && m_rows[start + same].looksLike(fresh[same])) {
+    while (same < fresh.size() && start + same < m_rows.size() &&
+           m_rows[start + same].looksLike(fresh[same])) {
         // It looks the same, but what it is part of may have grown.
         m_rows[start + same].code = fresh[same].code;
         m_rows[start + same].table = fresh[same].table;

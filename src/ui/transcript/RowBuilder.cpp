@@ -74,7 +74,8 @@ int columnsOf(QStringView line)
 void addLine(CodeSource& code, qsizetype start, qsizetype end)
 {
     while (end - start > longestLine) {
-        const qsizetype cut = code.text.at(start + longestLine).isLowSurrogate() ? longestLine - 1 : longestLine;
+        const qsizetype cut =
+            code.text.at(start + longestLine).isLowSurrogate() ? longestLine - 1 : longestLine;
         code.lines.push_back({start, cut});
         start += cut;
     }
@@ -98,8 +99,9 @@ std::shared_ptr<CodeSource> makeCodeSource(const MarkdownCode& code, const CodeS
     source->hasPath = code.info.startsWith(path);
     source->label = source->hasPath ? code.info.sliced(path.size()).trimmed()
                                     : code.info.section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
-    const QString language =
-        source->hasPath ? source->label.section(QLatin1Char('/'), -1).section(QLatin1Char('.'), -1) : source->label;
+    const QString language = source->hasPath
+                                 ? source->label.section(QLatin1Char('/'), -1).section(QLatin1Char('.'), -1)
+                                 : source->label;
     source->highlighter = CodeHighlighter(language);
     qsizetype start = earlier ? source->continueFrom(*earlier) : 0;
     auto line = source->lines.size();
@@ -112,7 +114,8 @@ std::shared_ptr<CodeSource> makeCodeSource(const MarkdownCode& code, const CodeS
     }
     for (; line < source->lines.size(); ++line) {
         const CodeLine& added = source->lines[line];
-        source->columns = std::max(source->columns, columnsOf(QStringView(code.text).mid(added.start, added.length)));
+        source->columns =
+            std::max(source->columns, columnsOf(QStringView(code.text).mid(added.start, added.length)));
     }
     return source;
 }

@@ -18,7 +18,8 @@ QTextCharFormat formatOf(const MarkdownText& text, const MarkdownRange& range, c
         format.setFontItalic(true);
     if (range.styles & MarkdownStyle::Strikethrough)
         format.setFontStrikeOut(true);
-    if (range.styles & (MarkdownStyles(MarkdownStyle::Code) | MarkdownStyle::Maths | MarkdownStyle::DisplayMaths)) {
+    if (range.styles &
+        (MarkdownStyles(MarkdownStyle::Code) | MarkdownStyle::Maths | MarkdownStyle::DisplayMaths)) {
         QFont font = style.codeFont();
         font.setPixelSize(std::max(1, qRound(base.pixelSize() * 13.0 / 15.0)));
         if (!(range.styles & MarkdownStyle::Code))
@@ -53,7 +54,8 @@ qreal codeHeight(const TranscriptRow& row, const RowContext& context)
 {
     if (!context.group || !context.group->wraps)
         return row.count * TranscriptStyle::codePitch;
-    const qreal columns = std::max(10.0, (context.column.wide / context.style.zoom - row.frame.indent - 32) / 8);
+    const qreal columns =
+        std::max(10.0, (context.column.wide / context.style.zoom - row.frame.indent - 32) / 8);
     qreal lines = 0;
     for (int i = row.first; i < row.first + row.count; ++i) {
         const auto length = static_cast<qreal>(row.code->lines[static_cast<std::size_t>(i)].length);

@@ -27,8 +27,8 @@ struct RowColumn
 struct GroupState
 {
     bool wraps = false;
-    qreal scroll = 0;        ///< to the right, logical pixels
-    QList<qreal> widths;     ///< of a table's columns; empty until it is first laid out
+    qreal scroll = 0;    ///< to the right, logical pixels
+    QList<qreal> widths; ///< of a table's columns; empty until it is first laid out
     bool operator==(const GroupState&) const = default;
 };
 
@@ -61,7 +61,7 @@ struct RowPaint
     const TranscriptStyle& style;
     const TranscriptMessage& message;
     TranscriptMessage::TimePoint now;
-    QRectF clip;            ///< what is to be drawn, y from the top of the row
+    QRectF clip; ///< what is to be drawn, y from the top of the row
     int selectionStart = 0;
     int selectionEnd = 0;   ///< no selection where it is not after the start
     int hovered = -1;       ///< index into targets()
@@ -126,8 +126,8 @@ struct QuoteBars
     qreal height = 0;
     bool mirrored = false;
 };
-void paintQuoteBars(QPainter& painter, const RowFrame& frame, const RowColumn& column, const TranscriptStyle& style,
-                    QuoteBars bars);
+void paintQuoteBars(QPainter& painter, const RowFrame& frame, const RowColumn& column,
+                    const TranscriptStyle& style, QuoteBars bars);
 /// The font, colours and decorations of a text's styles.
 StyledText::Formats formatsOf(const MarkdownText& text, const QFont& base, const TranscriptStyle& style);
 /// What is drawn for a text: harmless characters, every break a line separator or a space.

@@ -10,11 +10,13 @@
 namespace varnel {
 namespace {
 
-QTextOption optionsOf(const StyledText::Options& options)
+QTextOption optionsOf(const StyledText::Options& options, bool leftwards)
 {
-    QTextOption option(options.alignment);
+    // A paragraph begins at the side its script begins at, whatever the window's own direction is.
+    const bool leading = options.alignment == Qt::AlignLeading;
+    QTextOption option(leading && leftwards ? Qt::AlignRight | Qt::AlignAbsolute : options.alignment);
     option.setTextDirection(options.isCode ? Qt::LeftToRight : Qt::LayoutDirectionAuto);
-    option.setWrapMode(!options.wraps    ? QTextOption::ManualWrap
+    option.setWrapMode(!options.wraps   ? QTextOption::ManualWrap
                        : options.isCode ? QTextOption::WrapAnywhere
                                         : QTextOption::WrapAtWordBoundaryOrAnywhere);
     if (options.isCode)
@@ -36,7 +38,7 @@ StyledText::StyledText(const QString& text, const Formats& formats, const Option
     , m_rightToLeft(!options.isCode && text.isRightToLeft())
     , m_mixed(std::any_of(text.begin(), text.end(), runsLeftwards))
 {
-    m_layout->setTextOption(optionsOf(options));
+    m_layout->setTextOption(optionsOf(options, m_rightToLeft));
     m_layout->setFormats(formats);
     m_layout->setCacheEnabled(true);
 
@@ -65,8 +67,8 @@ int StyledText::lineAt(qreal y) const
     return std::max(0, static_cast<int>(after - m_tops.begin()) - 1);
 }
 
-void StyledText::draw(QPainter& painter, QPointF origin, const QRectF& clip, int selectionStart, int selectionEnd,
-                      const QColor& selection) const
+void StyledText::draw(QPainter& painter, QPointF origin, const QRectF& clip, int selectionStart,
+                      int selectionEnd, const QColor& selection) const
 {
     if (m_tops.empty())
         return;

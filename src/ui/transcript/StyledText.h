@@ -18,9 +18,9 @@ public:
     struct Options
     {
         QFont font;
-        qreal pitch = 24;  ///< height of a line; a line with taller letters gets more
-        qreal width = 0;   ///< where lines break; without wrapping only what alignment refers to
-        qreal ratio = 1;   ///< device pixels per pixel: lines begin on whole ones
+        qreal pitch = 24; ///< height of a line; a line with taller letters gets more
+        qreal width = 0;  ///< where lines break; without wrapping only what alignment refers to
+        qreal ratio = 1;  ///< device pixels per pixel: lines begin on whole ones
         bool wraps = true;
         bool isCode = false; ///< left to right whatever it holds, with tab stops
         Qt::Alignment alignment = Qt::AlignLeading;

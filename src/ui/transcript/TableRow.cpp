@@ -13,13 +13,19 @@ namespace {
 
 constexpr qreal cellPaddingX = 12;
 constexpr qreal cellPaddingY = 6;
-constexpr qreal narrowest = 120;      ///< a column gets at least this before the table starts to scroll
-constexpr int measuredRows = 60;      ///< column widths follow from so many rows
+constexpr qreal narrowest = 120;        ///< a column gets at least this before the table starts to scroll
+constexpr int measuredRows = 60;        ///< column widths follow from so many rows
 constexpr qsizetype measuredText = 400; ///< and so much of a cell
 
 const QList<MarkdownText>& cellsOf(const MarkdownTable& table, int line)
 {
     return line == 0 ? table.header : table.rows[line - 1];
+}
+
+/// The first column's text stands under that of the paragraphs.
+qreal leftPadding(qsizetype column)
+{
+    return column == 0 ? 0 : cellPaddingX;
 }
 
 QFont cellFont(const TranscriptStyle& style, bool header)
@@ -44,7 +50,8 @@ QList<qreal> naturalWidths(const MarkdownTable& table, const TranscriptStyle& st
             options.font = cellFont(style, line == 0);
             options.wraps = false;
             const StyledText cell(shownText(text), formatsOf(text, options.font, style), options);
-            widths[column] = std::max(widths[column], std::ceil(cell.naturalWidth()) + style.px(2 * cellPaddingX) + 1);
+            const qreal padding = style.px(leftPadding(column) + cellPaddingX);
+            widths[column] = std::max(widths[column], std::ceil(cell.naturalWidth()) + padding + 1);
         }
     }
     return widths;
@@ -95,10 +102,7 @@ public:
         layOutCells(row, context.style);
     }
 
-    qreal height() const override
-    {
-        return m_bottom + (m_ends && scrollRange() > 0 ? 12 * m_zoom : 0);
-    }
+    qreal height() const override { return m_bottom + (m_ends && scrollRange() > 0 ? 12 * m_zoom : 0); }
     qreal scrollRange() const override { return std::max(0.0, m_contentWidth - m_width); }
     QRectF scrollArea() const override { return {m_left, m_spaceAbove, m_width, height() - m_spaceAbove}; }
 
@@ -162,7 +166,8 @@ private:
         MarkdownText markdown;
         StyledText text;
         QRectF box; ///< before scrolling
-        int start;  ///< in the row's plain text
+        qreal padding;
+        int start; ///< in the row's plain text
     };
     struct Line
     {
@@ -185,13 +190,14 @@ private:
                 m_cells.push_back({cells[column],
                                    StyledText(shownText(cells[column]),
                                               formatsOf(cells[column], options.font, style), options),
-                                   QRectF(left, top, width, 0), position});
+                                   QRectF(left, top, width, 0), leftPadding(column) * m_zoom, position});
                 height = std::max(height, m_cells.back().text.height());
                 position += static_cast<int>(cells[column].text.size()) + 1; // a tab or a line feed follows
                 left += width;
             }
-            height = std::ceil((std::max(height, 22 * m_zoom) + 2 * cellPaddingY * m_zoom + 1) * m_column.ratio) /
-                     m_column.ratio;
+            height =
+                std::ceil((std::max(height, 22 * m_zoom) + 2 * cellPaddingY * m_zoom + 1) * m_column.ratio) /
+                m_column.ratio;
             for (std::size_t i = firstCell; i < m_cells.size(); ++i)
                 m_cells[i].box.setHeight(height);
             top += height;
@@ -202,13 +208,14 @@ private:
         m_bottom = top;
     }
 
-    StyledText::Options cellOptions(const TranscriptStyle& style, bool header, qsizetype column, qreal width) const
+    StyledText::Options cellOptions(const TranscriptStyle& style, bool header, qsizetype column,
+                                    qreal width) const
     {
         StyledText::Options options;
         options.font = cellFont(style, header);
         options.pitch = 22 * m_zoom;
         options.ratio = m_column.ratio;
-        options.width = std::max(1.0, width - 2 * cellPaddingX * m_zoom);
+        options.width = std::max(1.0, width - (leftPadding(column) + cellPaddingX) * m_zoom);
         const MarkdownAlignment alignment = m_table->columns[column];
         if (alignment == MarkdownAlignment::Right)
             options.alignment = Qt::AlignRight | Qt::AlignAbsolute;
@@ -222,7 +229,7 @@ private:
     QPointF originOf(const Cell& cell) const
     {
         const qreal ratio = m_column.ratio;
-        const QPointF corner = boxOf(cell).topLeft() + QPointF(cellPaddingX, cellPaddingY) * m_zoom;
+        const QPointF corner = boxOf(cell).topLeft() + QPointF(cell.padding, cellPaddingY * m_zoom);
         return {std::round(corner.x() * ratio) / ratio, std::round(corner.y() * ratio) / ratio};
     }
 

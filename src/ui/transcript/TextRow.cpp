@@ -70,8 +70,8 @@ public:
         paintFrame(painter, state.style);
         paintInlineCode(painter, state);
         painter.setPen(m_muted ? state.style.secondary : state.style.text);
-        m_text.draw(painter, m_origin, state.clip.translated(-m_origin), state.selectionStart, state.selectionEnd,
-                    state.style.selection());
+        m_text.draw(painter, m_origin, state.clip.translated(-m_origin), state.selectionStart,
+                    state.selectionEnd, state.style.selection());
     }
 
     std::vector<RowTarget> targets() const override { return linkTargets(m_markdown, *this, 0); }
@@ -113,11 +113,13 @@ private:
         if (m_kind == RowKind::Bubble) {
             const bool single = m_begins && m_ends;
             const qreal limit = std::floor(m_column.width * 0.8);
-            const qreal width = single ? std::min(limit, std::ceil(m_text.naturalWidth()) + 28 * m_zoom) : limit;
+            const qreal width =
+                single ? std::min(limit, std::ceil(m_text.naturalWidth()) + 28 * m_zoom) : limit;
             const qreal left = m_column.left + m_column.width - width;
             // Text that runs leftwards was aligned to the full width: keep its leading edge in the bubble.
             const qreal shift = m_text.isRightToLeft() ? limit - width : 0;
-            m_origin = {whole(left + 14 * m_zoom - shift), whole(m_spaceAbove + (m_begins ? 10 * m_zoom : 0))};
+            m_origin = {whole(left + 14 * m_zoom - shift),
+                        whole(m_spaceAbove + (m_begins ? 10 * m_zoom : 0))};
             m_bubble = QRectF(left, m_spaceAbove, width, height() - m_spaceAbove);
             return;
         }
@@ -148,8 +150,8 @@ private:
             return;
         const qreal gap = 8 * m_zoom;
         const bool mirrored = m_text.isRightToLeft();
-        const qreal edge = mirrored ? m_column.left + m_column.width - m_frame.indent * m_zoom + gap
-                                    : m_origin.x() - gap;
+        const qreal edge =
+            mirrored ? m_column.left + m_column.width - m_frame.indent * m_zoom + gap : m_origin.x() - gap;
         const qreal baseline = m_origin.y() + m_text.firstBaseline();
         if (m_frame.checked) {
             paintCheckBox(painter, style, edge, baseline, mirrored);
@@ -165,7 +167,8 @@ private:
                        bool mirrored) const
     {
         const qreal size = 14 * m_zoom;
-        const QRectF box(mirrored ? edge : edge - size, std::round(baseline - size + 2 * m_zoom) + 0.5, size, size);
+        const QRectF box(mirrored ? edge : edge - size, std::round(baseline - size + 2 * m_zoom) + 0.5, size,
+                         size);
         painter.save();
         painter.setRenderHint(QPainter::Antialiasing);
         const bool checked = *m_frame.checked;
@@ -197,7 +200,8 @@ private:
             for (const QRectF& rect :
                  rectsOf(static_cast<int>(range.start), static_cast<int>(range.length))) {
                 if (rect.intersects(state.clip))
-                    painter.drawRoundedRect(rect.adjusted(-3 * m_zoom, 0, 3 * m_zoom, 0), 4 * m_zoom, 4 * m_zoom);
+                    painter.drawRoundedRect(rect.adjusted(-2 * m_zoom, 0, 2 * m_zoom, 0), 4 * m_zoom,
+                                            4 * m_zoom);
             }
         }
         painter.restore();
@@ -220,8 +224,8 @@ private:
 
 } // namespace
 
-void paintQuoteBars(QPainter& painter, const RowFrame& frame, const RowColumn& column, const TranscriptStyle& style,
-                    QuoteBars bars)
+void paintQuoteBars(QPainter& painter, const RowFrame& frame, const RowColumn& column,
+                    const TranscriptStyle& style, QuoteBars bars)
 {
     const qreal width = 3 * style.zoom;
     for (qsizetype i = 0; i < frame.bars.size(); ++i) {

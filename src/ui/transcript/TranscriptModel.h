@@ -92,7 +92,8 @@ private:
 
 /// "12 s", "1 min 5 s".
 QString elapsedText(std::chrono::milliseconds elapsed);
-/// What the collapsed row over a reply says: "Thinking… 12 s", then "Thought for 12 s". Empty without thinking.
+/// What the collapsed row over a reply says: "Thinking… 12 s", then "Thought for 12 s". Empty without
+/// thinking.
 QString thinkingText(const TranscriptMessage& message, TranscriptMessage::TimePoint now);
 /// What stands in place of a reply whose first piece has not come: elapsed seconds from 1 s on.
 QString waitingText(const TranscriptMessage& message, TranscriptMessage::TimePoint now);

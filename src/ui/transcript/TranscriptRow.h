@@ -12,7 +12,8 @@ namespace varnel {
 
 class RowLayout;
 
-/// A line of a code block; over-long ones are cut into pieces of which only the last has a line feed after it.
+/// A line of a code block; over-long ones are cut into pieces of which only the last has a line feed after
+/// it.
 struct CodeLine
 {
     qsizetype start = 0;
@@ -23,10 +24,10 @@ struct CodeLine
 struct CodeSource
 {
     QString text;
-    QString label;             ///< the language, or the path that the block is to be written to
-    bool hasPath = false;      ///< the label is a path: the block can be written to a project
+    QString label;        ///< the language, or the path that the block is to be written to
+    bool hasPath = false; ///< the label is a path: the block can be written to a project
     std::vector<CodeLine> lines;
-    int columns = 0;           ///< of the longest line, in widths of a Latin letter
+    int columns = 0; ///< of the longest line, in widths of a Latin letter
     CodeHighlighter highlighter;
     std::vector<quint8> states; ///< what the highlighter carried into each line, as far as it got
 
@@ -40,13 +41,13 @@ struct CodeSource
 /// What lies before the text of a row: the quotes and lists it stands in.
 struct RowFrame
 {
-    qreal indent = 0;      ///< from the column's leading edge, at zoom 1
-    QList<qreal> bars;     ///< where the bars of the quotes stand
-    int freshBars = 0;     ///< how many of them, from the last, begin with this row
-    QString marker;        ///< "•", "3.", or empty
+    qreal indent = 0;            ///< from the column's leading edge, at zoom 1
+    QList<qreal> bars;           ///< where the bars of the quotes stand
+    int freshBars = 0;           ///< how many of them, from the last, begin with this row
+    QString marker;              ///< "•", "3.", or empty
     std::optional<bool> checked; ///< the box of a task instead of a marker
-    int listDepth = 0;     ///< lists around it
-    bool ordered = false;  ///< the kind of the innermost of them
+    int listDepth = 0;           ///< lists around it
+    bool ordered = false;        ///< the kind of the innermost of them
 
     bool operator==(const RowFrame&) const = default;
 };
@@ -60,7 +61,7 @@ enum class RowKind : quint8 {
     Rule,
     Maths,
     Bubble,
-    Thinking,     ///< the collapsed row that opens and closes what the model thought
+    Thinking, ///< the collapsed row that opens and closes what the model thought
     ThinkingText,
     Waiting,
     Error,
@@ -78,12 +79,12 @@ struct TranscriptRow
     int headingLevel = 0; ///< 0 for none
     std::shared_ptr<CodeSource> code;
     std::shared_ptr<const MarkdownTable> table;
-    int first = 0;  ///< the first line or table row shown here
-    int count = 0;  ///< how many
-    int group = -1; ///< the number of the code block or table in its message
-    int groupStart = 0; ///< the row its group begins with
-    bool begins = true; ///< not the continuation of the row above
-    bool ends = true;   ///< not continued by the row below
+    int first = 0;                     ///< the first line or table row shown here
+    int count = 0;                     ///< how many
+    int group = -1;                    ///< the number of the code block or table in its message
+    int groupStart = 0;                ///< the row its group begins with
+    bool begins = true;                ///< not the continuation of the row above
+    bool ends = true;                  ///< not continued by the row below
     std::unique_ptr<RowLayout> layout; ///< only near the view
 
     TranscriptRow();
@@ -97,8 +98,8 @@ struct TranscriptRow
     QString plainText() const;
 };
 
-/// The text with everything that could deceive or disturb made visible: control characters and characters that
-/// reorder text. Each is replaced by a single other one, so positions stay the same.
+/// The text with everything that could deceive or disturb made visible: control characters and characters
+/// that reorder text. Each is replaced by a single other one, so positions stay the same.
 /// @param strict also marks of direction and invisible spaces, for code and for addresses.
 QString harmless(QString text, bool strict);
 

@@ -30,8 +30,9 @@ public:
     {
         paintQuoteBars(painter, m_frame, m_column, state.style, {m_spaceAbove, height(), false});
         const qreal indent = m_frame.indent * m_zoom;
-        painter.fillRect(QRectF(m_column.left + indent, std::round(m_spaceAbove + 4 * m_zoom), m_column.width - indent, 1),
-                         state.style.hairline());
+        painter.fillRect(
+            QRectF(m_column.left + indent, std::round(m_spaceAbove + 4 * m_zoom), m_column.width - indent, 1),
+            state.style.hairline());
     }
 
 private:
@@ -115,12 +116,14 @@ public:
         painter.setPen(Qt::NoPen);
         painter.setBrush(state.style.secondary);
         for (int dot = 0; dot < 3; ++dot)
-            painter.drawEllipse(QPointF(m_column.left + (4 + 8 * dot) * m_zoom, middle), 2 * m_zoom, 2 * m_zoom);
+            painter.drawEllipse(QPointF(m_column.left + (4 + 8 * dot) * m_zoom, middle), 2 * m_zoom,
+                                2 * m_zoom);
         painter.restore();
         painter.setFont(m_font);
         painter.setPen(state.style.secondary);
-        painter.drawText(QRectF(m_column.left + 32 * m_zoom, m_spaceAbove, m_column.width - 32 * m_zoom, 24 * m_zoom),
-                         Qt::AlignLeft | Qt::AlignVCenter, waitingText(state.message, state.now));
+        painter.drawText(
+            QRectF(m_column.left + 32 * m_zoom, m_spaceAbove, m_column.width - 32 * m_zoom, 24 * m_zoom),
+            Qt::AlignLeft | Qt::AlignVCenter, waitingText(state.message, state.now));
     }
 
 private:
@@ -146,7 +149,8 @@ public:
         const qreal top = m_box.bottom() - (targetSize + 4) * m_zoom;
         const auto place = [&](TargetKind kind, const QString& name) {
             const qreal width = std::ceil(metrics.horizontalAdvance(name)) + 16 * m_zoom;
-            m_buttons.push_back({kind, {QRectF(left, top, width, targetSize * m_zoom)}, name, {}, TranscriptAction::Copy});
+            m_buttons.push_back(
+                {kind, {QRectF(left, top, width, targetSize * m_zoom)}, name, {}, TranscriptAction::Copy});
             left += width + 4 * m_zoom;
         };
         place(TargetKind::TryAgain, TranscriptModel::tr("Try again"));
@@ -235,7 +239,7 @@ public:
         m_iconsLeft = m_isPrompt ? m_column.left + m_column.width - beside - icons : m_column.left + beside;
     }
 
-    qreal height() const override { return m_top + (targetSize + (m_isPrompt ? 8 : 24)) * m_zoom; }
+    qreal height() const override { return m_top + (targetSize + (m_isPrompt ? 0 : 24)) * m_zoom; }
 
     void paint(QPainter& painter, const RowPaint& state) const override
     {
