@@ -1,7 +1,7 @@
-# varnel_library(NAME LAYER n SOURCES … [DEPENDS …] [LINK …])
+# varnel_library(NAME LAYER n [STATIC] SOURCES … [DEPENDS …] [LINK …])
 #
 # A subsystem of the program: an object library that may use only Varnel targets of a lower layer (DEPENDS)
-# and outside libraries (LINK). Both the declared dependencies and the #include lines of its files are checked;
+# and outside libraries (LINK). A STATIC one lies above varnel_core, which it links for everything below. Both the declared dependencies and the #include lines of its files are checked;
 # a violation stops the configuration.
 #
 # varnel_check_layers() runs the check over the #include lines once every target is known.
@@ -12,7 +12,7 @@ define_property(TARGET PROPERTY VARNEL_FILES)
 set_property(GLOBAL PROPERTY VARNEL_TARGETS "")
 
 function(varnel_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "LAYER" "SOURCES;DEPENDS;LINK")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "STATIC" "LAYER" "SOURCES;DEPENDS;LINK")
     if(NOT DEFINED arg_LAYER)
         message(FATAL_ERROR "varnel_library(${name}): LAYER is missing")
     endif()
@@ -29,7 +29,15 @@ function(varnel_library name)
         endif()
     endforeach()
 
-    add_library(${name} OBJECT ${arg_SOURCES})
+    if(arg_STATIC)
+        # Linking the object libraries would put what varnel_core holds into the archive once more.
+        get_target_property(core_targets varnel_core INTERFACE_LINK_LIBRARIES)
+        list(REMOVE_ITEM arg_DEPENDS ${core_targets})
+        add_library(${name} STATIC ${arg_SOURCES})
+        target_link_libraries(${name} PUBLIC varnel_core)
+    else()
+        add_library(${name} OBJECT ${arg_SOURCES})
+    endif()
     target_include_directories(${name} PUBLIC "${CMAKE_SOURCE_DIR}/src")
     target_link_libraries(${name} PUBLIC Qt6::Core ${arg_LINK} ${arg_DEPENDS})
     set(files "")

@@ -8,6 +8,17 @@
 
 namespace varnel {
 
+namespace {
+
+constexpr std::chrono::seconds undoTime(10);
+
+bool isEmptyReply(const ChatMessage& message)
+{
+    return message.role == ChatRole::Assistant && message.content.isEmpty() && message.thinking.isEmpty();
+}
+
+} // namespace
+
 AppModel::AppModel(Services services, QObject* parent)
     : QObject(parent)
     , m_services(services)
@@ -24,6 +35,7 @@ AppModel::~AppModel()
     m_turn.reset();
     m_probe.reset();
     m_running.reset();
+    m_undoTime.reset();
 }
 
 const ChatSession* AppModel::session(const QUuid& id) const
@@ -169,14 +181,59 @@ void AppModel::remove(const QUuid& id)
         return;
     if (id == m_streamingSession)
         stop();
+    RemovedSession removed{.session = std::move(*found), .draft = m_drafts[id], .replacement = {}};
+    std::erase_if(removed.session.messages, isEmptyReply);
     const auto next = m_sessions.erase(found);
     m_drafts.erase(id);
-    if (m_sessions.empty())
+    QUuid neighbour;
+    if (m_sessions.empty()) {
         insertNewConversation();
-    const QUuid neighbour = next == m_sessions.end() ? m_sessions.back().id : next->id;
+        neighbour = removed.replacement = m_sessions.front().id;
+    } else {
+        neighbour = next == m_sessions.end() ? m_sessions.back().id : next->id;
+    }
     Q_EMIT sessionsChanged();
     if (id == m_selection)
         select(neighbour);
+    // An empty conversation is as easily made anew.
+    if (removed.session.messages.empty() && removed.draft.isEmpty())
+        return;
+    setRemoved(std::move(removed));
+    m_undoTime = followUndoTime();
+}
+
+void AppModel::undoRemove()
+{
+    if (!m_removed)
+        return;
+    RemovedSession removed = std::move(*m_removed);
+    setRemoved(std::nullopt);
+    const QUuid id = removed.session.id;
+    const ChatSession* const replacement = session(removed.replacement);
+    if (replacement && replacement->messages.empty() && !m_drafts.contains(removed.replacement))
+        m_sessions.erase(m_sessions.begin() + (replacement - m_sessions.data()));
+    if (!removed.draft.isEmpty())
+        m_drafts[id] = removed.draft;
+    m_sessions.insert(m_sessions.begin(), std::move(removed.session));
+    moveIntoPlace(m_sessions.front());
+    select(id);
+}
+
+Task<void> AppModel::followUndoTime()
+{
+    co_await m_services.clock.sleepFor(undoTime, {});
+    setRemoved(std::nullopt);
+}
+
+void AppModel::setRemoved(std::optional<RemovedSession> removed)
+{
+    m_removed = std::move(removed);
+    Q_EMIT removedChanged();
+}
+
+QString AppModel::removedTitle() const
+{
+    return m_removed ? m_removed->session.title : QString();
 }
 
 void AppModel::chooseModel(const QString& name)

@@ -62,6 +62,7 @@ class AppModel : public QObject
     Q_PROPERTY(QString selectedTitle READ selectedTitle NOTIFY selectedSessionChanged)
     Q_PROPERTY(QString selectedModel READ selectedModel NOTIFY selectedSessionChanged)
     Q_PROPERTY(bool selectedIsEmpty READ selectedIsEmpty NOTIFY selectedSessionChanged)
+    Q_PROPERTY(QString removedTitle READ removedTitle NOTIFY removedChanged)
 
 public:
     /// What the model works with; all of it outlives the model.
@@ -105,6 +106,8 @@ public:
     const std::vector<OllamaRunning>& runningModels() const { return m_runningModels; }
     const std::optional<TurnFailure>& failure() const { return m_failure; }
     ReplyFacts factsOf(const QUuid& message) const;
+    /// The title of the conversation that undoRemove() brings back; empty when there is none.
+    QString removedTitle() const;
 
     void setDraft(const QString& text);
     void setSessionQuery(const QString& text);
@@ -116,8 +119,11 @@ public:
     Q_INVOKABLE void newConversation();
     Q_INVOKABLE void rename(const QUuid& id, const QString& title);
     Q_INVOKABLE void togglePinned(const QUuid& id);
-    /// Removes a conversation; the last one is replaced by an empty one.
+    /// Removes a conversation; the last one is replaced by an empty one. For ten seconds it can be brought
+    /// back.
     Q_INVOKABLE void remove(const QUuid& id);
+    /// Brings the conversation that was removed last back, with its draft, and selects it.
+    Q_INVOKABLE void undoRemove();
     /// The Ollama model that answers the selected conversation from now on.
     Q_INVOKABLE void chooseModel(const QString& name);
 
@@ -132,6 +138,8 @@ public:
     Q_INVOKABLE void editFailed();
     /// Asks the server whether it is there and which models it has. A newer check replaces one under way.
     Q_INVOKABLE void checkConnection();
+    /// Asks the server which models it holds in memory. While a reply runs that is known already.
+    Q_INVOKABLE void refreshRunningModels();
 
 Q_SIGNALS:
     /// Which conversations there are, or their order.
@@ -157,14 +165,26 @@ Q_SIGNALS:
     void installedModelsChanged();
     void runningModelsChanged();
     void failureChanged();
+    void removedChanged();
 
 private:
+    struct RemovedSession
+    {
+        ChatSession session;
+        QString draft;
+        /// The empty conversation that took its place; null if others were left.
+        QUuid replacement;
+    };
+
     ChatSession* find(const QUuid& id);
     void insertNewConversation();
-    /// Marks a conversation as changed now. It and every other reference into the list are invalid afterwards.
+    /// Marks a conversation as changed now. It and every other reference into the list are invalid
+    /// afterwards.
     void touch(ChatSession& session);
     void moveIntoPlace(ChatSession& session);
     void announceSession(const QUuid& id);
+    void setRemoved(std::optional<RemovedSession> removed);
+    Task<void> followUndoTime();
 
     void setStatusMessage(const QString& text);
     void setLinkState(LinkState state);
@@ -194,6 +214,7 @@ private:
     std::vector<OllamaModel> m_installedModels;
     std::vector<OllamaRunning> m_runningModels;
     std::optional<TurnFailure> m_failure;
+    std::optional<RemovedSession> m_removed;
     std::map<QUuid, ReplyFacts> m_facts;
 
     bool m_isStreaming = false;
@@ -209,6 +230,7 @@ private:
     Task<void> m_turn;
     Task<void> m_probe;
     Task<void> m_running;
+    Task<void> m_undoTime;
 };
 
 } // namespace varnel

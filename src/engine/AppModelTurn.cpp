@@ -236,6 +236,7 @@ Task<void> AppModel::followProbe(std::stop_token stop)
             QStringLiteral("Connected to %1 · %2 models").arg(host, QString::number(result.models.size())));
         setLinkState(LinkState::Connected);
         Q_EMIT installedModelsChanged();
+        refreshRunningModels();
         co_return;
     } catch (const Cancelled&) {
         co_return; // a newer check says what is to be said
@@ -245,6 +246,12 @@ Task<void> AppModel::followProbe(std::stop_token stop)
     setLinkState(LinkState::Offline);
     setConnectionTexts(failureText, failureText);
     setStatusMessage(failureText);
+}
+
+void AppModel::refreshRunningModels()
+{
+    if (!m_isStreaming)
+        m_running = followRunning({});
 }
 
 Task<void> AppModel::followRunning(std::stop_token stop)

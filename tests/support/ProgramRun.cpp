@@ -51,10 +51,15 @@ void ProgramRun::setPreferences(const QByteArray& text) const
 
 void ProgramRun::start(const QStringList& arguments)
 {
+    startProgram(programPath(QStringLiteral("varnel")), arguments);
+}
+
+void ProgramRun::startProgram(const QString& program, const QStringList& arguments)
+{
     m_output.clear();
     m_errors.clear();
     m_process.setProcessEnvironment(m_environment);
-    m_process.start(programPath(QStringLiteral("varnel")), arguments);
+    m_process.start(program, arguments);
 }
 
 bool ProgramRun::wait(std::chrono::milliseconds limit)

@@ -26,6 +26,8 @@ public:
     QProcess& process() { return m_process; }
 
     void start(const QStringList& arguments);
+    /// Starts another program with the same profile.
+    void startProgram(const QString& program, const QStringList& arguments);
     /// Turns the event loop until the child has ended; false if it does not.
     bool wait(std::chrono::milliseconds limit = std::chrono::seconds(10));
     /// start() and wait(); yields the exit status, -1 if it hangs or dies by a signal.

@@ -1,0 +1,285 @@
+#include "ui/ConversationListModel.h"
+
+#include "ui/ConversationSearch.h"
+
+#include <QTimeZone>
+
+#include <algorithm>
+
+namespace varnel {
+
+ConversationListModel::ConversationListModel(AppModel& app, const Clock& clock, QObject* parent)
+    : QAbstractListModel(parent)
+    , m_app(app)
+    , m_clock(clock)
+{
+    connect(&app, &AppModel::sessionsChanged, this, &ConversationListModel::refresh);
+    connect(&app, &AppModel::sessionChanged, this, &ConversationListModel::refreshRow);
+    connect(&app, &AppModel::messagesChanged, this, &ConversationListModel::refreshRow);
+    connect(&app, &AppModel::messageChanged, this, &ConversationListModel::refreshRow);
+    connect(&app, &AppModel::selectionChanged, this, &ConversationListModel::noteSelection);
+    connect(&app, &AppModel::isStreamingChanged, this, &ConversationListModel::noteStreaming);
+    connect(&app, &AppModel::sessionQueryChanged, this, &ConversationListModel::searchAnew);
+    m_midnight.setSingleShot(true);
+    connect(&m_midnight, &QTimer::timeout, this, [this] {
+        refresh();
+        awaitMidnight();
+    });
+    refresh();
+    awaitMidnight();
+}
+
+int ConversationListModel::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : count();
+}
+
+QVariant ConversationListModel::data(const QModelIndex& index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const ConversationRow& row = m_rows[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+    case TitleRole:
+        return row.title;
+    case PreviewRole:
+        return row.preview;
+    case TimeRole:
+        return row.time;
+    case GroupRole:
+        return row.group;
+    case PinnedRole:
+        return row.pinned;
+    case StreamingRole:
+        return row.streaming;
+    case UnseenRole:
+        return row.unseen;
+    case CurrentRole:
+        return row.current;
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> ConversationListModel::roleNames() const
+{
+    return {{TitleRole, "title"},   {PreviewRole, "preview"}, {TimeRole, "time"},
+            {GroupRole, "group"},   {PinnedRole, "pinned"},   {StreamingRole, "streaming"},
+            {UnseenRole, "unseen"}, {CurrentRole, "current"}};
+}
+
+int ConversationListModel::currentRow() const
+{
+    return rowOfSession(m_app.selection());
+}
+
+bool ConversationListModel::searching() const
+{
+    return !m_app.sessionQuery().trimmed().isEmpty();
+}
+
+void ConversationListModel::open(int row)
+{
+    if (const QUuid* const id = sessionAt(row))
+        m_app.select(QUuid(*id));
+}
+
+void ConversationListModel::rename(int row, const QString& title)
+{
+    if (const QUuid* const id = sessionAt(row))
+        m_app.rename(QUuid(*id), title);
+}
+
+void ConversationListModel::togglePinned(int row)
+{
+    if (const QUuid* const id = sessionAt(row))
+        m_app.togglePinned(QUuid(*id));
+}
+
+void ConversationListModel::remove(int row)
+{
+    if (const QUuid* const id = sessionAt(row))
+        m_app.remove(QUuid(*id));
+}
+
+void ConversationListModel::renameCurrent(const QString& title)
+{
+    m_app.rename(QUuid(m_app.selection()), title);
+}
+
+void ConversationListModel::removeCurrent()
+{
+    m_app.remove(QUuid(m_app.selection()));
+}
+
+void ConversationListModel::step(int by)
+{
+    const int current = currentRow();
+    const int last = count() - 1;
+    if (last >= 0)
+        open(current < 0 ? 0 : std::clamp(current + by, 0, last));
+}
+
+QDateTime ConversationListModel::now() const
+{
+    return QDateTime::fromMSecsSinceEpoch(m_clock.now().time_since_epoch().count());
+}
+
+ConversationRow ConversationListModel::describe(const ChatSession& session, const QDateTime& now) const
+{
+    ConversationRow row = rowOf(session, now);
+    row.streaming = session.id == m_app.streamingSession();
+    row.unseen = m_unseen.contains(session.id);
+    row.current = session.id == m_app.selection();
+    return row;
+}
+
+bool ConversationListModel::isShown(const ChatSession& session) const
+{
+    return !searching() || m_textHits.contains(session.id) || holdsWords(session.title, m_app.sessionQuery());
+}
+
+void ConversationListModel::refresh()
+{
+    const QDateTime present = now();
+    const int previousCount = count();
+    const int previousRow = currentRow();
+    std::vector<ConversationRow> target;
+    target.reserve(m_app.sessions().size());
+    for (const ChatSession& session : m_app.sessions()) {
+        if (isShown(session))
+            target.push_back(describe(session, present));
+    }
+    reconcile(target);
+    if (count() != previousCount)
+        Q_EMIT countChanged();
+    if (currentRow() != previousRow)
+        Q_EMIT currentRowChanged();
+}
+
+void ConversationListModel::reconcile(const std::vector<ConversationRow>& target)
+{
+    std::set<QUuid> wanted;
+    for (const ConversationRow& row : target)
+        wanted.insert(row.id);
+    for (int row = count() - 1; row >= 0; --row) {
+        if (wanted.contains(m_rows[static_cast<std::size_t>(row)].id))
+            continue;
+        beginRemoveRows({}, row, row);
+        m_rows.erase(m_rows.begin() + row);
+        endRemoveRows();
+    }
+    for (int row = 0; row < static_cast<int>(target.size()); ++row)
+        place(row, target);
+}
+
+void ConversationListModel::place(int row, const std::vector<ConversationRow>& target)
+{
+    const ConversationRow& wanted = target[static_cast<std::size_t>(row)];
+    const auto here = m_rows.begin() + row;
+    const auto found = std::find_if(
+        here, m_rows.end(), [&wanted](const ConversationRow& other) { return other.id == wanted.id; });
+    if (found == m_rows.end()) {
+        beginInsertRows({}, row, row);
+        m_rows.insert(here, wanted);
+        endInsertRows();
+        return;
+    }
+    if (found == here + 1 && static_cast<std::size_t>(row) + 1 < target.size()) {
+        // It is the one above that left: moving that one down is one change instead of one for each below.
+        const QUuid leaving = here->id;
+        const auto home =
+            std::find_if(target.begin() + row, target.end(),
+                         [&leaving](const ConversationRow& other) { return other.id == leaving; });
+        const int to = std::min(static_cast<int>(home - target.begin()), count() - 1);
+        beginMoveRows({}, row, row, {}, to + 1);
+        std::rotate(here, here + 1, m_rows.begin() + to + 1);
+        endMoveRows();
+    } else if (found != here) {
+        const int from = static_cast<int>(found - m_rows.begin());
+        beginMoveRows({}, from, from, {}, row);
+        std::rotate(here, found, found + 1);
+        endMoveRows();
+    }
+    if (m_rows[static_cast<std::size_t>(row)] != wanted) {
+        m_rows[static_cast<std::size_t>(row)] = wanted;
+        Q_EMIT dataChanged(index(row), index(row));
+    }
+}
+
+void ConversationListModel::refreshRow(const QUuid& id)
+{
+    const int row = rowOfSession(id);
+    const ChatSession* const session = m_app.session(id);
+    if (row < 0 || !session)
+        return;
+    ConversationRow wanted = describe(*session, now());
+    ConversationRow& shown = m_rows[static_cast<std::size_t>(row)];
+    if (wanted == shown)
+        return;
+    shown = std::move(wanted);
+    Q_EMIT dataChanged(index(row), index(row));
+}
+
+int ConversationListModel::rowOfSession(const QUuid& id) const
+{
+    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
+                                    [&id](const ConversationRow& row) { return row.id == id; });
+    return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
+}
+
+const QUuid* ConversationListModel::sessionAt(int row) const
+{
+    return row < 0 || row >= count() ? nullptr : &m_rows[static_cast<std::size_t>(row)].id;
+}
+
+void ConversationListModel::searchAnew()
+{
+    m_stopSearch.request_stop();
+    m_textHits.clear();
+    if (searching()) {
+        m_stopSearch = std::stop_source();
+        m_search = followSearch(
+            conversationsWith(&m_worker, m_app.sessions(), m_app.sessionQuery(), m_stopSearch.get_token()));
+    }
+    refresh();
+    Q_EMIT searchingChanged();
+}
+
+Task<void> ConversationListModel::followSearch(Task<std::set<QUuid>> search)
+{
+    try {
+        m_textHits = co_await search;
+    } catch (const Cancelled&) {
+        co_return; // a newer search is under way
+    }
+    refresh();
+}
+
+void ConversationListModel::noteStreaming()
+{
+    const QUuid previous = std::exchange(m_streaming, m_app.streamingSession());
+    if (m_streaming.isNull() && !previous.isNull() && previous != m_app.selection())
+        m_unseen.insert(previous);
+    refreshRow(previous);
+    refreshRow(m_streaming);
+}
+
+void ConversationListModel::noteSelection()
+{
+    m_unseen.erase(m_app.selection());
+    refresh();
+    Q_EMIT currentRowChanged();
+}
+
+void ConversationListModel::awaitMidnight()
+{
+    const QDateTime present = now();
+    const QDateTime midnight = present.date().addDays(1).startOfDay(present.timeZone());
+    // A clock that was set back must not make it run dry.
+    constexpr qint64 shortest = 1000;
+    m_midnight.start(static_cast<int>(std::max(shortest, present.msecsTo(midnight) + shortest)));
+}
+
+} // namespace varnel

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "base/Clock.h"
+#include "base/Worker.h"
+#include "engine/AppModel.h"
+#include "ui/ConversationRow.h"
+#include "ui/EngineObjects.h"
+
+#include <QAbstractListModel>
+#include <QTimer>
+#include <QtQml/qqmlregistration.h>
+
+#include <set>
+#include <vector>
+
+namespace varnel {
+
+/// The conversations as the sidebar lists them: pinned ones, then by day, only those that the search finds.
+/// It follows the model row by row, so that what is on the screen stays where it is.
+class ConversationListModel : public QAbstractListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+    QML_SINGLETON
+    Q_PROPERTY(int currentRow READ currentRow NOTIFY currentRowChanged)
+    Q_PROPERTY(bool searching READ searching NOTIFY searchingChanged)
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+public:
+    enum Role {
+        TitleRole = Qt::UserRole,
+        PreviewRole,
+        TimeRole,
+        GroupRole,
+        PinnedRole,
+        StreamingRole,
+        UnseenRole,
+        CurrentRole
+    };
+
+    /// Both outlive the list. Days change at midnight of this computer's zone.
+    ConversationListModel(AppModel& app, const Clock& clock, QObject* parent = nullptr);
+    static ConversationListModel* create(QQmlEngine* engine, QJSEngine*)
+    {
+        return provided<ConversationListModel>(engine);
+    }
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    /// The row of the conversation that is shown, -1 if the search leaves it out.
+    int currentRow() const;
+    /// Whether the list is filtered.
+    bool searching() const;
+    int count() const { return static_cast<int>(m_rows.size()); }
+
+    /// Operations on the conversation of a row; a row that is not there does nothing.
+    Q_INVOKABLE void open(int row);
+    Q_INVOKABLE void rename(int row, const QString& title);
+    Q_INVOKABLE void togglePinned(int row);
+    Q_INVOKABLE void remove(int row);
+    /// Renames the conversation that is shown, whether the search leaves it out or not.
+    Q_INVOKABLE void renameCurrent(const QString& title);
+    Q_INVOKABLE void removeCurrent();
+    /// Shows the conversation that many rows below the one that is shown; stays at the ends.
+    Q_INVOKABLE void step(int by);
+
+Q_SIGNALS:
+    void currentRowChanged();
+    void searchingChanged();
+    void countChanged();
+
+private:
+    ConversationRow describe(const ChatSession& session, const QDateTime& now) const;
+    QDateTime now() const;
+    bool isShown(const ChatSession& session) const;
+    /// Makes the rows what they should be, with as few changes as possible.
+    void refresh();
+    void reconcile(const std::vector<ConversationRow>& target);
+    void place(int row, const std::vector<ConversationRow>& target);
+    void refreshRow(const QUuid& id);
+    int rowOfSession(const QUuid& id) const;
+    const QUuid* sessionAt(int row) const;
+
+    void searchAnew();
+    Task<void> followSearch(Task<std::set<QUuid>> search);
+    void noteStreaming();
+    void noteSelection();
+    void awaitMidnight();
+
+    AppModel& m_app;
+    const Clock& m_clock;
+    std::vector<ConversationRow> m_rows;
+    std::set<QUuid> m_textHits;
+    std::set<QUuid> m_unseen;
+    QUuid m_streaming;
+    QTimer m_midnight;
+
+    Worker m_worker;
+    std::stop_source m_stopSearch;
+    Task<void> m_search;
+};
+
+} // namespace varnel

@@ -1,0 +1,199 @@
+#include "ui/TranscriptFeed.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLocale>
+
+#include <algorithm>
+
+namespace varnel {
+
+namespace {
+
+QString idOf(const QUuid& id)
+{
+    return id.toString(QUuid::WithoutBraces);
+}
+
+const ChatMessage* findMessage(const ChatSession& session, const QUuid& id)
+{
+    // What changes is nearly always at the end.
+    const auto found = std::find_if(session.messages.rbegin(), session.messages.rend(),
+                                    [&id](const ChatMessage& message) { return message.id == id; });
+    return found == session.messages.rend() ? nullptr : &*found;
+}
+
+bool isLoaded(const std::vector<OllamaRunning>& running, const QString& model)
+{
+    // The server adds the tag that a name without one stands for.
+    const QString tagged = model.contains(QLatin1Char(':')) ? model : model + QStringLiteral(":latest");
+    return std::any_of(running.begin(), running.end(), [&](const OllamaRunning& loaded) {
+        return loaded.name == model || loaded.name == tagged;
+    });
+}
+
+} // namespace
+
+TranscriptFeed::TranscriptFeed(AppModel& app, const Clock& clock, QObject* parent)
+    : QObject(parent)
+    , m_app(app)
+    , m_clock(clock)
+    , m_transcript(nullptr, [&clock] { return clock.steadyNow(); })
+{
+    connect(&app, &AppModel::selectionChanged, this, &TranscriptFeed::rebuild);
+    connect(&app, &AppModel::messagesChanged, this, &TranscriptFeed::takeMessages);
+    connect(&app, &AppModel::messageChanged, this, &TranscriptFeed::takeMessage);
+    connect(&app, &AppModel::isStreamingChanged, this, &TranscriptFeed::takeStreaming);
+    connect(&app, &AppModel::failureChanged, this, &TranscriptFeed::takeFailure);
+    connect(&app, &AppModel::runningModelsChanged, this, &TranscriptFeed::takeRunningModels);
+    takeStreaming();
+    takeFailure();
+    rebuild();
+}
+
+TranscriptMessage TranscriptFeed::describe(const ChatSession& session, const ChatMessage& message) const
+{
+    TranscriptMessage shown;
+    shown.id = idOf(message.id);
+    shown.role = message.role == ChatRole::User ? TranscriptRole::User : TranscriptRole::Reply;
+    shown.content = message.content;
+    shown.thinking = message.thinking;
+    shown.streaming = message.id == m_app.streamingMessage();
+    if (shown.streaming && message.content.isEmpty() && message.thinking.isEmpty()) {
+        shown.waitingSince = m_turnBegan;
+        if (m_runningIsFresh && !isLoaded(m_app.runningModels(), session.model))
+            shown.waitingLabel = tr("Loading model");
+    }
+    if (const auto thinking = m_thinking.find(message.id); thinking != m_thinking.end()) {
+        shown.thinkingSince = thinking->second.since;
+        shown.thinkingTook = thinking->second.took;
+    }
+    if (!shown.streaming && shown.role == TranscriptRole::Reply)
+        shown.footer = footerOf(message);
+    if (const auto& failure = m_app.failure(); failure && failure->prompt == message.id)
+        shown.error = failure->text;
+    if (!shown.error.isEmpty())
+        shown.actions |= TranscriptAction::Edit;
+    return shown;
+}
+
+QString TranscriptFeed::footerOf(const ChatMessage& message) const
+{
+    const QLocale locale;
+    QStringList parts;
+    if (!message.backend.isEmpty())
+        parts.append(message.backend);
+    if (message.duration)
+        parts.append(tr("%1 s").arg(locale.toString(*message.duration, 'f', 1)));
+    if (const auto rate = m_app.factsOf(message.id).tokensPerSecond)
+        parts.append(tr("%1 tokens/s").arg(locale.toString(*rate, 'f', *rate < 10 ? 1 : 0)));
+    return parts.join(QStringLiteral(" · "));
+}
+
+void TranscriptFeed::rebuild()
+{
+    std::vector<TranscriptMessage> messages;
+    if (const ChatSession* const session = m_app.selectedSession()) {
+        messages.reserve(session->messages.size());
+        for (const ChatMessage& message : session->messages)
+            messages.push_back(describe(*session, message));
+    }
+    m_transcript.setMessages(std::move(messages));
+}
+
+void TranscriptFeed::takeMessages(const QUuid& session)
+{
+    const ChatSession* const selected = m_app.selectedSession();
+    if (!selected || session != selected->id)
+        return;
+    const std::vector<ChatMessage>& messages = selected->messages;
+    const int known = std::min(m_transcript.count(), static_cast<int>(messages.size()));
+    int same = 0;
+    while (same < known && m_transcript.message(same).id == idOf(messages[static_cast<std::size_t>(same)].id))
+        ++same;
+    m_transcript.removeFrom(same);
+    for (auto message = messages.begin() + same; message != messages.end(); ++message)
+        m_transcript.appendMessage(describe(*selected, *message));
+}
+
+void TranscriptFeed::takeMessage(const QUuid& session, const QUuid& message)
+{
+    const ChatSession* const changed = m_app.session(session);
+    const ChatMessage* const found = changed ? findMessage(*changed, message) : nullptr;
+    if (!found)
+        return;
+    noteThinking(*found, message == m_app.streamingMessage());
+    show(message);
+}
+
+void TranscriptFeed::noteThinking(const ChatMessage& message, bool streaming)
+{
+    auto thinking = m_thinking.find(message.id);
+    if (thinking == m_thinking.end()) {
+        // Of a reply that is whole nobody knows any more how long the thinking took.
+        if (message.thinking.isEmpty() || !streaming)
+            return;
+        thinking = m_thinking.emplace(message.id, Thinking{m_clock.steadyNow(), std::nullopt}).first;
+    }
+    if (!thinking->second.took && (!message.content.isEmpty() || !streaming))
+        thinking->second.took = std::chrono::duration_cast<std::chrono::milliseconds>(m_clock.steadyNow() -
+                                                                                      thinking->second.since);
+}
+
+void TranscriptFeed::takeStreaming()
+{
+    const QUuid previous = std::exchange(m_streaming, m_app.streamingMessage());
+    if (!m_streaming.isNull()) {
+        m_turnBegan = m_clock.steadyNow();
+        m_runningIsFresh = false;
+    }
+    if (const auto thinking = m_thinking.find(previous); thinking != m_thinking.end()) {
+        if (!thinking->second.took)
+            thinking->second.took = std::chrono::duration_cast<std::chrono::milliseconds>(
+                m_clock.steadyNow() - thinking->second.since);
+    }
+    show(previous);
+}
+
+void TranscriptFeed::takeFailure()
+{
+    const QUuid previous = std::exchange(m_failedPrompt, m_app.failure() ? m_app.failure()->prompt : QUuid());
+    show(previous);
+    show(m_failedPrompt);
+}
+
+void TranscriptFeed::takeRunningModels()
+{
+    m_runningIsFresh = m_app.isStreaming();
+    show(m_streaming);
+}
+
+void TranscriptFeed::show(const QUuid& message)
+{
+    const ChatSession* const selected = m_app.selectedSession();
+    const ChatMessage* const found =
+        selected && !message.isNull() ? findMessage(*selected, message) : nullptr;
+    if (found)
+        m_transcript.updateMessage(describe(*selected, *found));
+}
+
+void TranscriptFeed::copyMessage(const QString& id)
+{
+    const int index = m_transcript.indexOf(id);
+    if (index >= 0)
+        QGuiApplication::clipboard()->setText(m_transcript.message(index).content);
+}
+
+bool TranscriptFeed::copyLastReply()
+{
+    for (int index = m_transcript.count() - 1; index >= 0; --index) {
+        const TranscriptMessage& message = m_transcript.message(index);
+        if (message.role == TranscriptRole::Reply && !message.content.isEmpty()) {
+            QGuiApplication::clipboard()->setText(message.content);
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace varnel

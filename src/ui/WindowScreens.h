@@ -1,0 +1,56 @@
+#pragma once
+
+#include "base/Clock.h"
+#include "engine/AppModel.h"
+#include "ui/Appearance.h"
+#include "ui/ComposerState.h"
+#include "ui/ConversationListModel.h"
+#include "ui/EngineTypes.h"
+#include "ui/ModelListModel.h"
+#include "ui/TranscriptFeed.h"
+#include "ui/WindowLayout.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <QTimer>
+
+namespace varnel {
+
+/// The main window over a model: everything that the screens look at, and the screens.
+class WindowScreens
+{
+public:
+    /// @param stateFile where the window's state is kept; the file need not exist.
+    /// The model and the clock outlive the screens.
+    WindowScreens(AppModel& app, const Clock& clock, QString stateFile);
+    WindowScreens(const WindowScreens&) = delete;
+    WindowScreens& operator=(const WindowScreens&) = delete;
+    WindowScreens(WindowScreens&&) = delete;
+    WindowScreens& operator=(WindowScreens&&) = delete;
+    /// Writes the window's state.
+    ~WindowScreens();
+
+    /// Loads the window, not shown yet; null if its parts are not installed, which Qt reports.
+    QQuickWindow* load();
+    void show(QQuickWindow& window) { m_layout.show(window); }
+    QQmlEngine& engine() { return m_engine; }
+
+private:
+    void save() const;
+
+    QString m_stateFile;
+    WindowState m_state;
+    DesktopHints m_hints;
+    Appearance m_appearance;
+    WindowLayout m_layout;
+    ConversationListModel m_conversations;
+    ModelListModel m_models;
+    ComposerState m_composer;
+    TranscriptFeed m_feed;
+    LinkForScreens m_link;
+    QTimer m_saveSoon;
+    // Last: the screens are gone before what they look at.
+    QQmlApplicationEngine m_engine;
+};
+
+} // namespace varnel

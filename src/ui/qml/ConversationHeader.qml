@@ -1,0 +1,85 @@
+import QtQuick
+import Varnel
+
+// The title of the conversation, how its server is doing, and the window's menu.
+Item {
+    id: header
+
+    signal shortcutsAsked
+    signal renameEnded
+
+    function rename() {
+        editor.start(AppModel.selectedTitle)
+    }
+
+    implicitHeight: Theme.header
+
+    PlainButton {
+        id: toggle
+
+        anchors.left: parent.left
+        anchors.leftMargin: Theme.gap
+        anchors.verticalCenter: parent.verticalCenter
+        hint: WindowLayout.sidebarShown ? qsTr("Hide the conversations") : qsTr("Show the conversations")
+        iconName: "sidebar"
+        onClicked: WindowLayout.sidebarShown = !WindowLayout.sidebarShown
+    }
+    Item {
+        id: titleArea
+
+        anchors.bottom: parent.bottom
+        anchors.left: toggle.right
+        anchors.leftMargin: Theme.unit
+        anchors.right: link.left
+        anchors.rightMargin: Theme.gutter
+        anchors.top: parent.top
+
+        TitleButton {
+            anchors.verticalCenter: parent.verticalCenter
+            title: AppModel.selectedTitle
+            visible: !editor.visible
+            width: Math.min(implicitWidth, parent.width)
+            onClicked: header.rename()
+        }
+        RenameField {
+            id: editor
+
+            anchors.left: parent.left
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(Theme.px(420), parent.width)
+            onEnded: header.renameEnded()
+            onRenamed: title => ConversationListModel.renameCurrent(title)
+        }
+    }
+    LinkBadge {
+        id: link
+
+        anchors.right: more.left
+        anchors.rightMargin: Theme.unit
+        anchors.verticalCenter: parent.verticalCenter
+    }
+    PlainButton {
+        id: more
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.gap
+        anchors.verticalCenter: parent.verticalCenter
+        hint: qsTr("Menu")
+        iconName: "more"
+        onClicked: menu.popup(more, more.width - menu.width, more.height + Theme.unit)
+
+        WindowMenu {
+            id: menu
+
+            onRenameAsked: header.rename()
+            onShortcutsAsked: header.shortcutsAsked()
+        }
+    }
+    Rectangle {
+        anchors.bottom: parent.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        color: Theme.hairline
+        height: 1
+    }
+}

@@ -1,0 +1,69 @@
+import QtQuick
+import Varnel
+
+// Before the first word: a greeting, what will answer, and what one can come with.
+Item {
+    id: empty
+
+    readonly property bool narrow: wide < Theme.px(500)
+    readonly property int hintWidth: narrow ? Math.min(wide, Theme.px(300)) : (wide - Theme.turn) / 2
+    readonly property int wide: Math.min(width - 2 * Theme.gutter, Theme.px(560))
+
+    Column {
+        anchors.centerIn: parent
+        spacing: Theme.px(28)
+
+        Column {
+            spacing: Theme.gap
+            width: empty.wide
+
+            PlainText {
+                Accessible.role: Accessible.Heading
+                font: Theme.displayFont
+                horizontalAlignment: Text.AlignHCenter
+                line: Theme.displayLine
+                text: qsTr("What shall we work on?")
+                width: parent.width
+            }
+            PlainText {
+                color: Theme.secondary
+                horizontalAlignment: Text.AlignHCenter
+                text: qsTr("%1 answers, on %2").arg(AppModel.selectedModel).arg(AppModel.hostLabel)
+                width: parent.width
+            }
+        }
+        Grid {
+            anchors.horizontalCenter: parent.horizontalCenter
+            columnSpacing: Theme.turn
+            columns: empty.narrow ? 1 : 2
+            rowSpacing: Theme.px(20)
+            // The greeting stays where the window is too low for all.
+            visible: empty.height > (empty.narrow ? Theme.px(380) : Theme.px(260))
+
+            WorkHint {
+                detail: qsTr("Think aloud, draft, ask, translate")
+                drawing: "chat"
+                title: qsTr("Chat")
+                width: empty.hintWidth
+            }
+            WorkHint {
+                detail: qsTr("Write, explain and mend programs")
+                drawing: "coding"
+                title: qsTr("Coding")
+                width: empty.hintWidth
+            }
+            WorkHint {
+                detail: qsTr("Take a hard question step by step")
+                drawing: "reasoning"
+                title: qsTr("Reasoning")
+                width: empty.hintWidth
+            }
+            WorkHint {
+                detail: qsTr("Look at pictures and documents")
+                drawing: "vision"
+                title: qsTr("Vision")
+                width: empty.hintWidth
+            }
+        }
+    }
+}

@@ -1,0 +1,66 @@
+import QtQuick
+import QtQuick.Templates as T
+import Varnel
+
+T.ApplicationWindow {
+    id: window
+
+    LayoutMirroring.childrenInherit: true
+    LayoutMirroring.enabled: Appearance.rightToLeft
+    color: Theme.background
+    font: Theme.uiFont
+    height: 760
+    minimumHeight: 560
+    minimumWidth: 920
+    title: AppModel.selectedTitle
+    width: 1120
+
+    Item {
+        id: stage
+
+        anchors.fill: parent
+        // What nothing else took: popups and the search come first.
+        Keys.onEscapePressed: AppModel.stop()
+
+        Sidebar {
+            id: sidebar
+
+            anchors.bottom: parent.bottom
+            anchors.left: parent.left
+            anchors.top: parent.top
+            visible: WindowLayout.sidebarShown
+            width: visible ? Theme.px(WindowLayout.sidebarWidth) : 0
+            onFinished: pane.focusComposer()
+        }
+        ConversationPane {
+            id: pane
+
+            anchors.bottom: parent.bottom
+            anchors.left: sidebar.right
+            anchors.right: parent.right
+            anchors.top: parent.top
+            onShortcutsAsked: shortcutSheet.open()
+        }
+        SidebarHandle {
+            anchors.bottom: parent.bottom
+            anchors.horizontalCenter: sidebar.right
+            anchors.top: parent.top
+            visible: sidebar.visible
+        }
+    }
+    UndoBar {
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.gutter
+        anchors.left: parent.left
+        anchors.leftMargin: Theme.gutter
+    }
+    ShortcutSheet {
+        id: shortcutSheet
+    }
+    Shortcuts {
+        pane: pane
+        sidebar: sidebar
+        onSheetAsked: shortcutSheet.open()
+    }
+    Component.onCompleted: pane.focusComposer()
+}

@@ -1,0 +1,26 @@
+import QtQuick
+import QtQuick.Templates as T
+import Varnel
+
+T.Menu {
+    id: menu
+
+    cascade: false
+    font: Theme.uiFont
+    implicitHeight: contentItem.implicitHeight + topPadding + bottomPadding
+    implicitWidth: Theme.px(232)
+    margins: Theme.gap
+    padding: Theme.unit
+
+    background: PopupSurface {
+    }
+    contentItem: ListView {
+        implicitHeight: contentHeight
+        interactive: false
+        keyNavigationEnabled: true
+        currentIndex: menu.currentIndex
+        model: menu.contentModel
+    }
+    delegate: PlainMenuItem {
+    }
+}

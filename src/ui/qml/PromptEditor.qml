@@ -1,0 +1,75 @@
+import QtQuick
+import QtQuick.Templates as T
+import Varnel
+
+// The text of the prompt, kept as the draft of the selected conversation.
+T.TextArea {
+    id: editor
+
+    // Whether the text is being put in place by the window rather than by a hand.
+    property bool settling: false
+
+    function settle() {
+        settling = true
+        text = AppModel.draft
+        cursorPosition = ComposerState.cursor()
+        settling = false
+    }
+
+    Accessible.name: qsTr("Message")
+    Accessible.role: Accessible.EditableText
+    bottomPadding: Theme.unit
+    color: Theme.text
+    font: Theme.bodyFont
+    implicitHeight: Math.max(Theme.bodyLine, contentHeight) + topPadding + bottomPadding
+    leftPadding: Theme.gutter
+    placeholderText: qsTr("Write a message")
+    rightPadding: Theme.gutter
+    selectByMouse: true
+    selectedTextColor: Theme.text
+    selectionColor: Theme.selection
+    textFormat: TextEdit.PlainText
+    topPadding: Theme.unit
+    wrapMode: TextEdit.Wrap
+    Component.onCompleted: settle()
+    Keys.onPressed: event => {
+        const enter = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
+        // While an input method composes, Enter takes its suggestion.
+        if (enter && !inputMethodComposing && !(event.modifiers & Qt.ShiftModifier))
+            AppModel.send()
+        else if (event.key === Qt.Key_Up && event.modifiers === Qt.NoModifier && length === 0)
+            ComposerState.editLastPrompt()
+        else
+            return
+        event.accepted = true
+    }
+    // A tab is for going on, not for the text.
+    Keys.onBacktabPressed: nextItemInFocusChain(false).forceActiveFocus(Qt.BacktabFocusReason)
+    Keys.onTabPressed: nextItemInFocusChain(true).forceActiveFocus(Qt.TabFocusReason)
+    onCursorPositionChanged: if (!settling)
+        ComposerState.rememberCursor(cursorPosition)
+    onTextChanged: if (!settling)
+        AppModel.draft = text
+
+    Connections {
+        function onDraftChanged() {
+            if (editor.text !== AppModel.draft)
+                editor.settle()
+        }
+        function onSelectionChanged() {
+            editor.settle()
+        }
+
+        target: AppModel
+    }
+    PlainText {
+        Accessible.ignored: true
+        color: Theme.secondary
+        font: editor.font
+        line: Theme.bodyLine
+        text: editor.placeholderText
+        visible: editor.length === 0 && editor.preeditText.length === 0
+        x: editor.leftPadding
+        y: editor.topPadding
+    }
+}

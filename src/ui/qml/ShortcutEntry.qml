@@ -1,0 +1,6 @@
+import QtQml
+
+QtObject {
+    required property string keys
+    required property string label
+}

@@ -1,0 +1,75 @@
+import QtQuick
+import Varnel
+
+// What the keyboard does wherever it is. ShortcutSheet tells about it.
+Item {
+    id: shortcuts
+
+    required property ConversationPane pane
+    required property Sidebar sidebar
+
+    signal sheetAsked
+
+    Shortcut {
+        sequence: "Ctrl+N"
+        onActivated: {
+            AppModel.newConversation()
+            shortcuts.pane.focusComposer()
+        }
+    }
+    Shortcut {
+        sequence: "Ctrl+K"
+        onActivated: {
+            WindowLayout.sidebarShown = true
+            shortcuts.sidebar.focusSearch()
+        }
+    }
+    Shortcut {
+        sequence: "Ctrl+B"
+        onActivated: {
+            WindowLayout.sidebarShown = !WindowLayout.sidebarShown
+            if (!WindowLayout.sidebarShown)
+                shortcuts.pane.focusComposer()
+        }
+    }
+    Shortcut {
+        sequence: "Ctrl+PgUp"
+        onActivated: ConversationListModel.step(-1)
+    }
+    Shortcut {
+        sequence: "Ctrl+PgDown"
+        onActivated: ConversationListModel.step(1)
+    }
+    Shortcut {
+        sequence: "Ctrl+Shift+C"
+        onActivated: shortcuts.pane.copyLastReply()
+    }
+    Shortcut {
+        sequence: "Ctrl+Shift+M"
+        onActivated: shortcuts.pane.openModelPicker()
+    }
+    Shortcut {
+        sequence: "F2"
+        onActivated: shortcuts.pane.renameConversation()
+    }
+    Shortcut {
+        sequences: ["Ctrl++", "Ctrl+="]
+        onActivated: Appearance.zoomIn()
+    }
+    Shortcut {
+        sequence: "Ctrl+-"
+        onActivated: Appearance.zoomOut()
+    }
+    Shortcut {
+        sequence: "Ctrl+0"
+        onActivated: Appearance.resetZoom()
+    }
+    Shortcut {
+        sequence: "Ctrl+/"
+        onActivated: shortcuts.sheetAsked()
+    }
+    Shortcut {
+        sequence: "Ctrl+Q"
+        onActivated: Qt.quit()
+    }
+}

@@ -1,0 +1,69 @@
+import QtQuick
+import Varnel
+
+// What was said, and the way back to its end.
+FocusScope {
+    id: area
+
+    function jumpToLatest() {
+        view.jumpToLatest()
+    }
+
+    TranscriptView {
+        id: view
+
+        anchors.fill: parent
+        focus: true
+        model: TranscriptFeed.model
+        style: TranscriptStyle {
+            readonly property bool dark: Theme.dark
+
+            bodyFamily: Appearance.uiFamily
+            codeFamily: Appearance.codeFamily
+            zoom: Appearance.zoom
+            Component.onCompleted: useTheme(dark)
+            onDarkChanged: useTheme(dark)
+        }
+        onActionRequested: (id, action) => {
+            if (action === "edit")
+                AppModel.editFailed()
+        }
+        onLinkActivated: url => Qt.openUrlExternally(url)
+        onTryAgainRequested: AppModel.tryAgain()
+    }
+    // What a link really leads to, before it is followed.
+    PlainToolTip {
+        delay: 0
+        parent: area
+        text: view.hoveredLink
+        visible: view.hoveredLink.length > 0
+        width: Math.min(implicitWidth, area.width - 2 * Theme.gap)
+        x: Theme.gap
+        y: area.height - height - Theme.gap
+    }
+    PlainToolTip {
+        parent: area
+        text: view.hoveredName
+        visible: view.hoveredName.length > 0
+        x: view.hoveredRect.x + (view.hoveredRect.width - width) / 2
+        y: view.hoveredRect.y - height - Theme.unit
+    }
+    PlainButton {
+        anchors.bottom: parent.bottom
+        anchors.bottomMargin: Theme.gap
+        anchors.horizontalCenter: parent.horizontalCenter
+        iconName: "down"
+        raised: true
+        text: view.unseenBelow > 0 ? qsTr("Jump to latest (%1 new)").arg(view.unseenBelow) : qsTr("Jump to latest")
+        visible: !view.following
+        onClicked: view.jumpToLatest()
+    }
+    Connections {
+        function onIsStreamingChanged() {
+            if (AppModel.isStreaming)
+                view.jumpToLatest()
+        }
+
+        target: AppModel
+    }
+}

@@ -1,0 +1,67 @@
+import QtQuick
+import Varnel
+
+// What belongs to the window rather than to a conversation, and the conversation's own entries.
+PlainMenu {
+    id: menu
+
+    signal renameAsked
+    signal shortcutsAsked
+
+    PlainMenuItem {
+        keys: "F2"
+        text: qsTr("Rename conversation")
+        onTriggered: menu.renameAsked()
+    }
+    PlainMenuItem {
+        text: qsTr("Delete conversation")
+        onTriggered: ConversationListModel.removeCurrent()
+    }
+    PlainMenuSeparator {
+    }
+    PlainMenuItem {
+        checked: Appearance.scheme === Appearance.System
+        text: qsTr("Colours of the system")
+        onTriggered: Appearance.scheme = Appearance.System
+    }
+    PlainMenuItem {
+        checked: Appearance.scheme === Appearance.Light
+        text: qsTr("Light")
+        onTriggered: Appearance.scheme = Appearance.Light
+    }
+    PlainMenuItem {
+        checked: Appearance.scheme === Appearance.Dark
+        text: qsTr("Dark")
+        onTriggered: Appearance.scheme = Appearance.Dark
+    }
+    PlainMenuSeparator {
+    }
+    PlainMenuItem {
+        keys: "Ctrl++"
+        text: qsTr("Larger")
+        onTriggered: Appearance.zoomIn()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+−"
+        text: qsTr("Smaller")
+        onTriggered: Appearance.zoomOut()
+    }
+    PlainMenuItem {
+        enabled: Appearance.zoom !== 1
+        keys: "Ctrl+0"
+        text: qsTr("Normal size (%1 %)").arg(Math.round(Appearance.zoom * 100))
+        onTriggered: Appearance.resetZoom()
+    }
+    PlainMenuSeparator {
+    }
+    PlainMenuItem {
+        keys: "Ctrl+/"
+        text: qsTr("Keyboard shortcuts")
+        onTriggered: menu.shortcutsAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+Q"
+        text: qsTr("Quit")
+        onTriggered: Qt.quit()
+    }
+}

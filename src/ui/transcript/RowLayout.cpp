@@ -1,0 +1,171 @@
+#include "ui/transcript/RowLayout.h"
+#include "markdown/LinkTarget.h"
+
+#include <QTextCharFormat>
+
+#include <cmath>
+
+namespace varnel {
+namespace {
+
+QTextCharFormat formatOf(const MarkdownText& text, const MarkdownRange& range, const QFont& base,
+                         const TranscriptStyle& style)
+{
+    QTextCharFormat format;
+    if (range.styles & MarkdownStyle::Strong)
+        format.setFontWeight(QFont::DemiBold);
+    if (range.styles & MarkdownStyle::Emphasis)
+        format.setFontItalic(true);
+    if (range.styles & MarkdownStyle::Strikethrough)
+        format.setFontStrikeOut(true);
+    if (range.styles &
+        (MarkdownStyles(MarkdownStyle::Code) | MarkdownStyle::Maths | MarkdownStyle::DisplayMaths)) {
+        QFont font = style.codeFont();
+        font.setPixelSize(std::max(1, qRound(base.pixelSize() * 13.0 / 15.0)));
+        if (!(range.styles & MarkdownStyle::Code))
+            font.setItalic(true);
+        format.setFont(font, QTextCharFormat::FontPropertiesSpecifiedOnly);
+        format.setFontFamilies({font.family()});
+    }
+    if (range.link >= 0) {
+        const bool opens = isOpenableLink(text.links[range.link].destination);
+        format.setFontUnderline(true);
+        if (opens)
+            format.setForeground(style.accent);
+        else
+            format.setUnderlineStyle(QTextCharFormat::DotLine);
+    }
+    return format;
+}
+
+qreal textHeight(const TranscriptRow& row, const RowContext& context, qreal pitch, qreal size)
+{
+    const qreal width = std::max(80.0, context.column.width / context.style.zoom - row.frame.indent);
+    qreal units = 0;
+    qsizetype breaks = 0;
+    for (const QChar c : row.text.text) {
+        units += c.unicode() >= 0x1100 ? 1.0 : 0.5;
+        breaks += c == QChar::LineSeparator;
+    }
+    return pitch * (std::max(1.0, std::ceil(units * size / width)) + static_cast<qreal>(breaks));
+}
+
+qreal codeHeight(const TranscriptRow& row, const RowContext& context)
+{
+    if (!context.group || !context.group->wraps)
+        return row.count * TranscriptStyle::codePitch;
+    const qreal columns =
+        std::max(10.0, (context.column.wide / context.style.zoom - row.frame.indent - 32) / 8);
+    qreal lines = 0;
+    for (int i = row.first; i < row.first + row.count; ++i) {
+        const auto length = static_cast<qreal>(row.code->lines[static_cast<std::size_t>(i)].length);
+        lines += std::max(1.0, std::ceil(length / columns));
+    }
+    return lines * TranscriptStyle::codePitch;
+}
+
+} // namespace
+
+std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& context)
+{
+    switch (row.kind) {
+    case RowKind::Text:
+    case RowKind::Maths:
+    case RowKind::Bubble:
+    case RowKind::ThinkingText:
+        return layOutText(row, context);
+    case RowKind::CodeHeader:
+    case RowKind::CodeLines:
+    case RowKind::CodeFooter:
+        return layOutCode(row, context);
+    case RowKind::Table:
+        return layOutTable(row, context);
+    case RowKind::Rule:
+    case RowKind::Thinking:
+    case RowKind::Waiting:
+    case RowKind::Error:
+    case RowKind::Actions:
+        break;
+    }
+    return layOutMessageRow(row, context);
+}
+
+qreal estimatedHeight(const TranscriptRow& row, const RowContext& context)
+{
+    qreal height = row.spaceAbove;
+    switch (row.kind) {
+    case RowKind::Text:
+    case RowKind::Maths: {
+        const int level = row.headingLevel;
+        height += level > 0 ? textHeight(row, context, TranscriptStyle::headingPitch(level),
+                                         TranscriptStyle::headingSize(level))
+                            : textHeight(row, context, TranscriptStyle::bodyPitch, 15);
+        break;
+    }
+    case RowKind::Bubble:
+        height += textHeight(row, context, TranscriptStyle::bodyPitch, 18) + 20;
+        break;
+    case RowKind::ThinkingText:
+        height += textHeight(row, context, 20, 13);
+        break;
+    case RowKind::CodeLines:
+        height += codeHeight(row, context);
+        break;
+    case RowKind::Table:
+        height += row.count * 37;
+        break;
+    default:
+        height += 32;
+        break;
+    }
+    return context.style.px(height);
+}
+
+StyledText::Formats formatsOf(const MarkdownText& text, const QFont& base, const TranscriptStyle& style)
+{
+    StyledText::Formats formats;
+    formats.reserve(text.ranges.size());
+    for (const MarkdownRange& range : text.ranges) {
+        formats.append({static_cast<int>(range.start), static_cast<int>(range.length),
+                        formatOf(text, range, base, style)});
+    }
+    return formats;
+}
+
+QString shownText(const MarkdownText& text)
+{
+    QString shown = harmless(text.text, false);
+    shown.replace(QLatin1Char('\n'), QLatin1Char(' '));
+    return shown;
+}
+
+std::vector<RowTarget> linkTargets(const MarkdownText& text, const RowLayout& layout, int start)
+{
+    std::vector<RowTarget> targets;
+    for (qsizetype i = 0; i < text.ranges.size();) {
+        const MarkdownRange& range = text.ranges[i];
+        // A link whose words are set differently is still one.
+        qsizetype next = i + 1;
+        while (range.link >= 0 && next < text.ranges.size() && text.ranges[next].link == range.link)
+            ++next;
+        if (range.link >= 0) {
+            const MarkdownRange& last = text.ranges[next - 1];
+            const MarkdownLink& link = text.links[range.link];
+            RowTarget target;
+            target.rects = layout.rectsOf(start + static_cast<int>(range.start),
+                                          static_cast<int>(last.start + last.length - range.start));
+            target.name = linkLabel(link);
+            target.value = link.destination;
+            targets.push_back(std::move(target));
+        }
+        i = next;
+    }
+    return targets;
+}
+
+QString linkLabel(const MarkdownLink& link)
+{
+    return withVisibleControls(link.destination);
+}
+
+} // namespace varnel

@@ -1,0 +1,105 @@
+#include "ui/transcript/TranscriptPainter.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace varnel {
+namespace {
+
+/// The header of the code block that runs into the view from above.
+std::optional<PlacedRow> stickyHeader(TranscriptDocument& document, const ScrollPosition& position,
+                                      RowRef first)
+{
+    const TranscriptRow& row = document.row(first);
+    if (row.kind != RowKind::CodeLines && row.kind != RowKind::CodeFooter && row.kind != RowKind::CodeHeader)
+        return std::nullopt;
+    const RowRef header{first.message, row.groupStart};
+    RowRef last = first;
+    const qreal ratio = document.column().ratio;
+    // Only as far as the header could reach: a block may have many thousand rows.
+    const qint64 reach = position.top() + document.heightOf(header);
+    for (std::optional<RowRef> ref = document.next(last);
+         ref && ref->message == first.message && document.row(*ref).group == row.group &&
+         document.topOf(*ref) <= reach;
+         ref = document.next(*ref))
+        last = *ref;
+    const qint64 bottom = document.topOf(last) + document.heightOf(last);
+    const qreal space = document.style().px(document.row(header).spaceAbove);
+    const auto spaceAbove = static_cast<qint64>(space * ratio);
+    if (document.topOf(header) + spaceAbove >= position.top())
+        return std::nullopt;
+    const qint64 highest = bottom - document.heightOf(header);
+    return PlacedRow{
+        header, static_cast<qreal>(std::min<qint64>(-spaceAbove, highest - position.top())) / ratio, true};
+}
+
+void paintFocusRing(QPainter& painter, const TranscriptStyle& style, const RowTarget& target)
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(style.accent, 2));
+    painter.setBrush(Qt::NoBrush);
+    // The ring's outer edge is two pixels of line past an offset of two.
+    for (const QRectF& rect : target.rects)
+        painter.drawRoundedRect(rect.adjusted(-3, -3, 3, 3), 5, 5);
+    painter.restore();
+}
+
+} // namespace
+
+std::vector<PlacedRow> visibleRows(TranscriptDocument& document, const ScrollPosition& position)
+{
+    std::vector<PlacedRow> rows;
+    const std::optional<RowRef> first = document.rowAt(position.top());
+    if (!first)
+        return rows;
+    const qreal ratio = document.column().ratio;
+    qint64 y = document.topOf(*first) - position.top();
+    for (std::optional<RowRef> ref = first; ref && y < position.height(); ref = document.next(*ref)) {
+        rows.push_back({*ref, static_cast<qreal>(y) / ratio, false});
+        y += document.heightOf(*ref);
+    }
+    if (const auto sticky = stickyHeader(document, position, *first))
+        rows.push_back(*sticky);
+    return rows;
+}
+
+void paintTranscript(QPainter& painter, TranscriptDocument& document, const std::vector<PlacedRow>& rows,
+                     const TranscriptSelection& selection, const TranscriptAttention& attention,
+                     const QRectF& clip)
+{
+    const TranscriptModel& model = document.model();
+    for (const PlacedRow& placed : rows) {
+        const RowRef ref = placed.ref;
+        const RowLayout& layout = document.layout(ref);
+        const QRectF area = clip.translated(0, -placed.y);
+        if (area.bottom() < -8 || area.top() > layout.height() + 8)
+            continue;
+        RowPaint state{document.style(), model.message(ref.message), model.now(), area};
+        if (!selection.isEmpty()) {
+            const auto stretch =
+                selection.within(ref, static_cast<int>(document.row(ref).plainText().size()));
+            state.selectionStart = stretch.start;
+            state.selectionEnd = stretch.end;
+        }
+        if (attention.hovered && attention.hovered->row == ref)
+            state.hovered = attention.hovered->index;
+        state.isActive = attention.activeMessage == ref.message ||
+                         (attention.focused && attention.focused->row.message == ref.message);
+        state.isOpen = document.isThinkingOpen(ref.message);
+        state.wasCopied = attention.copied == ref;
+        painter.save();
+        painter.translate(0, placed.y);
+        layout.paint(painter, state);
+        if (attention.focused && attention.focused->row == ref) {
+            const auto targets = layout.targets();
+            if (static_cast<std::size_t>(attention.focused->index) < targets.size())
+                paintFocusRing(painter, document.style(),
+                               targets[static_cast<std::size_t>(attention.focused->index)]);
+        }
+        painter.restore();
+    }
+}
+
+} // namespace varnel

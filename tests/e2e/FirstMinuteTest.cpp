@@ -1,0 +1,126 @@
+#include "practice_host/PracticeHost.h"
+#include "support/Await.h"
+#include "support/ProgramRun.h"
+#include "support/XDisplay.h"
+
+#include <QTest>
+
+using namespace varnel::practice;
+using namespace varnel::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+// Where things are at the size of the display, which the window fills.
+constexpr QRect readingColumn(330, 60, 640, 540);
+constexpr QRect scrollBar(1096, 60, 24, 560);
+constexpr QPoint middleOfTranscript(690, 300);
+constexpr QPoint sendButton(1026, 720);
+
+QByteArray preferencesFor(const QUrl& url)
+{
+    return "[General]\nvarnel.connection=\"@ByteArray({\\\"directURL\\\": \\\"" + url.toString().toUtf8() +
+           "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
+           "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
+           "varnel.defaultModel=practice-chat:70b\n";
+}
+
+} // namespace
+
+/// A person's first minute with the built program, by keyboard and mouse.
+class FirstMinuteTest : public QObject
+{
+    Q_OBJECT
+
+    PracticeHost m_host{{.piece = 8ms}};
+    std::unique_ptr<XDisplay> m_display;
+    ProgramRun m_program;
+
+    /// Sends what stands in the composer by Enter and waits until the reply runs.
+    bool sendByEnter()
+    {
+        m_display->key(QStringLiteral("Return"));
+        return waitUntil([this] { return m_host.activeStreams() == 1; });
+    }
+    /// Waits until two pictures in a row are the same.
+    QImage pictureAtRest(const QRect& area)
+    {
+        QImage before;
+        QImage now = m_display->picture(area);
+        waitUntil([&] {
+            before = std::exchange(now, m_display->picture(area));
+            return before == now;
+        });
+        return now;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        const QStringList missing = XDisplay::missingPrograms();
+        if (!missing.isEmpty())
+            QSKIP(
+                qPrintable(QStringLiteral("not installed: %1; scripts/setup does").arg(missing.join(u", "))));
+        m_host.listen();
+        m_display = std::make_unique<XDisplay>();
+        m_program.setPreferences(preferencesFor(m_host.url()));
+        m_program.setVariable("DISPLAY", m_display->name());
+        m_program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
+        m_program.setVariable("LANG", QStringLiteral("C.UTF-8"));
+        m_program.start({});
+        QVERIFY(waitUntil([this] { return m_display->focusWindow(m_program.process().processId()); }));
+    }
+
+    void aModelIsChosenAndAPromptIsStreamed()
+    {
+        const QImage empty = pictureAtRest(readingColumn);
+        m_display->key(QStringLiteral("ctrl+shift+m"));
+        QVERIFY(waitUntil([&] { return m_display->picture(readingColumn) != empty; }));
+        m_display->type(QStringLiteral("practice-long"));
+        m_display->key(QStringLiteral("Return"));
+        QVERIFY(waitUntil([&] { return m_display->picture(readingColumn) != empty; })); // names another model
+        m_display->type(QStringLiteral("Tell me a long story"));
+        QVERIFY(sendByEnter());
+    }
+
+    void whatIsReadStaysWhileMoreArrives()
+    {
+        const QImage early = m_display->picture(readingColumn);
+        QVERIFY(
+            waitUntil([&] { return m_display->picture(readingColumn) != early; })); // it follows the reply
+        // Until there is something to scroll.
+        const QImage bar = m_display->picture(scrollBar);
+        QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != bar; }));
+        m_display->click(middleOfTranscript, 4, 3);
+        const QImage read = pictureAtRest(readingColumn);
+        const QImage length = m_display->picture(scrollBar);
+        QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != length; })); // more has arrived
+        QCOMPARE(m_host.activeStreams(), 1);
+        QCOMPARE(m_display->picture(readingColumn), read);
+    }
+
+    void aReplyIsStoppedByMouseAndByKey()
+    {
+        m_display->click(sendButton);
+        QVERIFY(waitUntil([this] { return m_host.activeStreams() == 0; }));
+        m_display->type(QStringLiteral("And another one"));
+        QVERIFY(sendByEnter());
+        m_display->key(QStringLiteral("Escape"));
+        QVERIFY(waitUntil([this] { return m_host.activeStreams() == 0; }));
+    }
+
+    void quittingLeavesNothingBehind()
+    {
+        m_display->type(QStringLiteral("One more to quit upon"));
+        QVERIFY(sendByEnter());
+        m_display->key(QStringLiteral("ctrl+q"));
+        QVERIFY(m_program.wait());
+        QCOMPARE(m_program.process().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_program.process().exitCode(), 0);
+        QVERIFY(waitUntil([this] { return m_host.activeStreams() == 0; }));
+        QCOMPARE(m_program.errors(), QByteArray()); // not a word from the screens either
+    }
+};
+
+QTEST_GUILESS_MAIN(FirstMinuteTest)
+#include "FirstMinuteTest.moc"

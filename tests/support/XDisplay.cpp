@@ -1,0 +1,99 @@
+#include "support/XDisplay.h"
+
+#include "support/Await.h"
+
+#include <QStandardPaths>
+
+#include <stdexcept>
+
+namespace varnel::test {
+
+XDisplay::XDisplay()
+{
+    m_server.setProcessChannelMode(QProcess::SeparateChannels);
+    m_server.start(QStringLiteral("Xvfb"),
+                   {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
+                    QStringLiteral("0"), QStringLiteral("1120x760x24"), QStringLiteral("-nolisten"),
+                    QStringLiteral("tcp")});
+    QByteArray number;
+    const bool started = waitUntil([&] {
+        number += m_server.readAllStandardOutput();
+        return number.endsWith('\n') || m_server.error() == QProcess::FailedToStart;
+    });
+    if (!started || number.isEmpty())
+        throw std::runtime_error("Xvfb did not start");
+    m_name = QLatin1Char(':') + QString::fromLatin1(number.trimmed());
+}
+
+XDisplay::~XDisplay()
+{
+    m_server.terminate();
+    waitUntil([this] { return m_server.state() == QProcess::NotRunning; });
+}
+
+QStringList XDisplay::missingPrograms()
+{
+    QStringList missing;
+    for (const QString& program :
+         {QStringLiteral("Xvfb"), QStringLiteral("xdotool"), QStringLiteral("import")}) {
+        if (QStandardPaths::findExecutable(program).isEmpty())
+            missing.append(program);
+    }
+    return missing;
+}
+
+QByteArray XDisplay::run(const QString& program, const QStringList& arguments, bool* succeeded) const
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DISPLAY"), m_name);
+    process.setProcessEnvironment(environment);
+    process.start(program, arguments);
+    const bool ended = waitUntil([&] { return process.state() == QProcess::NotRunning; });
+    if (succeeded)
+        *succeeded = ended && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    return process.readAllStandardOutput();
+}
+
+bool XDisplay::focusWindow(qint64 process) const
+{
+    bool found = false;
+    const QByteArray window = run(QStringLiteral("xdotool"),
+                                  {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                   QStringLiteral("--pid"), QString::number(process)},
+                                  &found);
+    if (found)
+        run(QStringLiteral("xdotool"), {QStringLiteral("windowfocus"), QStringLiteral("--sync"),
+                                        QString::fromLatin1(window.trimmed().split('\n').constLast())});
+    return found;
+}
+
+void XDisplay::key(const QString& keys) const
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("key"), keys});
+}
+
+void XDisplay::type(const QString& text) const
+{
+    run(QStringLiteral("xdotool"),
+        {QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("4"), text});
+}
+
+void XDisplay::click(QPoint place, int button, int times) const
+{
+    run(QStringLiteral("xdotool"),
+        {QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y()),
+         QStringLiteral("click"), QStringLiteral("--repeat"), QString::number(times),
+         QString::number(button)});
+}
+
+QImage XDisplay::picture(const QRect& area) const
+{
+    const QString crop =
+        QStringLiteral("%1x%2+%3+%4").arg(area.width()).arg(area.height()).arg(area.x()).arg(area.y());
+    return QImage::fromData(run(QStringLiteral("import"),
+                                {QStringLiteral("-silent"), QStringLiteral("-window"), QStringLiteral("root"),
+                                 QStringLiteral("-crop"), crop, QStringLiteral("png:-")}));
+}
+
+} // namespace varnel::test

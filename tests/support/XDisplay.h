@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QByteArray>
+#include <QImage>
+#include <QProcess>
+#include <QRect>
+#include <QStringList>
+
+namespace varnel::test {
+
+/// An X display of its own that nobody sees, with a hand on its keyboard and mouse. Its screen is 1120 by
+/// 760, and no window manager is on it.
+class XDisplay
+{
+public:
+    /// Throws std::runtime_error if the display does not start.
+    XDisplay();
+    XDisplay(const XDisplay&) = delete;
+    XDisplay& operator=(const XDisplay&) = delete;
+    XDisplay(XDisplay&&) = delete;
+    XDisplay& operator=(XDisplay&&) = delete;
+    ~XDisplay();
+
+    /// The programs that are missing for it; empty if all are here.
+    static QStringList missingPrograms();
+
+    const QString& name() const { return m_name; }
+    /// Gives the keyboard to the only window of a process; false while it has none.
+    bool focusWindow(qint64 process) const;
+    void key(const QString& keys) const;
+    void type(const QString& text) const;
+    void click(QPoint place, int button = 1, int times = 1) const;
+    QImage picture(const QRect& area) const;
+
+private:
+    QByteArray run(const QString& program, const QStringList& arguments, bool* succeeded = nullptr) const;
+
+    QProcess m_server;
+    QString m_name;
+};
+
+} // namespace varnel::test

@@ -1,0 +1,114 @@
+#include "ui/TranscriptFeed.h"
+
+#include "ui/ModelFixture.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace varnel;
+using namespace varnel::test;
+using namespace std::chrono_literals;
+
+class TranscriptFeedTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void aTurnIsFollowedPieceByPiece()
+    {
+        ModelFixture fixture({.piece = 1ms});
+        TranscriptFeed feed(fixture.app, fixture.clock);
+        TranscriptModel& transcript = *feed.model();
+        fixture.app.chooseModel(QStringLiteral("practice-thinking:14b"));
+        const QSignalSpy resets(&transcript, &TranscriptModel::wasReset);
+        const QSignalSpy appended(&transcript, &TranscriptModel::appended);
+        const QSignalSpy finished(&transcript, &TranscriptModel::finished);
+
+        fixture.app.setDraft(QStringLiteral("Think"));
+        fixture.app.send();
+        QCOMPARE(transcript.count(), 2);
+        QCOMPARE(transcript.message(0).role, TranscriptRole::User);
+        QVERIFY(transcript.message(1).streaming);
+        QVERIFY(transcript.message(1).waitingSince.has_value());
+        QVERIFY(waitUntil([&] { return !transcript.message(1).thinking.isEmpty(); }));
+        QVERIFY(!transcript.message(1).waitingSince.has_value());
+        QVERIFY(transcript.message(1).thinkingSince.has_value());
+        fixture.clock.advance(3s);
+        QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
+
+        const TranscriptMessage& reply = transcript.message(1);
+        QVERIFY(!reply.streaming);
+        QCOMPARE(reply.thinkingTook, std::optional(3000ms));
+        QVERIFY(reply.content.contains(QStringLiteral("Think")));
+        QVERIFY2(reply.footer.startsWith(QStringLiteral("practice-thinking:14b · 3.0 s")),
+                 qPrintable(reply.footer));
+        QCOMPARE(resets.count(), 0);
+        QCOMPARE(appended.count(), 2);
+        QCOMPARE(finished.count(), 1);
+
+        QVERIFY(feed.copyLastReply());
+        QCOMPARE(QGuiApplication::clipboard()->text(), reply.content);
+    }
+
+    void aModelThatIsNotLoadedIsSaidToBeLoading()
+    {
+        ModelFixture fixture({.slowStart = 1min});
+        TranscriptFeed feed(fixture.app, fixture.clock);
+        fixture.app.chooseModel(QStringLiteral("practice-slow:1b"));
+        fixture.app.setDraft(QStringLiteral("Anyone?"));
+        fixture.app.send();
+        // Before the server was asked nobody knows.
+        QCOMPARE(feed.model()->message(1).waitingLabel, QString());
+        QVERIFY(waitUntil([&] { return fixture.app.isStreaming(); }));
+        const QSignalSpy asked(&fixture.app, &AppModel::runningModelsChanged);
+        QVERIFY(waitUntil([&] { return asked.count() > 0; }));
+        const bool loaded = !fixture.app.runningModels().empty();
+        QCOMPARE(feed.model()->message(1).waitingLabel, loaded ? QString() : QStringLiteral("Loading model"));
+        fixture.app.stop();
+        QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
+        QCOMPARE(feed.model()->count(), 1);
+    }
+
+    void aFailureStaysWithItsPrompt()
+    {
+        ModelFixture fixture;
+        TranscriptFeed feed(fixture.app, fixture.clock);
+        TranscriptModel& transcript = *feed.model();
+        fixture.app.chooseModel(QStringLiteral("practice-drop:1b"));
+        QVERIFY(fixture.say(QStringLiteral("Break off")));
+        QCOMPARE(transcript.count(), 2); // what had arrived stays
+        QCOMPARE(transcript.message(0).error, fixture.app.statusMessage());
+        QVERIFY(!transcript.message(0).error.isEmpty());
+
+        fixture.app.chooseModel(QStringLiteral("practice-chat:70b"));
+        fixture.app.tryAgain();
+        QCOMPARE(transcript.message(0).error, QString());
+        QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
+        QCOMPARE(transcript.count(), 2);
+        QCOMPARE(transcript.message(1).footer.section(QLatin1Char(' '), 0, 0),
+                 QStringLiteral("practice-chat:70b"));
+    }
+
+    void anotherConversationIsAnotherTranscript()
+    {
+        ModelFixture fixture({.piece = 1ms});
+        TranscriptFeed feed(fixture.app, fixture.clock);
+        QVERIFY(fixture.begin(QStringLiteral("first")));
+        const QUuid first = fixture.app.selection();
+        fixture.app.newConversation();
+        QCOMPARE(feed.model()->count(), 0);
+        fixture.app.setDraft(QStringLiteral("second"));
+        fixture.app.send();
+        fixture.app.select(first);
+        const QString shown = feed.model()->message(0).content;
+        // What happens elsewhere is not for this transcript.
+        QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
+        QCOMPARE(feed.model()->count(), 2);
+        QCOMPARE(feed.model()->message(0).content, shown);
+    }
+};
+
+QTEST_MAIN(TranscriptFeedTest)
+#include "TranscriptFeedTest.moc"

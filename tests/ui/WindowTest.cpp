@@ -1,0 +1,242 @@
+#include "ui/ModelFixture.h"
+#include "ui/WindowScreens.h"
+
+#include <QAccessible>
+#include <QGuiApplication>
+#include <QInputMethodEvent>
+#include <QQuickItem>
+#include <QTest>
+
+using namespace varnel;
+using namespace varnel::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+QStringList warnings;
+
+void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n%s\n", qPrintable(text), qPrintable(warnings.join(QLatin1Char('\n'))));
+    else if (type != QtDebugMsg && type != QtInfoMsg)
+        warnings.append(text);
+}
+
+/// The whole window, driven through its events.
+struct WindowFixture : ModelFixture
+{
+    explicit WindowFixture(practice::PracticePace pace = {.piece = 0ms})
+        : ModelFixture(pace)
+        , window(screens.load())
+    {
+        if (!window)
+            qFatal("the window did not load");
+        screens.show(*window);
+        if (!QTest::qWaitForWindowActive(window))
+            qFatal("the window did not become active");
+    }
+
+    void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
+    {
+        QTest::keyClick(window, static_cast<Qt::Key>(key), modifiers);
+    }
+    void type(const QString& text) const
+    {
+        for (const QChar character : text)
+            QTest::keyClick(window, character.toLatin1());
+    }
+    QString focusName() const
+    {
+        QAccessibleInterface* const focus = QAccessible::queryAccessibleInterface(window->activeFocusItem());
+        return focus ? focus->text(QAccessible::Name) : QString();
+    }
+
+    WindowScreens screens{app, clock, profile.filePath(QStringLiteral("window.ini"))};
+    QQuickWindow* window;
+};
+
+void collectNames(QAccessibleInterface* item, QStringList& unnamed, QStringList& names)
+{
+    if (!item || item->state().invisible)
+        return;
+    const QString name = item->text(QAccessible::Name);
+    if (item->state().focusable && name.isEmpty())
+        unnamed.append(QString::fromLatin1(qAccessibleRoleString(item->role())));
+    names.append(name);
+    for (int i = 0; i < item->childCount(); ++i)
+        collectNames(item->child(i), unnamed, names);
+}
+
+} // namespace
+
+class WindowTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        qInstallMessageHandler(keepWarnings);
+    }
+    void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
+    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
+
+    void aPromptIsSentByEnterAlone()
+    {
+        WindowFixture fixture;
+        QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
+        fixture.press(Qt::Key_Return); // nothing to send
+        fixture.type(QStringLiteral("one"));
+        fixture.press(Qt::Key_Return, Qt::ShiftModifier);
+        fixture.type(QStringLiteral("two"));
+        QCOMPARE(fixture.app.draft(), QStringLiteral("one\ntwo"));
+        QCOMPARE(fixture.app.selectedSession()->messages.size(), 0U);
+
+        // While an input method composes, Enter is the method's.
+        QInputMethodEvent composing(QStringLiteral("に"), {});
+        QCoreApplication::sendEvent(fixture.window->activeFocusItem(), &composing);
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app.selectedSession()->messages.size(), 0U);
+        QInputMethodEvent committed;
+        committed.setCommitString(QStringLiteral("日"));
+        QCoreApplication::sendEvent(fixture.window->activeFocusItem(), &committed);
+        fixture.app.setDraft(QStringLiteral("one\ntwo日"));
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app.selectedSession()->messages.front().content, QStringLiteral("one\ntwo日"));
+        QCOMPARE(fixture.app.draft(), QString());
+        QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
+
+        fixture.press(Qt::Key_Up);
+        QCOMPARE(fixture.app.draft(), QStringLiteral("one\ntwo日"));
+        fixture.press(Qt::Key_Up); // moves the cursor now
+        QCOMPARE(fixture.app.draft(), QStringLiteral("one\ntwo日"));
+    }
+
+    void escapeClosesThePopupThenStopsTheReply()
+    {
+        WindowFixture fixture({.piece = 20ms});
+        fixture.app.checkConnection();
+        QVERIFY(waitUntil([&] { return !fixture.app.installedModels().empty(); }));
+        fixture.type(QStringLiteral("hello"));
+        fixture.press(Qt::Key_Return);
+        fixture.press(Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Find a model"); }));
+        fixture.press(Qt::Key_Escape);
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Message"); }));
+        QVERIFY(fixture.app.isStreaming());
+        fixture.press(Qt::Key_Escape);
+        QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
+        QCOMPARE(fixture.app.statusMessage(), QStringLiteral("Stopped."));
+    }
+
+    void theModelIsChosenByTypingAndArrows()
+    {
+        WindowFixture fixture;
+        fixture.app.checkConnection();
+        QVERIFY(waitUntil([&] { return !fixture.app.installedModels().empty(); }));
+        fixture.press(Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Find a model"); }));
+        fixture.type(QStringLiteral("14b")); // one
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app.selectedModel(), QStringLiteral("practice-thinking:14b"));
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Message"); }));
+        fixture.press(Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Find a model"); }));
+        fixture.press(Qt::Key_Down); // from the one that answers to the one below
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app.selectedModel(), QStringLiteral("practice-markdown:8b"));
+    }
+
+    void draftsAndCursorsStayWithTheirConversation()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("first")));
+        fixture.type(QStringLiteral("abcd"));
+        fixture.press(Qt::Key_Left);
+        fixture.press(Qt::Key_Left);
+        fixture.press(Qt::Key_N, Qt::ControlModifier);
+        fixture.type(QStringLiteral("other"));
+        fixture.press(Qt::Key_PageDown, Qt::ControlModifier);
+        fixture.type(QStringLiteral("X"));
+        QCOMPARE(fixture.app.draft(), QStringLiteral("abXcd"));
+        fixture.press(Qt::Key_PageUp, Qt::ControlModifier);
+        fixture.type(QStringLiteral("!"));
+        QCOMPARE(fixture.app.draft(), QStringLiteral("other!"));
+    }
+
+    void conversationsAreFoundAndRenamedByKeyboard()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("whales")));
+        QVERIFY(fixture.begin(QStringLiteral("trains")));
+        fixture.press(Qt::Key_K, Qt::ControlModifier); // also where the text field would cut the line
+        QCOMPARE(fixture.focusName(), QStringLiteral("Search conversations"));
+        fixture.type(QStringLiteral("wha"));
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app.selectedTitle(), QStringLiteral("whales"));
+        fixture.press(Qt::Key_K, Qt::ControlModifier);
+        fixture.press(Qt::Key_Escape);
+        QCOMPARE(fixture.app.sessionQuery(), QString());
+        QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
+
+        fixture.press(Qt::Key_F2);
+        QCOMPARE(fixture.focusName(), QStringLiteral("Title of the conversation"));
+        fixture.type(QStringLiteral("sea"));
+        fixture.press(Qt::Key_Escape);
+        QCOMPARE(fixture.app.selectedTitle(), QStringLiteral("whales"));
+        fixture.press(Qt::Key_F2);
+        fixture.type(QStringLiteral("sea"));
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app.selectedTitle(), QStringLiteral("sea"));
+        QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
+    }
+
+    void everyControlHasANameAndTabReachesIt()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("hello")));
+        QStringList unnamed;
+        QStringList names;
+        collectNames(QAccessible::queryAccessibleInterface(fixture.window), unnamed, names);
+        QCOMPARE(unnamed, QStringList());
+        fixture.type(QStringLiteral("x")); // Send is off without a text
+
+        QStringList order;
+        for (int i = 0; i < 40; ++i) {
+            fixture.press(Qt::Key_Tab);
+            const QString name = fixture.focusName();
+            QVERIFY2(!name.isEmpty(), fixture.window->activeFocusItem()->metaObject()->className());
+            if (order.contains(name))
+                break;
+            order.append(name);
+        }
+        for (const char* const expected :
+             {"Search conversations", "New conversation", "hello, 12:00", "Hide the conversations", "hello",
+              "Connect", "Menu", "Message", "Send with practice-chat:70b", "Send"})
+            QVERIFY2(order.contains(QString::fromLatin1(expected)),
+                     qPrintable(QString::fromLatin1(expected) + QStringLiteral(" is not in: ") +
+                                order.join(QStringLiteral(", "))));
+    }
+
+    void shapesAndDirectionsLoadWithoutAWarning()
+    {
+        QGuiApplication::setLayoutDirection(Qt::RightToLeft);
+        {
+            WindowFixture fixture;
+            QVERIFY(fixture.begin(QStringLiteral("hello")));
+            fixture.press(Qt::Key_Plus, Qt::ControlModifier);
+            fixture.press(Qt::Key_B, Qt::ControlModifier);
+            fixture.press(Qt::Key_Slash, Qt::ControlModifier);
+            fixture.window->resize(920, 560);
+            QTest::qWait(50);
+            fixture.press(Qt::Key_Escape);
+        }
+        QGuiApplication::setLayoutDirection(Qt::LeftToRight);
+        const WindowFixture again;
+        QCOMPARE(loadWindowState(again.profile.filePath(QStringLiteral("window.ini"))).zoom, 1.0);
+    }
+};
+
+QTEST_MAIN(WindowTest)
+#include "WindowTest.moc"
