@@ -72,8 +72,6 @@ TranscriptMessage TranscriptFeed::describe(const ChatSession& session, const Cha
         shown.footer = footerOf(message);
     if (const auto& failure = m_app.failure(); failure && failure->prompt == message.id)
         shown.error = failure->text;
-    if (!shown.error.isEmpty())
-        shown.actions |= TranscriptAction::Edit;
     return shown;
 }
 

@@ -10,11 +10,12 @@ namespace varnel::test {
 
 XDisplay::XDisplay()
 {
+    // Without -noreset the server begins anew, and drops who is just connecting, when its last client goes.
     m_server.setProcessChannelMode(QProcess::SeparateChannels);
     m_server.start(QStringLiteral("Xvfb"),
                    {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                     QStringLiteral("0"), QStringLiteral("1120x760x24"), QStringLiteral("-nolisten"),
-                    QStringLiteral("tcp")});
+                    QStringLiteral("tcp"), QStringLiteral("-noreset")});
     QByteArray number;
     const bool started = waitUntil([&] {
         number += m_server.readAllStandardOutput();

@@ -207,9 +207,8 @@ private Q_SLOTS:
             fixture.press(Qt::Key_Tab);
             const QString name = fixture.focusName();
             QVERIFY2(!name.isEmpty(), fixture.window->activeFocusItem()->metaObject()->className());
-            if (order.contains(name))
-                break;
-            order.append(name);
+            if (!order.contains(name)) // a conversation has several places to stop at
+                order.append(name);
         }
         for (const char* const expected :
              {"Search conversations", "New conversation", "hello, 12:00", "Hide the conversations", "hello",

@@ -12,6 +12,9 @@ FocusScope {
     TranscriptView {
         id: view
 
+        Accessible.name: qsTr("Conversation")
+        Accessible.role: Accessible.List
+        activeFocusOnTab: true
         anchors.fill: parent
         focus: true
         model: TranscriptFeed.model

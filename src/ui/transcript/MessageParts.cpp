@@ -155,7 +155,6 @@ public:
         };
         place(TargetKind::TryAgain, TranscriptModel::tr("Try again"));
         place(TargetKind::EditPrompt, TranscriptModel::tr("Edit"));
-        place(TargetKind::OpenLogs, TranscriptModel::tr("Open logs"));
     }
 
     qreal height() const override { return m_box.bottom(); }
