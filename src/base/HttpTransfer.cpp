@@ -10,7 +10,7 @@ namespace varnel {
 using namespace std::chrono;
 
 HttpTransfer::HttpTransfer(std::shared_ptr<CurlSession> session, HttpRequest request,
-                           std::optional<QByteArray> proxy, std::stop_token stop)
+                           const std::optional<QByteArray>& proxy, std::stop_token stop)
     : m_session(std::move(session))
     , m_request(std::move(request))
     , m_stop(std::move(stop))

@@ -24,8 +24,8 @@ public:
     static constexpr qsizetype headerLimit = 256 * 1024;
 
     /// @param proxy where to connect through: nothing leaves it to the environment, empty means directly.
-    HttpTransfer(std::shared_ptr<CurlSession> session, HttpRequest request, std::optional<QByteArray> proxy,
-                 std::stop_token stop);
+    HttpTransfer(std::shared_ptr<CurlSession> session, HttpRequest request,
+                 const std::optional<QByteArray>& proxy, std::stop_token stop);
     HttpTransfer(const HttpTransfer&) = delete;
     HttpTransfer& operator=(const HttpTransfer&) = delete;
     HttpTransfer(HttpTransfer&&) = delete;

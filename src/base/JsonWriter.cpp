@@ -231,7 +231,7 @@ void JsonWriter::value(const QJsonValue& value)
     case QJsonValue::Array: {
         beginArray();
         const QJsonArray elements = value.toArray();
-        for (const QJsonValue& element : elements)
+        for (const QJsonValue element : elements)
             this->value(element);
         endArray();
         break;

@@ -22,8 +22,8 @@ struct ChatRequest
     /// Attachments of this turn; images travel with the last user message that has text, others not at all.
     std::vector<PromptMedia> media;
     double temperature = 0;
-    int contextLength = 0; ///< tokens
-    QString keepAlive;     ///< an Ollama duration such as "5m"
+    qint64 contextLength = 0; ///< tokens
+    QString keepAlive;        ///< an Ollama duration such as "5m"
     /// At most this many tokens are generated; without it the model decides.
     std::optional<int> predictionLimit;
 
