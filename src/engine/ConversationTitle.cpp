@@ -7,7 +7,7 @@ namespace varnel {
 QString titleFromPrompt(const QString& prompt)
 {
     constexpr int limit = 48;
-    const QString line = prompt.left(4096).simplified();
+    QString line = prompt.left(4096).simplified();
     QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, line);
     for (int count = 0; count < limit; ++count) {
         if (characters.toNextBoundary() < 0)
