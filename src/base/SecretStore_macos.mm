@@ -1,7 +1,8 @@
 // The store of macOS: generic passwords of the login keychain, through the Security framework.
 //
-// Written against Apple's documentation and never built or run by its authors, who have no Mac: whoever builds it
-// first should try saving, reading back and clearing a key, and a read while the keychain is locked.
+// Written against Apple's documentation and never built or run by its authors, who have no Mac: whoever
+// builds it first should try saving, reading back and clearing a key, and a read while the keychain is
+// locked.
 
 #include "base/SecretStore.h"
 

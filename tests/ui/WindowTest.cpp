@@ -75,10 +75,7 @@ class WindowTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        qInstallMessageHandler(keepWarnings);
-    }
+    void initTestCase() { qInstallMessageHandler(keepWarnings); }
     void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
     void cleanupTestCase() { qInstallMessageHandler(nullptr); }
 

@@ -90,7 +90,8 @@ private Q_SLOTS:
         QTest::newRow("code") << "```c\nint a;\n\n\tint b;\n```\nend" << "int a;\n\n\tint b;\n\nend";
         QTest::newRow("table") << "|a|b|\n|-|-|\n|c||" << "a\tb\nc\t";
         const QString line = QStringLiteral("0123456789").repeated(700);
-        QTest::newRow("over-long line") << QStringLiteral("```\n%1\nb\n```").arg(line) << line + QStringLiteral("\nb");
+        QTest::newRow("over-long line")
+            << QStringLiteral("```\n%1\nb\n```").arg(line) << line + QStringLiteral("\nb");
         const QString words = QStringLiteral("word ").repeated(4000) + QStringLiteral("end");
         QTest::newRow("over-long paragraph") << words << words;
         QTest::newRow("many lines") << QStringLiteral("```\n%1```").arg(QStringLiteral("x\n").repeated(100))
