@@ -35,7 +35,8 @@ Task<void> readToTheEnd(HttpClient& http, QUrl url, std::stop_token stop)
 }
 
 /// Starts a request, waits until it is at the point to be measured, stops it; yields the worst time in
-/// milliseconds until the request has ended and the server sees its connection closed.
+/// milliseconds until the request has ended and the server sees its connection closed; -1 if it never gets
+/// there or never ends.
 double worstStop(const QUrl& url, const std::function<bool()>& isThere, const std::function<bool()>& isClosed)
 {
     double worst = 0;
@@ -49,8 +50,11 @@ double worstStop(const QUrl& url, const std::function<bool()>& isThere, const st
         QElapsedTimer timer;
         timer.start();
         stop.request_stop();
-        while (!task.isFinished() || !isClosed())
+        while (!task.isFinished() || !isClosed()) {
+            if (timer.hasExpired(10'000))
+                return -1;
             QCoreApplication::processEvents();
+        }
         worst = std::max(worst, static_cast<double>(timer.nsecsElapsed()) / 1e6);
     }
     return worst;
@@ -95,6 +99,10 @@ private:
 
 void report(const char* point, double milliseconds)
 {
+    if (milliseconds < 0) {
+        std::printf("stop %s, worst of %d\tfailed\tms\t<= 50\n", point, rounds);
+        return;
+    }
     std::printf("stop %s, worst of %d\t%.3f\tms\t<= 50\n", point, rounds, milliseconds);
     std::fflush(stdout);
 }

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
@@ -30,6 +31,15 @@ QString neutraliseControls(const QString& text)
             shown += QChar(unit);
     }
     return shown;
+}
+
+void occupyClosedStreams()
+{
+    for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
+        // A new descriptor gets the lowest free number, which is this one.
+        if (fcntl(descriptor, F_GETFD) == -1 && errno == EBADF)
+            static_cast<void>(open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+    }
 }
 
 StandardStream::StandardStream(int descriptor)

@@ -22,6 +22,11 @@ private:
     bool m_isTerminal;
 };
 
+/// Puts something that can be neither read nor written in the place of every standard stream that this
+/// process was started without. Otherwise the next file or connection gets its number, and text meant for the
+/// stream goes there.
+void occupyClosedStreams();
+
 /// The text with every control character except line feed and tab replaced by a visible symbol: U+2400 and
 /// following for those of ASCII, U+FFFD for those of Latin-1. The carriage return of a CRLF is dropped.
 QString neutraliseControls(const QString& text);

@@ -1,6 +1,7 @@
 #include "app/Askpass.h"
 #include "app/CommandModes.h"
 #include "app/Ctl.h"
+#include "app/StandardStream.h"
 #include "app/WindowModule.h"
 #include "base/HttpClient.h"
 #include "base/SecretStore.h"
@@ -83,5 +84,6 @@ int run(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
+    varnel::occupyClosedStreams();
     return varnel::run(argc, argv);
 }

@@ -30,7 +30,8 @@ public:
     Worker& operator=(const Worker&) = delete;
     Worker(Worker&&) = delete;
     Worker& operator=(Worker&&) = delete;
-    /// Gives running work a moment to end; work that hangs is left behind rather than waited for.
+    /// Gives running work a moment to end; work that hangs is left behind rather than waited for. Who waits
+    /// for work that never started gets Cancelled.
     ~Worker()
     {
         m_pool->clear();
@@ -67,15 +68,19 @@ private:
         QObject::connect(&watcher, &QFutureWatcherBase::finished, &watcher, [&wakeup] { wakeup.notify(); });
         promise->start();
         watcher.setFuture(promise->future());
-        pool->start([promise, work = std::move(work), token = abandoned.get_token()]() mutable {
-            promise->addResult(Outcome<Result>::of(work, token));
-            promise->finish();
-        });
+        // Only the work holds the promise: work that its pool drops unstarted then ends as a cancelled one.
+        pool->start(
+            [promise = std::move(promise), work = std::move(work), token = abandoned.get_token()]() mutable {
+                promise->addResult(Outcome<Result>::of(work, token));
+                promise->finish();
+            });
         while (!watcher.isFinished()) {
             if (stop.stop_requested())
                 throw Cancelled();
             co_await wakeup.wait();
         }
+        if (watcher.isCanceled())
+            throw Cancelled();
         co_return watcher.result().take();
     }
 

@@ -23,7 +23,7 @@ struct ChatRequest
     std::vector<PromptMedia> media;
     double temperature = 0;
     qint64 contextLength = 0; ///< tokens
-    QString keepAlive;     ///< an Ollama duration such as "5m"
+    QString keepAlive;        ///< an Ollama duration such as "5m"
     /// At most this many tokens are generated; without it the model decides.
     std::optional<int> predictionLimit;
 

@@ -245,6 +245,28 @@ private Q_SLOTS:
         QCOMPARE(run.errors(), "The output could not be written: No space left on device.\n");
     }
 
+    void closedStreamsAreNotTakenForOthers_data()
+    {
+        QTest::addColumn<int>("first");
+        QTest::newRow("output") << 1;
+        QTest::newRow("input and output") << 0;
+    }
+    void closedStreamsAreNotTakenForOthers()
+    {
+        QFETCH(const int, first);
+        HttpServer server(
+            [](const Exchange& exchange) { exchange->reply(200, "application/json", line("text", true)); });
+        server.listen();
+        ProgramRun run;
+        run.setVariable("VARNEL_OLLAMA_URL", server.url().toString());
+        run.process().setChildProcessModifier([first] {
+            for (int descriptor = first; descriptor <= 1; ++descriptor)
+                ::close(descriptor);
+        });
+        QCOMPARE(run.run({QStringLiteral("ctl"), QStringLiteral("chat"), QStringLiteral("m")}), 1);
+        QCOMPARE(run.errors(), "The output could not be written: Bad file descriptor.\n");
+    }
+
     void terminalSeesNoControlCharacters()
     {
         HttpServer server([](const Exchange& exchange) {

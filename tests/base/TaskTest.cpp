@@ -156,6 +156,25 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return sawStop.load(); }));
     }
 
+    void workThatNeverStartsIsCancelled()
+    {
+        auto held = std::make_shared<int>(2);
+        const std::weak_ptr<int> queuedWork = held;
+        Task<int> running;
+        Task<int> queued;
+        {
+            Worker worker(1);
+            running = worker.run([queuedWork](const std::stop_token&) {
+                while (!queuedWork.expired())
+                    std::this_thread::sleep_for(1ms);
+                return 1;
+            });
+            queued = worker.run([held = std::move(held)](const std::stop_token&) { return *held; });
+        }
+        QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(queued)));
+        QCOMPARE(await(std::move(running)), 1);
+    }
+
     void timesAreReadAndWritten_data()
     {
         QTest::addColumn<QString>("text");

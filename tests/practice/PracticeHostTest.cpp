@@ -61,7 +61,7 @@ class PracticeHostTest : public QObject
     {
         QStringList names;
         const QJsonArray models = parsed(ask("GET", "/api/tags").body).value(u"models").toArray();
-        for (const QJsonValue& model : models)
+        for (const auto& model : models)
             names.append(model.toObject().value(u"name").toString());
         return names;
     }
@@ -117,7 +117,7 @@ private Q_SLOTS:
     {
         const QJsonArray models = parsed(ask("GET", "/api/tags").body).value(u"models").toArray();
         QCOMPARE(models.size(), 18);
-        for (const QJsonValue& model : models) {
+        for (const auto& model : models) {
             QVERIFY(model[u"name"].toString().startsWith(QLatin1String("practice-")));
             QCOMPARE(model[u"model"], model[u"name"]);
             QVERIFY(model[u"size"].toInteger() > 0);

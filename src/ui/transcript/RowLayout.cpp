@@ -114,6 +114,15 @@ qreal estimatedHeight(const TranscriptRow& row, const RowContext& context)
     case RowKind::Table:
         height += row.count * 37;
         break;
+    case RowKind::CodeHeader:
+        height += 36;
+        break;
+    case RowKind::CodeFooter:
+        height += 12;
+        break;
+    case RowKind::Actions:
+        height += context.message.role == TranscriptRole::User ? 32 : 56;
+        break;
     default:
         height += 32;
         break;

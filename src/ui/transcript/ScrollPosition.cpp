@@ -31,14 +31,40 @@ void ScrollPosition::settle()
         m_anchor.reset();
         return;
     }
+    if (m_share && m_anchor) {
+        m_document.layout(*m_anchor);
+        m_offset = -std::llround(*m_share * m_document.heightOf(*m_anchor));
+    }
+    m_share.reset();
     // Every round measures a row that was not, so this ends.
     do {
         if (isFollowing() || !m_anchor)
             m_top = maximum();
         else
             m_top = std::max<qint64>(0, m_document.topOf(*m_anchor) - m_offset);
-    } while (m_document.measure(m_top, m_top + m_height));
+    } while (measureView());
     takeHold();
+}
+
+bool ScrollPosition::measureView()
+{
+    bool corrected = m_document.measure(m_top, m_top + m_height);
+    // The header of a code block that begins above the view is drawn in it nevertheless.
+    const std::optional<RowRef> first = m_document.rowAt(m_top);
+    if (first && m_document.row(*first).group >= 0) {
+        const RowRef start{first->message, m_document.row(*first).groupStart};
+        const int estimate = m_document.heightOf(start);
+        m_document.layout(start);
+        corrected = corrected || m_document.heightOf(start) != estimate;
+    }
+    return corrected;
+}
+
+void ScrollPosition::keepPlace()
+{
+    if (!m_anchor || isFollowing() || m_share || m_document.heightOf(*m_anchor) <= 0)
+        return;
+    m_share = static_cast<qreal>(-m_offset) / m_document.heightOf(*m_anchor);
 }
 
 /// Remembers the row at the top of the view, which is measured by now.

@@ -38,6 +38,8 @@ public:
     void detach();
     /// Follows again if the end is in view: after something was opened or closed with detach() before it.
     void attachAtEnd();
+    /// Call before the width changes: the reader keeps the place in the text, not its distance in pixels.
+    void keepPlace();
     /// Keeps this row where it is through the next change, rather than the one at the top.
     void holdOn(RowRef ref);
     /// Shows a stretch of a row, moving as little as possible; y and height in device pixels from the row's
@@ -51,11 +53,13 @@ public:
 private:
     void moveTo(qint64 top);
     void takeHold();
+    bool measureView();
 
     TranscriptDocument& m_document;
     FollowRule m_follow;
     std::optional<RowRef> m_anchor;
     qint64 m_offset = 0; ///< of the anchor's top below the view's top
+    std::optional<qreal> m_share; ///< how much of the anchor was above the view before the width changed
     qint64 m_top = 0;
     int m_height = 0;
 };

@@ -146,6 +146,7 @@ qreal TranscriptView::ratio() const
 
 void TranscriptView::applyGeometry()
 {
+    m_position->keepPlace();
     m_document->setGeometry(width(), ratio());
     m_position->setHeight(static_cast<int>(std::floor(height() * ratio())));
     m_scrollBar->setPosition({width() - TranscriptScrollBar::thickness, 0});
@@ -212,7 +213,7 @@ void TranscriptView::updatePolish()
 /// Lays out at once what has arrived, before something else moves the view.
 void TranscriptView::bringUpToDate()
 {
-    if (!m_changed.empty() || m_position->height() <= 0)
+    if (!m_changed.empty() || m_wholeDirty)
         updatePolish();
 }
 
