@@ -29,7 +29,7 @@ T.ApplicationWindow {
             anchors.left: parent.left
             anchors.top: parent.top
             visible: WindowLayout.sidebarShown
-            width: visible ? Theme.px(WindowLayout.sidebarWidth) : 0
+            width: visible ? Math.min(Theme.px(WindowLayout.sidebarWidth), Math.round(0.4 * window.width)) : 0
             onFinished: pane.focusComposer()
         }
         ConversationPane {

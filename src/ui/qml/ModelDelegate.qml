@@ -53,7 +53,7 @@ T.ItemDelegate {
 
             Accessible.ignored: true
             anchors.right: parent.right
-            anchors.rightMargin: Theme.paragraph
+            anchors.rightMargin: Theme.px(20)
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary
             font: Theme.metadataFont

@@ -43,7 +43,7 @@ TranscriptView::TranscriptView(QQuickItem* parent)
     m_copiedTimer.setSingleShot(true);
     connect(&m_copiedTimer, &QTimer::timeout, this, [this] {
         m_attention.copied.reset();
-        update();
+        repaintAll();
     });
     connect(m_scrollBar, &TranscriptScrollBar::moved, this, [this](qreal share) {
         bringUpToDate();
@@ -228,11 +228,17 @@ void TranscriptView::repaintFrom(RowRef row)
                      static_cast<int>(std::ceil(height())) - from));
 }
 
+/// Repaints the view. An update() without a rectangle is forgotten when a part is asked for after it.
+void TranscriptView::repaintAll()
+{
+    update(boundingRect().toAlignedRect());
+}
+
 void TranscriptView::afterMove(bool isWhole)
 {
     m_scrollBar->setRange(m_position->top(), m_position->height(), m_document->total());
     if (isWhole)
-        update();
+        repaintAll();
     if (m_wasFollowing != isFollowing()) {
         m_wasFollowing = isFollowing();
         m_seen = m_document->messageCount();

@@ -126,6 +126,7 @@ private:
     void bringUpToDate();
     void afterMove(bool isWhole);
     void repaintFrom(RowRef row);
+    void repaintAll();
     void measureInIdle();
     void updateUnseen();
     void tick();

@@ -149,7 +149,7 @@ void TranscriptView::setFocusedTarget(std::optional<TargetRef> target)
                            static_cast<int>(std::ceil((box.height() + 16) * ratio())));
         afterMove(true);
     }
-    update();
+    repaintAll();
     Q_EMIT hoveredChanged();
     Q_EMIT focusedTargetChanged();
 }
@@ -160,7 +160,7 @@ void TranscriptView::focusInEvent(QFocusEvent* event)
     m_showsFocus = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
     if (m_showsFocus)
         moveFocus(event->reason() == Qt::TabFocusReason);
-    update();
+    repaintAll();
 }
 
 void TranscriptView::focusOutEvent(QFocusEvent* event)
@@ -268,7 +268,7 @@ void TranscriptView::showCopied(RowRef row)
 {
     m_attention.copied = row;
     m_copiedTimer.start();
-    update();
+    repaintAll();
 }
 
 bool TranscriptView::selectWholeMessage()
@@ -308,7 +308,7 @@ bool TranscriptView::copySelection()
 void TranscriptView::clearSelection()
 {
     m_selection.clear();
-    update();
+    repaintAll();
     Q_EMIT selectionChanged();
 }
 

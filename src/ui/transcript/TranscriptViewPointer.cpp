@@ -86,7 +86,7 @@ bool TranscriptView::scrollSideways(QPointF point, qreal distance)
     if (!group || range <= 0)
         return false;
     group->scroll = std::clamp(group->scroll + distance, 0.0, range);
-    update();
+    repaintAll();
     return true;
 }
 
@@ -126,7 +126,7 @@ void TranscriptView::hover(QPointF point)
     if (attention.hovered == m_attention.hovered && attention.activeMessage == m_attention.activeMessage)
         return;
     m_attention = attention;
-    update();
+    repaintAll();
     Q_EMIT hoveredChanged();
 }
 
@@ -140,7 +140,7 @@ void TranscriptView::hoverLeaveEvent(QHoverEvent*)
     m_attention.hovered.reset();
     m_attention.activeMessage = -1;
     unsetCursor();
-    update();
+    repaintAll();
     Q_EMIT hoveredChanged();
 }
 
@@ -207,7 +207,7 @@ void TranscriptView::selectionMoved()
         m_position->detach();
         afterMove(true);
     }
-    update();
+    repaintAll();
     Q_EMIT selectionChanged();
 }
 
