@@ -58,7 +58,7 @@ private:
     TranscriptDocument& m_document;
     FollowRule m_follow;
     std::optional<RowRef> m_anchor;
-    qint64 m_offset = 0; ///< of the anchor's top below the view's top
+    qint64 m_offset = 0;          ///< of the anchor's top below the view's top
     std::optional<qreal> m_share; ///< how much of the anchor was above the view before the width changed
     qint64 m_top = 0;
     int m_height = 0;

@@ -3,6 +3,7 @@
 #include "ui/transcript/SampleConversation.h"
 #include "ui/transcript/TranscriptView.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
@@ -90,7 +91,8 @@ private Q_SLOTS:
         QTest::newRow("code") << "```c\nint a;\n\n\tint b;\n```\nend" << "int a;\n\n\tint b;\n\nend";
         QTest::newRow("table") << "|a|b|\n|-|-|\n|c||" << "a\tb\nc\t";
         const QString line = QStringLiteral("0123456789").repeated(700);
-        QTest::newRow("over-long line") << QStringLiteral("```\n%1\nb\n```").arg(line) << line + QStringLiteral("\nb");
+        QTest::newRow("over-long line")
+            << QStringLiteral("```\n%1\nb\n```").arg(line) << line + QStringLiteral("\nb");
         const QString words = QStringLiteral("word ").repeated(4000) + QStringLiteral("end");
         QTest::newRow("over-long paragraph") << words << words;
         QTest::newRow("many lines") << QStringLiteral("```\n%1```").arg(QStringLiteral("x\n").repeated(100))
@@ -202,6 +204,45 @@ private Q_SLOTS:
         QCOMPARE(writes.size(), 1);
         QCOMPARE(actions.size(), 4); // copying is done here
         QCOMPARE(QGuiApplication::clipboard()->text(), stage.model.message(0).content);
+    }
+
+    void readersWithoutAScreenFindMessagesAndTheirButtons()
+    {
+        Stage stage({prompt(QStringLiteral("p"), QStringLiteral("Hello")),
+                     reply(QStringLiteral("r"), QStringLiteral("See [a](https://e.org)."))});
+        QSignalSpy opened(&stage.view, &TranscriptView::linkActivated);
+        QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&stage.view);
+        QVERIFY(list);
+        QCOMPARE(list->role(), QAccessible::List);
+        QCOMPARE(list->childCount(), 2);
+        QAccessibleInterface* const message = list->child(1);
+        QCOMPARE(message->text(QAccessible::Name), QStringLiteral("Reply:\nSee a."));
+        QCOMPARE(list->indexOfChild(message), 1);
+        QAccessibleInterface* const link = message->child(0);
+        QCOMPARE(link->role(), QAccessible::Link);
+        QCOMPARE(link->text(QAccessible::Name), QStringLiteral("https://e.org"));
+        QVERIFY(message->rect().contains(link->rect()));
+        QCOMPARE(list->childAt(link->rect().center().x(), link->rect().center().y()), message);
+        link->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QCOMPARE(opened.size(), 1);
+        stage.model.setMessages({});
+        QVERIFY(!message->isValid());
+        QCOMPARE(list->childCount(), 0);
+    }
+
+    void aFinishedReplyIsAnnouncedOnce()
+    {
+        TranscriptMessage message = reply(QStringLiteral("r"), QStringLiteral("One"));
+        message.streaming = true;
+        Stage stage({message});
+        QSignalSpy finished(&stage.view, &TranscriptView::replyFinished);
+        message.content += QStringLiteral(" *two*");
+        stage.model.updateMessage(message);
+        message.streaming = false;
+        stage.model.updateMessage(message);
+        stage.model.updateMessage(message);
+        QCOMPARE(finished.size(), 1);
+        QCOMPARE(finished[0][1].toString(), QStringLiteral("One two"));
     }
 
     void aHostileTranscriptOpensNothing()
