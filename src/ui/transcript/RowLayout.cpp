@@ -52,8 +52,10 @@ qreal textHeight(const TranscriptRow& row, const RowContext& context, qreal pitc
 
 qreal codeHeight(const TranscriptRow& row, const RowContext& context)
 {
-    if (!context.group || !context.group->wraps)
-        return row.count * TranscriptStyle::codePitch;
+    if (!context.group || !context.group->wraps) {
+        const qreal ratio = context.column.ratio * context.style.zoom;
+        return row.count * std::ceil(TranscriptStyle::codePitch * ratio - 1e-6) / ratio;
+    }
     const qreal columns =
         std::max(10.0, (context.column.wide / context.style.zoom - row.frame.indent - 32) / 8);
     qreal lines = 0;
@@ -123,11 +125,35 @@ qreal estimatedHeight(const TranscriptRow& row, const RowContext& context)
     case RowKind::Actions:
         height += context.message.role == TranscriptRole::User ? 32 : 56;
         break;
-    default:
+    case RowKind::Rule:
+        height += 9;
+        break;
+    case RowKind::Waiting:
+        height += 24;
+        break;
+    case RowKind::Thinking:
+    case RowKind::Error:
         height += 32;
         break;
     }
     return context.style.px(height);
+}
+
+bool isHeightKnown(const TranscriptRow& row, const RowContext& context)
+{
+    switch (row.kind) {
+    case RowKind::CodeLines:
+        return context.group && !context.group->wraps;
+    case RowKind::CodeHeader:
+    case RowKind::CodeFooter:
+    case RowKind::Rule:
+    case RowKind::Thinking:
+    case RowKind::Waiting:
+    case RowKind::Actions:
+        return true;
+    default:
+        return false;
+    }
 }
 
 StyledText::Formats formatsOf(const MarkdownText& text, const QFont& base, const TranscriptStyle& style)

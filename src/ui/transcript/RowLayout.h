@@ -110,8 +110,10 @@ struct RowContext
 
 /// Lays a row out.
 std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& context);
-/// A guess at its height in logical pixels, without touching a font; exact for code that does not wrap.
+/// A guess at its height in logical pixels, without touching a font.
 qreal estimatedHeight(const TranscriptRow& row, const RowContext& context);
+/// Whether that guess is exact, so that the row need not be laid out to be measured.
+bool isHeightKnown(const TranscriptRow& row, const RowContext& context);
 
 // One for each family of rows.
 std::unique_ptr<RowLayout> layOutText(const TranscriptRow& row, const RowContext& context);

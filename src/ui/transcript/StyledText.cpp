@@ -45,7 +45,8 @@ StyledText::StyledText(const QString& text, const Formats& formats, const Option
     // Lines stand on an even grid, whatever fonts fill in for missing letters.
     const QFontMetricsF metrics(options.font);
     const qreal baseline = (options.pitch - metrics.ascent() - metrics.descent()) / 2 + metrics.ascent();
-    const qreal tolerance = options.pitch / 6;
+    // Code is exact: the height of a block must follow from the number of its lines.
+    const qreal tolerance = options.isCode ? options.pitch * 8 : options.pitch / 6;
     qreal top = 0;
     m_layout->beginLayout();
     for (QTextLine line = m_layout->createLine(); line.isValid(); line = m_layout->createLine()) {

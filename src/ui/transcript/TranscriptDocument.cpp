@@ -159,9 +159,10 @@ void TranscriptDocument::fillEstimates(int message, int from)
     heights.rows.truncate(from);
     heights.measured.resize(at(from));
     for (int row = from; row < rows.count(); ++row) {
-        heights.rows.append(devicePixels(estimatedHeight(rows.row(row), context(message, rows.row(row)))));
-        heights.measured.push_back(false);
-        ++heights.missing;
+        const RowContext place = context(message, rows.row(row));
+        heights.rows.append(devicePixels(estimatedHeight(rows.row(row), place)));
+        heights.measured.push_back(isHeightKnown(rows.row(row), place));
+        heights.missing += heights.measured.back() ? 0 : 1;
     }
     setTotal(message);
 }

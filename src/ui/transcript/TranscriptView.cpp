@@ -1,4 +1,5 @@
 #include "ui/transcript/TranscriptView.h"
+#include "ui/transcript/TranscriptAccessible.h"
 
 #include <QPainter>
 #include <QQuickWindow>
@@ -24,6 +25,7 @@ TranscriptView::TranscriptView(QQuickItem* parent)
     , m_ownStyle(std::make_unique<TranscriptStyle>())
     , m_scrollBar(new TranscriptScrollBar(this))
 {
+    installTranscriptAccessibility();
     setActiveFocusOnTab(true);
     setAcceptedMouseButtons(Qt::LeftButton);
     setAcceptHoverEvents(true);

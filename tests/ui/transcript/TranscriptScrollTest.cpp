@@ -121,6 +121,36 @@ private Q_SLOTS:
         QCOMPARE(index.rowAt(sum + 5), index.count() - 1);
     }
 
+    void heightsThatCountAsKnownAreRight_data()
+    {
+        QTest::addColumn<qreal>("zoom");
+        QTest::addColumn<qreal>("ratio");
+        QTest::newRow("plain") << 1.0 << 1.0;
+        QTest::newRow("zoomed") << 1.1 << 1.0;
+        QTest::newRow("fractional scaling") << 0.9 << 1.25;
+    }
+    void heightsThatCountAsKnownAreRight()
+    {
+        QFETCH(qreal, zoom);
+        QFETCH(qreal, ratio);
+        TranscriptModel model;
+        TranscriptStyle style;
+        style.zoom = zoom;
+        model.setMessages(sampleConversation());
+        TranscriptDocument document(model, style);
+        document.setGeometry(1000, ratio);
+        int known = 0;
+        for (std::optional<RowRef> ref = RowRef{}; ref; ref = document.next(*ref)) {
+            if (!document.isMeasured(*ref))
+                continue;
+            ++known;
+            const int height = document.heightOf(*ref);
+            document.layout(*ref);
+            QCOMPARE(document.heightOf(*ref), height);
+        }
+        QVERIFY(known > 10);
+    }
+
     void readingUpwardsMovesTextByExactlyWhatTheWheelSays()
     {
         // Thousands of rows that nobody measured yet come into view from above, with heights that were

@@ -3,6 +3,7 @@
 #include "ui/transcript/SampleConversation.h"
 #include "ui/transcript/TranscriptView.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
@@ -203,6 +204,45 @@ private Q_SLOTS:
         QCOMPARE(writes.size(), 1);
         QCOMPARE(actions.size(), 4); // copying is done here
         QCOMPARE(QGuiApplication::clipboard()->text(), stage.model.message(0).content);
+    }
+
+    void readersWithoutAScreenFindMessagesAndTheirButtons()
+    {
+        Stage stage({prompt(QStringLiteral("p"), QStringLiteral("Hello")),
+                     reply(QStringLiteral("r"), QStringLiteral("See [a](https://e.org)."))});
+        QSignalSpy opened(&stage.view, &TranscriptView::linkActivated);
+        QAccessibleInterface* const list = QAccessible::queryAccessibleInterface(&stage.view);
+        QVERIFY(list);
+        QCOMPARE(list->role(), QAccessible::List);
+        QCOMPARE(list->childCount(), 2);
+        QAccessibleInterface* const message = list->child(1);
+        QCOMPARE(message->text(QAccessible::Name), QStringLiteral("Reply:\nSee a."));
+        QCOMPARE(list->indexOfChild(message), 1);
+        QAccessibleInterface* const link = message->child(0);
+        QCOMPARE(link->role(), QAccessible::Link);
+        QCOMPARE(link->text(QAccessible::Name), QStringLiteral("https://e.org"));
+        QVERIFY(message->rect().contains(link->rect()));
+        QCOMPARE(list->childAt(link->rect().center().x(), link->rect().center().y()), message);
+        link->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        QCOMPARE(opened.size(), 1);
+        stage.model.setMessages({});
+        QVERIFY(!message->isValid());
+        QCOMPARE(list->childCount(), 0);
+    }
+
+    void aFinishedReplyIsAnnouncedOnce()
+    {
+        TranscriptMessage message = reply(QStringLiteral("r"), QStringLiteral("One"));
+        message.streaming = true;
+        Stage stage({message});
+        QSignalSpy finished(&stage.view, &TranscriptView::replyFinished);
+        message.content += QStringLiteral(" *two*");
+        stage.model.updateMessage(message);
+        message.streaming = false;
+        stage.model.updateMessage(message);
+        stage.model.updateMessage(message);
+        QCOMPARE(finished.size(), 1);
+        QCOMPARE(finished[0][1].toString(), QStringLiteral("One two"));
     }
 
     void aHostileTranscriptOpensNothing()

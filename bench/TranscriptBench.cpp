@@ -1,0 +1,180 @@
+// The transcript: opening 10,000 messages, scrolling through them, and following a reply at 200 pieces a
+// second in an empty and in a long conversation. Drawn by the software scene graph, as on a computer without
+// a GPU.
+
+#include "Measure.h"
+
+#include "ui/transcript/SampleConversation.h"
+#include "ui/transcript/TranscriptView.h"
+
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QGuiApplication>
+#include <QQuickWindow>
+#include <QTimer>
+#include <QWheelEvent>
+
+#include <random>
+
+using namespace varnel;
+
+namespace {
+
+constexpr QSize viewSize(1140, 900);
+constexpr int messageCount = 10000;
+constexpr int messageLength = 2000;
+
+double processCpu()
+{
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
+           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
+}
+
+/// A window with a transcript that tells how long its frames take.
+class Stage
+{
+public:
+    Stage()
+    {
+        window.resize(viewSize);
+        view.setSize(viewSize);
+        view.setModel(&model);
+        QObject::connect(&window, &QQuickWindow::afterAnimating, &window, [this] { m_frame.start(); });
+        QObject::connect(&window, &QQuickWindow::frameSwapped, &window,
+                         [this] { m_took = static_cast<double>(m_frame.nsecsElapsed()) / 1e6; });
+        window.show();
+        waitForFrame();
+    }
+
+    /// Milliseconds that laying out and drawing the next frame takes.
+    double waitForFrame()
+    {
+        QEventLoop loop;
+        const auto connection =
+            QObject::connect(&window, &QQuickWindow::frameSwapped, &loop, &QEventLoop::quit);
+        QTimer::singleShot(2000, &loop, &QEventLoop::quit);
+        loop.exec();
+        QObject::disconnect(connection);
+        return m_took;
+    }
+
+    /// The longest of the frames that a reader's doing causes, with the work of the event itself.
+    template <typename Deed>
+    double worstFrame(int count, Deed deed)
+    {
+        double worst = 0;
+        for (int i = 0; i < count; ++i) {
+            const double started = bench::now();
+            deed(i);
+            const double handling = bench::now() - started;
+            worst = std::max(worst, handling + waitForFrame());
+        }
+        return worst;
+    }
+
+    void wheel(int notches)
+    {
+        const QPointF point(500, 400);
+        QWheelEvent event(point, window.mapToGlobal(point), {}, {0, notches * 120}, Qt::NoButton,
+                          Qt::NoModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(&window, &event);
+    }
+
+    void turn(int milliseconds)
+    {
+        QEventLoop loop;
+        QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
+        loop.exec();
+    }
+
+    TranscriptModel model;
+    QQuickWindow window;
+    TranscriptView view{window.contentItem()};
+
+private:
+    QElapsedTimer m_frame;
+    double m_took = 0;
+};
+
+/// The share of a core that a reply of 200 pieces of five characters a second takes, in percent.
+double streamingShare(Stage& stage)
+{
+    const QString source = test::sampleConversation()[1].content.repeated(5);
+    TranscriptMessage message = test::reply(QStringLiteral("streamed"), {});
+    message.streaming = true;
+    stage.model.appendMessage(message);
+    stage.view.jumpToLatest();
+    stage.turn(500);
+    constexpr double seconds = 8;
+    const double cpu = processCpu();
+    const double started = bench::now();
+    int piece = 0;
+    QEventLoop loop;
+    QTimer pace;
+    pace.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&pace, &QTimer::timeout, &loop, [&] {
+        // A late timer makes up for the pieces it missed.
+        for (; piece < (bench::now() - started) / 5; ++piece) {
+            message.content += source.mid(piece * 5, 5);
+            stage.model.updateMessage(message);
+        }
+        if (bench::now() > started + seconds * 1000)
+            loop.quit();
+    });
+    pace.start(5);
+    loop.exec();
+    return 100 * (processCpu() - cpu) / (bench::now() - started);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QUICK_BACKEND", "software");
+    if (!qEnvironmentVariableIsSet("DISPLAY"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication application(argc, argv);
+
+    Stage small;
+    const double inEmpty = streamingShare(small);
+    small.window.hide();
+
+    std::vector<TranscriptMessage> messages = test::longConversation(messageCount, messageLength);
+    double characters = 0;
+    for (const TranscriptMessage& message : messages)
+        characters += static_cast<double>(message.content.size());
+    Stage large;
+    const double started = bench::now();
+    large.model.setMessages(std::move(messages));
+    large.waitForFrame();
+    const double opened = bench::now() - started;
+
+    const double wheelFrame = large.worstFrame(600, [&](int) { large.wheel(3); });
+    std::mt19937 random(7);
+    const double jumpFrame = large.worstFrame(200, [&](int) {
+        Q_EMIT large.view.scrollBar().moved(static_cast<double>(random() % 10000) / 10000.0);
+    });
+
+    const double idleCpu = processCpu();
+    const double idleStart = bench::now();
+    qint64 total = -1;
+    while (total != large.view.document().total() && bench::now() < idleStart + 180000) {
+        total = large.view.document().total();
+        large.turn(1000);
+    }
+    const double idle = processCpu() - idleCpu;
+    large.view.jumpToLatest();
+    const double inLong = streamingShare(large);
+
+    bench::report("transcript: characters", characters / 1e6, "M", "");
+    bench::report("transcript: open 10,000 messages", opened, "ms", "< 1000");
+    bench::report("transcript: worst frame, wheel", wheelFrame, "ms", "< 50");
+    bench::report("transcript: worst frame, jumps", jumpFrame, "ms", "< 50");
+    bench::report("transcript: measuring everything", idle, "ms", "");
+    bench::report("transcript: 200 pieces/s, empty", inEmpty, "% of a core", "< 10");
+    bench::report("transcript: 200 pieces/s, 10,000", inLong, "% of a core", "< 10");
+    bench::report("transcript: long over empty", inLong / inEmpty, "x", "<= 1.2");
+    return 0;
+}
