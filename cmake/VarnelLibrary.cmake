@@ -119,6 +119,9 @@ function(varnel_test name)
     if(NOT arg_TIMEOUT)
         set(arg_TIMEOUT 120)
     endif()
+    if(VARNEL_SANITIZE)
+        math(EXPR arg_TIMEOUT "4 * ${arg_TIMEOUT}")
+    endif()
     set(profile "${CMAKE_BINARY_DIR}/tests/profile")
     set_tests_properties(${name} PROPERTIES
         LABELS "${arg_LABEL}" TIMEOUT ${arg_TIMEOUT}

@@ -149,7 +149,9 @@ private Q_SLOTS:
             "api: The model finished without a reply.");
         row("endless line", hi + "\n" + QByteArray(17 * 1024 * 1024, ' '), "", "hi", "");
         row("deep", QByteArray(100'000, '['), "", "", closed);
-        row("endless blank lines", hi + QByteArray(17 * 1024 * 1024, '\n'), "", "hi", "");
+        row("endless without text",
+            hi + ("\n{\"x\":\"" + QByteArray(1024 * 1024, ' ') + "\"}").repeated(17) + "\n" + hi, "", "hi",
+            "");
     }
     void linesBecomeDeltasOrErrors()
     {
