@@ -129,6 +129,8 @@ JsonParser::~JsonParser() = default;
 
 JsonValue JsonParser::parse(std::string_view text)
 {
+    if (text.empty()) // it may have no address either, which the parser would copy from
+        return parseRepaired(text);
     simdjson::dom::element root;
     if (m_parser->parse(text.data(), text.size(), true).get(root) == simdjson::SUCCESS)
         return JsonValue(root);
