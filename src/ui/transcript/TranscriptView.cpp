@@ -136,6 +136,7 @@ void TranscriptView::rebuild()
     m_changed.clear();
     m_news.clear();
     m_glideTimer.stop();
+    m_tickTimer.start();
     applyGeometry();
     Q_EMIT selectionChanged();
     Q_EMIT hoveredChanged();
@@ -237,7 +238,6 @@ void TranscriptView::afterMove(bool isWhole)
         update();
     if (m_wasFollowing != isFollowing()) {
         m_wasFollowing = isFollowing();
-        m_seen = m_document->messageCount();
         Q_EMIT followingChanged();
     }
     updateUnseen();
