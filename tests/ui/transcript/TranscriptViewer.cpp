@@ -38,6 +38,7 @@ void readOptions(const QCoreApplication& application)
         options().addOption(option);
     };
     add("dark", nullptr);
+    add("waiting", nullptr);
     add("press", "");
     add("focus", nullptr);
     add("zoom", "1");
@@ -54,6 +55,15 @@ void press(TranscriptView& view, const QString& word)
         if (!word.isEmpty() && view.targetAt(target)->name.startsWith(word))
             return view.activate(target);
     }
+}
+
+TranscriptMessage waitingReply(TranscriptMessage::TimePoint now)
+{
+    TranscriptMessage message = test::reply(QStringLiteral("waiting"), {});
+    message.streaming = true;
+    message.waitingSince = now - std::chrono::seconds(3);
+    message.waitingLabel = QStringLiteral("Loading model");
+    return message;
 }
 
 } // namespace
@@ -77,6 +87,8 @@ int main(int argc, char** argv)
     QObject::connect(&window, &QWindow::widthChanged, &view, [&] { view.setSize(window.size()); });
     QObject::connect(&window, &QWindow::heightChanged, &view, [&] { view.setSize(window.size()); });
     model.setMessages(test::sampleConversation());
+    if (options().isSet(QStringLiteral("waiting")))
+        model.appendMessage(waitingReply(model.now()));
     window.show();
 
     const QStringList files = options().positionalArguments();
