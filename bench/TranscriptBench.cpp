@@ -99,10 +99,11 @@ private:
 };
 
 /// The share of a core that a reply of 200 pieces of five characters a second takes, in percent.
-double streamingShare(Stage& stage)
+/// @param before what the reply holds already.
+double streamingShare(Stage& stage, const QString& before = {})
 {
     const QString source = test::sampleConversation()[1].content.repeated(5);
-    TranscriptMessage message = test::reply(QStringLiteral("streamed"), {});
+    TranscriptMessage message = test::reply(QStringLiteral("streamed"), before);
     message.streaming = true;
     stage.model.appendMessage(message);
     stage.view.jumpToLatest();
@@ -128,6 +129,19 @@ double streamingShare(Stage& stage)
     return 100 * (processCpu() - cpu) / (bench::now() - started);
 }
 
+/// Turns until every height is measured; the processor time it took, in milliseconds.
+double measureAll(Stage& stage)
+{
+    const double cpu = processCpu();
+    const double limit = bench::now() + 300000;
+    qint64 total = -1;
+    while (total != stage.view.document().total() && bench::now() < limit) {
+        total = stage.view.document().total();
+        stage.turn(1000);
+    }
+    return processCpu() - cpu;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -139,6 +153,12 @@ int main(int argc, char** argv)
 
     Stage small;
     const double inEmpty = streamingShare(small);
+    const QString source = test::sampleConversation()[1].content + QStringLiteral("\n\n");
+    small.model.setMessages({});
+    const double inLongReply = streamingShare(small, source.repeated(200));
+    small.model.setMessages({});
+    const double inLongCode =
+        streamingShare(small, QStringLiteral("```c\n") + QStringLiteral("int a = 1;\n").repeated(45000));
     small.window.hide();
 
     std::vector<TranscriptMessage> messages = test::longConversation(messageCount, messageLength);
@@ -157,14 +177,7 @@ int main(int argc, char** argv)
         Q_EMIT large.view.scrollBar().moved(static_cast<double>(random() % 10000) / 10000.0);
     });
 
-    const double idleCpu = processCpu();
-    const double idleStart = bench::now();
-    qint64 total = -1;
-    while (total != large.view.document().total() && bench::now() < idleStart + 180000) {
-        total = large.view.document().total();
-        large.turn(1000);
-    }
-    const double idle = processCpu() - idleCpu;
+    const double idle = measureAll(large);
     large.view.jumpToLatest();
     const double inLong = streamingShare(large);
 
@@ -174,6 +187,8 @@ int main(int argc, char** argv)
     bench::report("transcript: worst frame, jumps", jumpFrame, "ms", "< 50");
     bench::report("transcript: measuring everything", idle, "ms", "");
     bench::report("transcript: 200 pieces/s, empty", inEmpty, "% of a core", "< 10");
+    bench::report("transcript: 200 pieces/s, after 500 kB", inLongReply, "% of a core", "< 10");
+    bench::report("transcript: 200 pieces/s, in 500 kB of code", inLongCode, "% of a core", "< 10");
     bench::report("transcript: 200 pieces/s, 10,000", inLong, "% of a core", "< 10");
     bench::report("transcript: long over empty", inLong / inEmpty, "x", "<= 1.2");
     return 0;

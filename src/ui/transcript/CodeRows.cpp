@@ -106,6 +106,8 @@ public:
         painter.drawRoundedRect(box.adjusted(0, 0, 0, radius * m_zoom), radius * m_zoom, radius * m_zoom);
         painter.restore();
 
+        if (state.isSticky)
+            painter.fillRect(QRectF(m_left, box.bottom() - 1, m_width, 1), state.style.hairline());
         painter.setFont(m_font);
         const qreal labelLeft = m_left + padding * m_zoom;
         const qreal labelWidth = m_buttons.front().rect.left() - labelLeft - 8 * m_zoom;

@@ -3,7 +3,6 @@
 
 #include <QString>
 
-#include <initializer_list>
 #include <vector>
 
 namespace varnel {

@@ -51,7 +51,6 @@ public:
         , m_zoom(context.style.zoom)
         , m_spaceAbove(context.style.px(row.spaceAbove))
         , m_font(context.style.bodyFont(13))
-        , m_name(thinkingText(context.message, {}))
     {}
 
     qreal height() const override { return m_spaceAbove + targetSize * m_zoom; }
@@ -80,7 +79,11 @@ public:
 
     std::vector<RowTarget> targets() const override
     {
-        return {{TargetKind::Thinking, {rect()}, m_name, {}, TranscriptAction::Copy}};
+        return {{TargetKind::Thinking,
+                 {rect()},
+                 TranscriptModel::tr("Show or hide what the model thought"),
+                 {},
+                 TranscriptAction::Copy}};
     }
 
 private:
@@ -93,7 +96,6 @@ private:
     qreal m_zoom;
     qreal m_spaceAbove;
     QFont m_font;
-    QString m_name;
 };
 
 class WaitingRow final : public RowLayout

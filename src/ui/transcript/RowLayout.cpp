@@ -66,6 +66,27 @@ qreal codeHeight(const TranscriptRow& row, const RowContext& context)
     return lines * TranscriptStyle::codePitch;
 }
 
+/// Rows that are always equally high.
+qreal partHeight(const TranscriptRow& row, const RowContext& context)
+{
+    switch (row.kind) {
+    case RowKind::CodeHeader:
+        return 36;
+    case RowKind::CodeFooter:
+        return 12;
+    case RowKind::Rule:
+        return 9;
+    case RowKind::Waiting:
+        return 24;
+    case RowKind::Actions:
+        return context.message.role == TranscriptRole::User ? 32 : 56;
+    case RowKind::Error:
+        return 72;
+    default:
+        return 32;
+    }
+}
+
 } // namespace
 
 std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& context)
@@ -94,49 +115,32 @@ std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& co
 
 qreal estimatedHeight(const TranscriptRow& row, const RowContext& context)
 {
-    qreal height = row.spaceAbove;
+    qreal height = 0;
     switch (row.kind) {
     case RowKind::Text:
-    case RowKind::Maths: {
-        const int level = row.headingLevel;
-        height += level > 0 ? textHeight(row, context, TranscriptStyle::headingPitch(level),
-                                         TranscriptStyle::headingSize(level))
-                            : textHeight(row, context, TranscriptStyle::bodyPitch, 15);
+    case RowKind::Maths:
+        height = row.headingLevel > 0
+                     ? textHeight(row, context, TranscriptStyle::headingPitch(row.headingLevel),
+                                  TranscriptStyle::headingSize(row.headingLevel))
+                     : textHeight(row, context, TranscriptStyle::bodyPitch, 15);
         break;
-    }
     case RowKind::Bubble:
-        height += textHeight(row, context, TranscriptStyle::bodyPitch, 18) + 20;
+        height = textHeight(row, context, TranscriptStyle::bodyPitch, 18) + 20;
         break;
     case RowKind::ThinkingText:
-        height += textHeight(row, context, 20, 13);
+        height = textHeight(row, context, 20, 13);
         break;
     case RowKind::CodeLines:
-        height += codeHeight(row, context);
+        height = codeHeight(row, context);
         break;
     case RowKind::Table:
-        height += row.count * 37;
+        height = row.count * 37;
         break;
-    case RowKind::CodeHeader:
-        height += 36;
-        break;
-    case RowKind::CodeFooter:
-        height += 12;
-        break;
-    case RowKind::Actions:
-        height += context.message.role == TranscriptRole::User ? 32 : 56;
-        break;
-    case RowKind::Rule:
-        height += 9;
-        break;
-    case RowKind::Waiting:
-        height += 24;
-        break;
-    case RowKind::Thinking:
-    case RowKind::Error:
-        height += 32;
+    default:
+        height = partHeight(row, context);
         break;
     }
-    return context.style.px(height);
+    return context.style.px(row.spaceAbove + height);
 }
 
 bool isHeightKnown(const TranscriptRow& row, const RowContext& context)

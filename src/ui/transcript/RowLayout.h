@@ -68,6 +68,7 @@ struct RowPaint
     bool isActive = false;  ///< the message is hovered or has the focus: its actions show
     bool isOpen = false;    ///< what the model thought is shown
     bool wasCopied = false; ///< its code was copied a moment ago
+    bool isSticky = false;  ///< what follows it scrolls below it
 };
 
 /// A row that has been measured: draws itself, finds characters and targets. Positions: x in the view, y from

@@ -16,9 +16,7 @@ QTextOption optionsOf(const StyledText::Options& options, bool leftwards)
     const bool leading = options.alignment == Qt::AlignLeading;
     QTextOption option(leading && leftwards ? Qt::AlignRight | Qt::AlignAbsolute : options.alignment);
     option.setTextDirection(options.isCode ? Qt::LeftToRight : Qt::LayoutDirectionAuto);
-    option.setWrapMode(!options.wraps   ? QTextOption::ManualWrap
-                       : options.isCode ? QTextOption::WrapAnywhere
-                                        : QTextOption::WrapAtWordBoundaryOrAnywhere);
+    option.setWrapMode(options.wraps ? QTextOption::WrapAtWordBoundaryOrAnywhere : QTextOption::ManualWrap);
     if (options.isCode)
         option.setTabStopDistance(4 * QFontMetricsF(options.font).horizontalAdvance(QLatin1Char(' ')));
     return option;

@@ -129,7 +129,12 @@ public:
     QString text(QAccessible::Text kind) const override
     {
         const auto found = target();
-        return kind == QAccessible::Name && found ? found->name : QString();
+        if (kind != QAccessible::Name || !found)
+            return {};
+        const TranscriptModel& model = m_list.view()->document().model();
+        return found->kind == TargetKind::Thinking
+                   ? thinkingText(model.message(m_ref.row.message), model.now())
+                   : found->name;
     }
     QRect rect() const override
     {

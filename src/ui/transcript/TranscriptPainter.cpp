@@ -34,14 +34,18 @@ std::optional<PlacedRow> stickyHeader(TranscriptDocument& document, const Scroll
         header, static_cast<qreal>(std::min<qint64>(-spaceAbove, highest - position.top())) / ratio, true};
 }
 
-void paintFocusRing(QPainter& painter, const TranscriptStyle& style, const RowTarget& target)
+void paintFocusRing(QPainter& painter, TranscriptDocument& document, const PlacedRow& placed, int index)
 {
+    const std::vector<RowTarget> targets = document.layout(placed.ref).targets();
+    if (static_cast<std::size_t>(index) >= targets.size())
+        return;
     painter.save();
+    painter.translate(0, placed.y);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(style.accent, 2));
+    painter.setPen(QPen(document.style().accent, 2));
     painter.setBrush(Qt::NoBrush);
-    // The ring's outer edge is two pixels of line past an offset of two.
-    for (const QRectF& rect : target.rects)
+    // The line's inner edge is two pixels away from what has the focus.
+    for (const QRectF& rect : targets[static_cast<std::size_t>(index)].rects)
         painter.drawRoundedRect(rect.adjusted(-3, -3, 3, 3), 5, 5);
     painter.restore();
 }
@@ -89,16 +93,16 @@ void paintTranscript(QPainter& painter, TranscriptDocument& document, const std:
                          (attention.focused && attention.focused->row.message == ref.message);
         state.isOpen = document.isThinkingOpen(ref.message);
         state.wasCopied = attention.copied == ref;
+        state.isSticky = placed.isSticky;
         painter.save();
         painter.translate(0, placed.y);
         layout.paint(painter, state);
-        if (attention.focused && attention.focused->row == ref) {
-            const auto targets = layout.targets();
-            if (static_cast<std::size_t>(attention.focused->index) < targets.size())
-                paintFocusRing(painter, document.style(),
-                               targets[static_cast<std::size_t>(attention.focused->index)]);
-        }
         painter.restore();
+    }
+    // Last, so that the row below does not cover the lower half of a ring.
+    for (const PlacedRow& placed : rows) {
+        if (attention.focused && attention.focused->row == placed.ref)
+            paintFocusRing(painter, document, placed, attention.focused->index);
     }
 }
 

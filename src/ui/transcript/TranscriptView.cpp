@@ -136,6 +136,7 @@ void TranscriptView::rebuild()
     m_changed.clear();
     m_news.clear();
     m_glideTimer.stop();
+    m_tickTimer.start();
     applyGeometry();
     Q_EMIT selectionChanged();
     Q_EMIT hoveredChanged();
@@ -243,7 +244,6 @@ void TranscriptView::afterMove(bool isWhole)
         repaintAll();
     if (m_wasFollowing != isFollowing()) {
         m_wasFollowing = isFollowing();
-        m_seen = m_document->messageCount();
         Q_EMIT followingChanged();
     }
     updateUnseen();

@@ -179,8 +179,7 @@ private:
     QTimer m_tickTimer;
     QTimer m_copiedTimer;
     bool m_wasFollowing = true;
-    int m_seen = 0; ///< messages there were when the view let go of the end
-    std::set<int> m_news;
+    std::set<int> m_news; ///< messages that came or grew since the view let go of the end
     int m_unseenBelow = 0;
 
     bool m_showsFocus = false; ///< the focus came by the keyboard

@@ -248,9 +248,6 @@ void TranscriptView::touchEvent(QTouchEvent* event)
         m_glideTimer.stop();
         m_velocity = 0;
         m_pressPoint = point.position();
-        bringUpToDate();
-        m_position->detach();
-        afterMove(false);
     } else if (point.state() == QEventPoint::Updated) {
         const QPointF moved = m_touchPoint - point.position();
         if (std::abs(moved.x()) <= std::abs(moved.y()) || !scrollSideways(point.position(), moved.x()))

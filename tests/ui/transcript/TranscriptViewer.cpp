@@ -27,11 +27,8 @@ double number(const char* name)
     return options().value(QLatin1String(name)).toDouble();
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+void readOptions(const QCoreApplication& application)
 {
-    QGuiApplication application(argc, argv);
     const auto add = [](const char* name, const char* standard) {
         QCommandLineOption option{QString(QLatin1String(name))};
         if (standard) {
@@ -41,14 +38,40 @@ int main(int argc, char** argv)
         options().addOption(option);
     };
     add("dark", nullptr);
-    add("open-thinking", nullptr);
+    add("waiting", nullptr);
+    add("press", "");
     add("focus", nullptr);
-    add("select", nullptr);
     add("zoom", "1");
     add("width", "1140");
     add("height", "860");
     add("scroll", "1");
     options().process(application);
+}
+
+/// Presses the first target in view whose name begins with the word.
+void press(TranscriptView& view, const QString& word)
+{
+    for (const TargetRef target : view.targetsInView()) {
+        if (!word.isEmpty() && view.targetAt(target)->name.startsWith(word))
+            return view.activate(target);
+    }
+}
+
+TranscriptMessage waitingReply(TranscriptMessage::TimePoint now)
+{
+    TranscriptMessage message = test::reply(QStringLiteral("waiting"), {});
+    message.streaming = true;
+    message.waitingSince = now - std::chrono::seconds(3);
+    message.waitingLabel = QStringLiteral("Loading model");
+    return message;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QGuiApplication application(argc, argv);
+    readOptions(application);
 
     TranscriptStyle style;
     style.useTheme(options().isSet(QStringLiteral("dark")));
@@ -64,6 +87,8 @@ int main(int argc, char** argv)
     QObject::connect(&window, &QWindow::widthChanged, &view, [&] { view.setSize(window.size()); });
     QObject::connect(&window, &QWindow::heightChanged, &view, [&] { view.setSize(window.size()); });
     model.setMessages(test::sampleConversation());
+    if (options().isSet(QStringLiteral("waiting")))
+        model.appendMessage(waitingReply(model.now()));
     window.show();
 
     const QStringList files = options().positionalArguments();
@@ -71,12 +96,7 @@ int main(int argc, char** argv)
         return application.exec();
     QTimer::singleShot(600, &application, [&] {
         Q_EMIT view.scrollBar().moved(number("scroll"));
-        if (options().isSet(QStringLiteral("open-thinking"))) {
-            for (const TargetRef target : view.targetsInView()) {
-                if (view.targetAt(target)->kind == TargetKind::Thinking)
-                    view.activate(target);
-            }
-        }
+        press(view, options().value(QStringLiteral("press")));
         if (options().isSet(QStringLiteral("focus")))
             view.forceActiveFocus(Qt::TabFocusReason);
     });
