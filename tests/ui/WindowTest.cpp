@@ -33,7 +33,7 @@ struct WindowFixture : ModelFixture
         if (!window)
             qFatal("the window did not load");
         screens.show(*window);
-        if (!QTest::qWaitForWindowActive(window))
+        if (!waitUntil([this] { return window->isActive(); }))
             qFatal("the window did not become active");
     }
 
@@ -75,10 +75,7 @@ class WindowTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase()
-    {
-        qInstallMessageHandler(keepWarnings);
-    }
+    void initTestCase() { qInstallMessageHandler(keepWarnings); }
     void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
     void cleanupTestCase() { qInstallMessageHandler(nullptr); }
 
@@ -228,7 +225,7 @@ private Q_SLOTS:
             fixture.press(Qt::Key_B, Qt::ControlModifier);
             fixture.press(Qt::Key_Slash, Qt::ControlModifier);
             fixture.window->resize(920, 560);
-            QTest::qWait(50);
+            QVERIFY(waitUntil([&] { return fixture.window->contentItem()->width() == 920; }));
             fixture.press(Qt::Key_Escape);
         }
         QGuiApplication::setLayoutDirection(Qt::LeftToRight);
