@@ -10,7 +10,14 @@ ComposerState::ComposerState(AppModel& app, QObject* parent)
 {
     connect(&app, &AppModel::draftChanged, this, &ComposerState::updateCanSend);
     connect(&app, &AppModel::isStreamingChanged, this, &ComposerState::updateCanSend);
+    connect(&app, &AppModel::statusMessageChanged, this, &ComposerState::statusLineChanged);
     updateCanSend();
+}
+
+QString ComposerState::statusLine() const
+{
+    constexpr qsizetype longest = 400;
+    return m_app.statusMessage().left(longest).simplified();
 }
 
 void ComposerState::updateCanSend()

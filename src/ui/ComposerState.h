@@ -11,13 +11,14 @@
 
 namespace varnel {
 
-/// What the composer knows of a conversation beyond its draft.
+/// What the composer and the line above it know beyond the draft.
 class ComposerState : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(bool canSend READ canSend NOTIFY canSendChanged)
+    Q_PROPERTY(QString statusLine READ statusLine NOTIFY statusLineChanged)
 
 public:
     /// The model outlives the object.
@@ -26,6 +27,9 @@ public:
 
     /// Whether there is something to send and nothing is being answered.
     bool canSend() const { return m_canSend; }
+
+    /// The status as one line that can be shown, whatever a server put into it.
+    QString statusLine() const;
 
     /// Where the cursor stood in the draft of the selected conversation; its end if it was never there.
     Q_INVOKABLE int cursor() const;
@@ -36,6 +40,7 @@ public:
 
 Q_SIGNALS:
     void canSendChanged();
+    void statusLineChanged();
 
 private:
     void updateCanSend();

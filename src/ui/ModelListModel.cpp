@@ -42,8 +42,11 @@ QVariant ModelListModel::data(const QModelIndex& index, int role) const
     const ModelRow& row = m_rows[static_cast<std::size_t>(index.row())];
     switch (role) {
     case Qt::DisplayRole:
-    case NameRole:
-        return row.name;
+    case NameRole: {
+        // A name is what a server says it is.
+        constexpr qsizetype longest = 200;
+        return row.name.left(longest);
+    }
     case GroupRole:
         return row.group;
     case DetailRole:

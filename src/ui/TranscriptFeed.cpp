@@ -10,6 +10,9 @@ namespace varnel {
 
 namespace {
 
+/// A server may answer a failure with a whole page.
+constexpr qsizetype longestError = 4000;
+
 QString idOf(const QUuid& id)
 {
     return id.toString(QUuid::WithoutBraces);
@@ -71,7 +74,7 @@ TranscriptMessage TranscriptFeed::describe(const ChatSession& session, const Cha
     if (!shown.streaming && shown.role == TranscriptRole::Reply)
         shown.footer = footerOf(message);
     if (const auto& failure = m_app.failure(); failure && failure->prompt == message.id)
-        shown.error = failure->text;
+        shown.error = failure->text.left(longestError);
     return shown;
 }
 

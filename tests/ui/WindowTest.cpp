@@ -33,7 +33,7 @@ struct WindowFixture : ModelFixture
         if (!window)
             qFatal("the window did not load");
         screens.show(*window);
-        if (!QTest::qWaitForWindowActive(window))
+        if (!waitUntil([this] { return window->isActive(); }))
             qFatal("the window did not become active");
     }
 
@@ -225,7 +225,7 @@ private Q_SLOTS:
             fixture.press(Qt::Key_B, Qt::ControlModifier);
             fixture.press(Qt::Key_Slash, Qt::ControlModifier);
             fixture.window->resize(920, 560);
-            QTest::qWait(50);
+            QVERIFY(waitUntil([&] { return fixture.window->contentItem()->width() == 920; }));
             fixture.press(Qt::Key_Escape);
         }
         QGuiApplication::setLayoutDirection(Qt::LeftToRight);

@@ -20,7 +20,7 @@ Row {
             id: hover
         }
         PlainToolTip {
-            text: AppModel.connectionDetail
+            text: AppModel.connectionDetail.slice(0, 400)
             visible: hover.hovered
             y: parent.height
         }

@@ -10,6 +10,8 @@ Text {
     color: Theme.text
     elide: Text.ElideRight
     font: Theme.uiFont
+    // Not by the letters of the text: a list keeps one edge, the other one where the layout is mirrored.
+    horizontalAlignment: Text.AlignLeft
     lineHeight: line
     lineHeightMode: Text.FixedHeight
     textFormat: Text.PlainText

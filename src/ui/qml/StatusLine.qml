@@ -13,13 +13,13 @@ Item {
         color: Theme.secondary
         font: Theme.metadataFont
         line: Theme.metadataLine
-        text: AppModel.statusMessage
+        text: ComposerState.statusLine
 
         HoverHandler {
             id: hover
         }
         PlainToolTip {
-            text: AppModel.statusMessage
+            text: ComposerState.statusLine
             visible: hover.hovered && (parent as PlainText).truncated
         }
     }
