@@ -270,9 +270,10 @@ void JsonWriter::finish()
     m_buffer.clear();
 }
 
-QByteArray compactJson(const std::function<void(JsonWriter&)>& write)
+QByteArray compactJson(const std::function<void(JsonWriter&)>& write, qsizetype expectedSize)
 {
     QByteArray text;
+    text.reserve(expectedSize);
     JsonWriter writer(JsonWriter::Style::Compact, [&text](std::string_view piece) {
         text.append(piece.data(), static_cast<qsizetype>(piece.size()));
     });

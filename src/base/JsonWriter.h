@@ -71,6 +71,7 @@ private:
 };
 
 /// Runs `write` with a compact writer and returns the whole text; for request bodies.
-QByteArray compactJson(const std::function<void(JsonWriter&)>& write);
+/// @param expectedSize about how many bytes it will be, so that a big text is not moved while it grows.
+QByteArray compactJson(const std::function<void(JsonWriter&)>& write, qsizetype expectedSize = 0);
 
 } // namespace varnel
