@@ -38,7 +38,7 @@ bool SearchKey::isShared() const
 }
 
 std::optional<SearchKey> findSearchKey(SearchBackend backend, SecretStore& secrets,
-                                       const QProcessEnvironment& environment)
+                                       const Environment& environment)
 {
     const QStringList names = accounts(backend);
     for (const QString& name : names) {
@@ -49,7 +49,8 @@ std::optional<SearchKey> findSearchKey(SearchBackend backend, SecretStore& secre
     for (const QString& name : names) {
         if (name == sharedAccount())
             continue;
-        const QString key = usable(environment.value(name));
+        const QString key =
+            usable(QString::fromUtf8(environment(name.toUtf8().constData()).value_or(QByteArray())));
         if (!key.isEmpty())
             return SearchKey{key, SearchKey::Origin::Environment, name};
     }

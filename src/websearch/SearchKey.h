@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Environment.h"
 #include "base/SecretStore.h"
 #include "websearch/SearchPlan.h"
 
-#include <QProcessEnvironment>
 #include <QString>
 
 #include <optional>
@@ -30,6 +30,6 @@ struct SearchKey
 /// The saved key of a service, else the one in the environment; nothing if there is none. A key with a line
 /// break or a NUL inside counts as none. Blocks as the store does; it never prompts.
 std::optional<SearchKey> findSearchKey(SearchBackend backend, SecretStore& secrets,
-                                       const QProcessEnvironment& environment);
+                                       const Environment& environment);
 
 } // namespace varnel

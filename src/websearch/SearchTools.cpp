@@ -38,8 +38,7 @@ QString argumentText(const QJsonValue& arguments)
 QJsonArray searchToolDefinitions()
 {
     const QJsonObject searchProperties{
-        {QStringLiteral("query"),
-         parameter(QStringLiteral("string"), QStringLiteral("The search query"))},
+        {QStringLiteral("query"), parameter(QStringLiteral("string"), QStringLiteral("The search query"))},
         {QStringLiteral("max_results"),
          parameter(QStringLiteral("integer"), QStringLiteral("How many results to return, from 1 to 10"))}};
     const QJsonObject fetchProperties{
@@ -56,9 +55,10 @@ QJsonArray searchToolDefinitions()
 
 QString searchGuidance()
 {
-    return QStringLiteral("You can call web_search and web_fetch. Use them when the question depends on "
-                          "current public information. After the results arrive, answer in your own words and "
-                          "name the page titles and URLs you used.");
+    return QStringLiteral(
+        "You can call web_search and web_fetch. Use them when the question depends on "
+        "current public information. After the results arrive, answer in your own words and "
+        "name the page titles and URLs you used.");
 }
 
 std::vector<SearchToolCall> decodeToolCalls(const QJsonArray& calls)
@@ -81,8 +81,8 @@ QJsonObject toOllamaToolCall(const SearchToolCall& call)
 {
     const QJsonObject arguments = QJsonDocument::fromJson(call.arguments.toUtf8()).object();
     return {{QStringLiteral("id"), call.id},
-            {QStringLiteral("function"), QJsonObject{{QStringLiteral("name"), call.name},
-                                                     {QStringLiteral("arguments"), arguments}}}};
+            {QStringLiteral("function"),
+             QJsonObject{{QStringLiteral("name"), call.name}, {QStringLiteral("arguments"), arguments}}}};
 }
 
 QJsonObject toProviderToolCall(const SearchToolCall& call)
