@@ -1,12 +1,17 @@
 #include "websearch/KnownAddresses.h"
 
-#include <QUrl>
-
 #include <algorithm>
 
 namespace varnel {
 
 namespace {
+
+/// How much of an address without a scheme is its host, port included.
+qsizetype hostLength(const QString& address)
+{
+    const auto isEnd = [](QChar character) { return character == u'/' || character == u'?'; };
+    return std::find_if(address.cbegin(), address.cend(), isEnd) - address.cbegin();
+}
 
 /// What has to be in the text: the address without scheme, fragment and last slash, its host in lower case.
 QString essence(const QString& url)
@@ -20,9 +25,8 @@ QString essence(const QString& url)
         text.remove(0, scheme + 3);
     while (text.endsWith(u'/'))
         text.chop(1);
-    const auto host = std::find_if(text.begin(), text.end(),
-                                   [](QChar character) { return QStringView(u"/?").contains(character); });
-    return text.left(host - text.begin()).toLower() + text.mid(host - text.begin());
+    const qsizetype host = hostLength(text);
+    return text.left(host).toLower() + text.mid(host);
 }
 
 bool continuesHost(QChar character)
@@ -44,8 +48,7 @@ bool goesOn(const QString& text, qsizetype end)
 
 bool holds(const QString& text, const QString& address)
 {
-    const qsizetype host = std::min(address.indexOf(u'/') < 0 ? address.size() : address.indexOf(u'/'),
-                                    address.indexOf(u'?') < 0 ? address.size() : address.indexOf(u'?'));
+    const qsizetype host = hostLength(address);
     qsizetype at = text.indexOf(address, 0, Qt::CaseInsensitive);
     while (at >= 0) {
         const bool sameCase =
