@@ -198,10 +198,11 @@ void JsonWriter::null()
     m_buffer += "null";
 }
 
-void JsonWriter::base64(QByteArrayView bytes)
+void JsonWriter::base64(QByteArrayView bytes, QStringView prefix)
 {
     beginValue();
     m_buffer.push_back('"');
+    appendEscaped(prefix);
     // In pieces that are a multiple of three bytes long, so that they can be put one behind the other.
     constexpr qsizetype pieceSize = 48 * 1024;
     for (qsizetype at = 0; at < bytes.size(); at += pieceSize) {
@@ -269,9 +270,10 @@ void JsonWriter::finish()
     m_buffer.clear();
 }
 
-QByteArray compactJson(const std::function<void(JsonWriter&)>& write)
+QByteArray compactJson(const std::function<void(JsonWriter&)>& write, qsizetype expectedSize)
 {
     QByteArray text;
+    text.reserve(expectedSize);
     JsonWriter writer(JsonWriter::Style::Compact, [&text](std::string_view piece) {
         text.append(piece.data(), static_cast<qsizetype>(piece.size()));
     });

@@ -39,8 +39,9 @@ public:
     void number(double value);
     void boolean(bool value);
     void null();
-    /// A string that holds the bytes in standard Base64 without line breaks (RFC 4648).
-    void base64(QByteArrayView bytes);
+    /// A string that holds the bytes in standard Base64 without line breaks (RFC 4648), behind a prefix such
+    /// as that of a data URL.
+    void base64(QByteArrayView bytes, QStringView prefix = {});
     /// A value of Qt's JSON types, whatever it holds.
     void value(const QJsonValue& value);
 
@@ -70,6 +71,7 @@ private:
 };
 
 /// Runs `write` with a compact writer and returns the whole text; for request bodies.
-QByteArray compactJson(const std::function<void(JsonWriter&)>& write);
+/// @param expectedSize about how many bytes it will be, so that a big text is not moved while it grows.
+QByteArray compactJson(const std::function<void(JsonWriter&)>& write, qsizetype expectedSize = 0);
 
 } // namespace varnel
