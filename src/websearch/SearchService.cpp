@@ -3,7 +3,9 @@
 #include "base/Error.h"
 #include "base/JsonReader.h"
 #include "base/JsonWriter.h"
+#include "providers/chat/KeyMask.h"
 #include "providers/credentials/ApiBase.h"
+#include "providers/credentials/KeyLookup.h"
 #include "websearch/Deadline.h"
 #include "websearch/PageFetch.h"
 #include "websearch/PageText.h"
@@ -69,6 +71,14 @@ HttpRequest braveSearch(const SearchService& service, const QString& query, int 
     return request;
 }
 
+/// A key that ends its header would begin another.
+void requireSendableKey(const SearchService& service)
+{
+    if (!isSendableKey(service.key))
+        throw Error(QStringLiteral("The %1 search key holds a line break or a NUL character.")
+                        .arg(displayName(service.backend)));
+}
+
 /// What the service said to a request that it refused; some repeat the key.
 QString refusal(const QByteArray& body, int status, const QString& key)
 {
@@ -76,9 +86,9 @@ QString refusal(const QByteArray& body, int status, const QString& key)
     QString text = decoder.decode(body);
     if (decoder.hasError() || text.trimmed().isEmpty())
         return QStringLiteral("HTTP %1").arg(status);
-    if (!key.isEmpty())
-        text.replace(key, QStringLiteral("•••"));
-    return firstCharacters(text, failureLimit);
+    ProviderRequest request;
+    request.headers.insert("Authorization", "Bearer " + key.toUtf8());
+    return firstCharacters(withoutKey(std::move(text), request), failureLimit);
 }
 
 std::vector<WebResult> decodeResults(JsonValue reply, SearchBackend backend)
@@ -140,6 +150,7 @@ Error tooSlow(const QString& name, const Deadline& deadline)
 
 Task<QString> readThroughOllama(HttpClient* http, SearchService service, QString url, std::stop_token stop)
 {
+    requireSendableKey(service);
     HttpRequest request = ollamaRequest(service, "api/web_fetch", [&url](JsonWriter& writer) {
         writer.key("url");
         writer.string(url);
@@ -165,6 +176,7 @@ Task<QString> readThroughOllama(HttpClient* http, SearchService service, QString
 Task<std::vector<WebResult>> searchWeb(HttpClient* http, SearchService service, QString query, int count,
                                        std::stop_token stop)
 {
+    requireSendableKey(service);
     HttpRequest request = service.backend == SearchBackend::Brave ? braveSearch(service, query, count)
                                                                   : ollamaSearch(service, query, count);
     const Deadline deadline(stop, service.timeLimit);

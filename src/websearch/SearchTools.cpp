@@ -85,12 +85,4 @@ QJsonObject toOllamaToolCall(const SearchToolCall& call)
              QJsonObject{{QStringLiteral("name"), call.name}, {QStringLiteral("arguments"), arguments}}}};
 }
 
-QJsonObject toProviderToolCall(const SearchToolCall& call)
-{
-    return {{QStringLiteral("id"), call.id},
-            {QStringLiteral("type"), QStringLiteral("function")},
-            {QStringLiteral("function"), QJsonObject{{QStringLiteral("name"), call.name},
-                                                     {QStringLiteral("arguments"), call.arguments}}}};
-}
-
 } // namespace varnel

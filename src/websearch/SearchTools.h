@@ -11,7 +11,7 @@ namespace varnel {
 /// One call of a function that a model asks for.
 struct SearchToolCall
 {
-    /// What the answer to the call refers to; never empty.
+    /// As the service gave it, to answer the call.
     QString id;
     QString name;
     /// JSON text as the model wrote it, whatever that is.
@@ -40,13 +40,10 @@ QJsonArray searchToolDefinitions();
 /// What the model is told about them, the first system message of every request that offers them.
 QString searchGuidance();
 
-/// Reads the calls of a reply, those of Ollama (arguments as an object, an id only from newer servers) as
-/// well as those of OpenAI-compatible services (arguments as text). A call without an id is given one.
+/// Reads the calls of Ollama's reply. Its older servers give a call no id, so it is given one here.
 std::vector<SearchToolCall> decodeToolCalls(const QJsonArray& calls);
 
 /// The call as an assistant message repeats it to Ollama, which takes the arguments as an object only.
 QJsonObject toOllamaToolCall(const SearchToolCall& call);
-/// The call as an assistant message repeats it to an OpenAI-compatible service.
-QJsonObject toProviderToolCall(const SearchToolCall& call);
 
 } // namespace varnel

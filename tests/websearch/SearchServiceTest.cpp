@@ -152,9 +152,9 @@ private Q_SLOTS:
                               << QStringLiteral("T\n\n") + QString(5997, u'c');
         QTest::newRow("status") << 403 << QByteArray("{}")
                                 << QStringLiteral("Could not fetch that page (HTTP 403).");
-        QTest::newRow("no object") << 200 << QByteArray("[]")
-                                   << QStringLiteral(
-                                          "The fetched page could not be read: expected an object, found an array");
+        QTest::newRow("no object")
+            << 200 << QByteArray("[]")
+            << QStringLiteral("The fetched page could not be read: expected an object, found an array");
     }
     void fetchedPagesAreCut()
     {
