@@ -192,10 +192,10 @@ ChatStream OllamaClient::chatStream(const ChatRequest& chat, std::stop_token sto
     return {*m_http, request("POST", "api/chat", streamedChatBody(chat)), std::move(stop)};
 }
 
-Task<WholeChatReply> OllamaClient::chatOnce(const ChatRequest& chat, const QJsonArray& tools,
+Task<WholeChatReply> OllamaClient::chatOnce(const ChatRequest& chat, const ToolOffer& offer,
                                             std::stop_token stop) const
 {
-    return fetchWholeReply(m_http, request("POST", "api/chat", wholeChatBody(chat, tools)), std::move(stop));
+    return fetchWholeReply(m_http, request("POST", "api/chat", wholeChatBody(chat, offer)), std::move(stop));
 }
 
 PullStream OllamaClient::pull(const QString& model, std::stop_token stop) const

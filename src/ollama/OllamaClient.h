@@ -53,7 +53,7 @@ public:
     /// A reply piece by piece as the model writes it.
     ChatStream chatStream(const ChatRequest& request, std::stop_token stop) const;
     /// A reply in one piece, to a model that may call functions.
-    Task<WholeChatReply> chatOnce(const ChatRequest& request, const QJsonArray& tools,
+    Task<WholeChatReply> chatOnce(const ChatRequest& request, const ToolOffer& offer,
                                   std::stop_token stop) const;
 
     /// Fetches a model onto the server, chunk by chunk of its progress.
