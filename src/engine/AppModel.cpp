@@ -20,17 +20,24 @@ AppModel::AppModel(Services services, QObject* parent)
     , m_services(std::move(services))
     , m_bases(m_services.environment)
     , m_credentials(m_services.secrets, m_services.environment)
-    , m_storage(m_services.location ? *m_services.location : resolveLocation(systemStorageFolders()),
-                [this](const QString& text) { notify(text); })
+    , m_keeper(useLocation(), m_services.clock, [this](const SaveStatus& status) { noteSave(status); })
+    , m_library(m_location.folder())
     , m_port(m_processes, m_worker, m_services.clock)
     , m_tunnel({m_services.secrets, m_processes, m_worker, m_services.clock}, m_services.programs)
 {
     m_draftTimer.setSingleShot(true);
-    connect(&m_draftTimer, &QTimer::timeout, this, [this] { m_storage.save(m_drafts); });
+    connect(&m_draftTimer, &QTimer::timeout, this, [this] { m_keeper.saveDrafts(m_drafts); });
     connect(this, &AppState::sessionQueryChanged, this, &AppModel::searchSessions);
     connect(this, &AppState::sessionsChanged, this, &AppModel::searchSessionsAgain);
     load();
     m_tunnel.setOnExit([this](int status, const QString& output) { tunnelEnded(status, output); });
+}
+
+/// The data folder, known before anything that is kept in it.
+QString AppModel::useLocation()
+{
+    m_location = m_services.location ? *m_services.location : resolveLocation(systemStorageFolders());
+    return m_location.folder();
 }
 
 AppModel::~AppModel()
@@ -45,32 +52,27 @@ AppModel::~AppModel()
 void AppModel::load()
 {
     const Preferences& preferences = m_services.preferences;
-    m_location = m_storage.location();
-    m_libraryItems = m_storage.library().items();
+    m_libraryItems = m_library.items();
     m_connection = preferences.connection();
     m_passthroughEnabled = preferences.passthrough();
     m_contextButtonEnabled = preferences.contextButton();
     m_disabledProviderModels = preferences.disabledProviderModels();
     m_workContext = preferences.workContext();
     m_defaultModel = preferences.defaultModel();
-    Storage::Contents contents = m_storage.load();
-    m_sessions = std::move(contents.sessions);
-    m_sessions.sort();
-    m_drafts = std::move(contents.drafts);
-    if (m_sessions.empty())
-        insertNewConversation();
+    StoredConversations stored = m_keeper.load(varnel::newConversation(preferences, m_services.clock.now()));
+    m_sessions = std::move(stored.sessions);
+    m_drafts = std::move(stored.drafts);
     m_selection = m_sessions.front().id;
     m_connectionDetail = m_connection.hostLabel();
-    QStringList problems = contents.problems + m_storage.takeLibraryNotices() + m_bases.complaints();
+    QStringList problems = QStringList(stored.problems.begin(), stored.problems.end()) + m_bases.complaints();
+    if (m_library.loadProblem())
+        problems.push_back(*m_library.loadProblem());
     if (preferences.problem())
         problems.push_back(*preferences.problem());
     if (const auto problem = preferences.connectionProblem())
         problems.push_back(*problem);
     for (const QString& problem : std::as_const(problems))
         notify(problem);
-    // A fresh conversation and what was recovered are saved at once; anything else is on the disk already.
-    if (contents.isChanged || m_sessions.size() == 1)
-        saveSessions();
 }
 
 void AppModel::shutDown()
@@ -81,16 +83,26 @@ void AppModel::shutDown()
     m_tunnel.stop();
     assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
     m_draftTimer.stop();
-    m_storage.save(m_drafts);
-    if (m_isStreaming)
-        m_storage.save(m_sessions, QUuid());
-    m_storage.flush();
+    m_keeper.saveDrafts(m_drafts);
+    if (m_isStreaming) {
+        m_keeper.replyEnded(m_streamingMessage);
+        saveSessions();
+    }
+    m_keeper.flush();
 }
 
 void AppModel::notify(const QString& text)
 {
     setStatusMessage(text);
     m_services.log.log(text);
+}
+
+void AppModel::noteSave(const SaveStatus& status)
+{
+    if (status.setAside)
+        notify(status.setAside->text());
+    if (status.failure)
+        notify(*status.failure);
 }
 
 bool AppModel::attempt(const std::function<void()>& action)
@@ -106,7 +118,7 @@ bool AppModel::attempt(const std::function<void()>& action)
 
 void AppModel::saveSessions()
 {
-    m_storage.save(m_sessions, m_streamingMessage);
+    m_keeper.saveSessions(m_sessions);
 }
 
 void AppModel::saveDrafts()

@@ -8,10 +8,11 @@
 #include "base/Worker.h"
 #include "engine/AppState.h"
 #include "engine/PromptMaterial.h"
-#include "engine/Storage.h"
 #include "engine/Turn.h"
 #include "providers/credentials/ApiBase.h"
 #include "providers/credentials/CredentialWorker.h"
+#include "store/ConversationKeeper.h"
+#include "store/LibraryStore.h"
 #include "store/ProjectPlan.h"
 #include "tunnel/TunnelController.h"
 #include "tunnel/TunnelPort.h"
@@ -215,7 +216,9 @@ private:
     struct RemovedSession;
     struct ReplacedMessages;
 
+    QString useLocation();
     void load();
+    void noteSave(const SaveStatus& status);
     /// Says what the user has to know, in the status and the log.
     void notify(const QString& text);
     /// Runs something that may throw Error, which becomes the status; whether it went well.
@@ -245,7 +248,8 @@ private:
     /// Whether the selected conversation is answered by a provider and none is allowed; it is Ollama's then.
     bool refusesPassthrough();
     void startTurn(const QUuid& session);
-    Task<void> followSend(QUuid session, QString prompt, std::vector<QUuid> attachments, std::stop_token stop);
+    Task<void> followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
+                          std::stop_token stop);
     Task<void> followResend(QUuid session, std::stop_token stop);
     Task<void> runPrepared(QUuid session, PromptMaterial material, std::stop_token stop);
     Task<PromptMaterial> preparePrompt(PromptQuestion question, std::stop_token stop);
@@ -255,7 +259,7 @@ private:
     void showReply(const QUuid& session, const QUuid& message, const QString& thinking, const QString& reply);
     void completeReply(const QUuid& session, const QUuid& message, const TurnOutcome& outcome);
     void endTurn(const QUuid& session, const QUuid& message, TurnFailure failure);
-    void keepReply(const QUuid& session, const QUuid& message);
+    void keep(const QUuid& session, const QUuid& message);
     std::vector<LibraryItem> itemsOf(const std::vector<QUuid>& ids) const;
     /// The items of the library whose media a stored prompt carries.
     std::vector<LibraryItem> mediaItemsOf(const QString& content) const;
@@ -289,7 +293,8 @@ private:
     SystemProcessRunner m_processes;
     Worker m_worker{2};
     CredentialWorker m_credentials;
-    Storage m_storage;
+    ConversationKeeper m_keeper;
+    LibraryStore m_library;
     TunnelPort m_port;
     TunnelController m_tunnel;
     // Connections of probes and of the management of models; a turn has its own.
@@ -305,7 +310,6 @@ private:
     bool m_isPreparing = false;
     bool m_retried = false;
     int m_tunnelStatus = 0; // how ssh ended last
-    std::chrono::steady_clock::time_point m_lastKept;
     // The estimate of the selected conversation without its draft.
     mutable std::optional<ContextUse> m_historyUse;
 

@@ -57,8 +57,8 @@ Task<void> AppModel::followConnection(std::stop_token stop)
             .onExited =
                 [this](const QString& summary) {
                     assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
-                    m_services.log.log(QStringLiteral("tunnel exited ")
-                                       + tunnelExitDetail(m_tunnelStatus, summary));
+                    m_services.log.log(QStringLiteral("tunnel exited ") +
+                                       tunnelExitDetail(m_tunnelStatus, summary));
                 },
         };
         co_await openTunnel(m_tunnel, m_port, m_services.clock, m_connection, observer, stop);

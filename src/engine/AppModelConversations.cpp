@@ -146,7 +146,8 @@ void AppModel::duplicate(const QUuid& id)
     copy.title = tr("Copy of %1").arg(original->title);
     copy.createdAt = copy.updatedAt = m_services.clock.now();
     // A reply that is still being written belongs to the original.
-    std::erase_if(copy.messages, [this](const ChatMessage& message) { return message.id == m_streamingMessage; });
+    std::erase_if(copy.messages,
+                  [this](const ChatMessage& message) { return message.id == m_streamingMessage; });
     for (ChatMessage& message : copy.messages)
         message.id = QUuid::createUuid();
     insertAndSelect(std::move(copy));
@@ -284,7 +285,8 @@ void AppModel::attach(const QUuid& item)
 {
     const LibraryItem* const found = libraryItem(item);
     std::vector<QUuid>& attachments = m_drafts[m_selection].attachments;
-    if (!found || !found->isLive() || std::find(attachments.begin(), attachments.end(), item) != attachments.end())
+    if (!found || !found->isLive() ||
+        std::find(attachments.begin(), attachments.end(), item) != attachments.end())
         return;
     attachments.push_back(item);
     Q_EMIT attachmentIDsChanged();

@@ -75,10 +75,9 @@ void AppModel::editFailed()
 
 void AppModel::regenerate()
 {
-    const ChatSession* const selected = selectedSession();
-    if (!selected || refuseWhileStreaming() || refusesPassthrough())
+    if (!selectedSession() || refuseWhileStreaming() || refusesPassthrough())
         return;
-    selected = selectedSession();
+    const ChatSession* const selected = selectedSession();
     const auto& messages = selected->messages;
     const auto prompt = std::find_if(messages.rbegin(), messages.rend(), [](const ChatMessage& message) {
         return message.role == ChatRole::User;
@@ -94,10 +93,9 @@ void AppModel::regenerate()
 
 void AppModel::editAndResend(const QUuid& message, const QString& text)
 {
-    const ChatSession* selected = selectedSession();
-    if (!selected || text.trimmed().isEmpty() || refuseWhileStreaming() || refusesPassthrough())
+    if (!selectedSession() || text.trimmed().isEmpty() || refuseWhileStreaming() || refusesPassthrough())
         return;
-    selected = selectedSession();
+    const ChatSession* const selected = selectedSession();
     const std::size_t index = indexOf(*selected, message);
     if (index == selected->messages.size() || selected->messages[index].role != ChatRole::User)
         return;
@@ -164,7 +162,8 @@ void AppModel::putBack(const ReplacedMessages& replaced)
     if (!conversation || conversation->messages.size() < replaced.kept)
         return;
     conversation->messages.resize(replaced.kept);
-    conversation->messages.insert(conversation->messages.end(), replaced.messages.begin(), replaced.messages.end());
+    conversation->messages.insert(conversation->messages.end(), replaced.messages.begin(),
+                                  replaced.messages.end());
     setFailure(std::nullopt);
     touch(replaced.session);
     Q_EMIT messagesChanged(replaced.session);

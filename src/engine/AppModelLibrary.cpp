@@ -23,14 +23,27 @@ const ChatMessage* messageOf(const ChatSession* session, const QUuid& id)
     return found == session->messages.end() ? nullptr : &*found;
 }
 
+/// Reads a backup and copies stored files back that are gone.
+Task<BackupContents> readBackup(Worker* worker, QString root, QString name)
+{
+    co_return co_await worker->run([root, name](const std::stop_token&) {
+        const std::vector<Backup> backups = listBackups(root);
+        const auto found = std::find_if(backups.begin(), backups.end(),
+                                        [&name](const Backup& backup) { return backup.name == name; });
+        if (found == backups.end())
+            throw Error(QStringLiteral("There is no backup %1.").arg(name));
+        return varnel::restoreBackup(root, *found);
+    });
+}
+
 } // namespace
 
 void AppModel::showLibrary()
 {
-    m_libraryItems = m_storage.library().items();
+    m_libraryItems = m_library.items();
     Q_EMIT libraryItemsChanged();
-    for (const QString& notice : m_storage.takeLibraryNotices())
-        notify(notice);
+    for (const SetAside& setAside : m_library.takeSetAside())
+        notify(setAside.text());
 }
 
 void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
@@ -40,14 +53,15 @@ void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool
 
 Task<void> AppModel::followImport(QList<QUrl> files, QString folder, QUuid attachTo)
 {
-    const QString root = m_storage.library().root();
+    const QString root = m_library.root();
     for (const QUrl& file : std::as_const(files)) {
         QString failure;
         try {
             const Instant now = m_services.clock.now();
-            LibraryItem item = co_await m_worker.run(
-                [root, file, folder, now](const std::stop_token&) { return copyIntoLibrary(root, file, folder, now); });
-            const QUuid id = m_storage.library().add(std::move(item)).id;
+            LibraryItem item = co_await m_worker.run([root, file, folder, now](const std::stop_token&) {
+                return copyIntoLibrary(root, file, folder, now);
+            });
+            const QUuid id = m_library.add(std::move(item)).id;
             showLibrary();
             if (session(attachTo)) {
                 m_drafts[attachTo].attachments.push_back(id);
@@ -68,21 +82,21 @@ Task<void> AppModel::followImport(QList<QUrl> files, QString folder, QUuid attac
 void AppModel::addLink(const QString& title, const QString& url, const QString& note, const QString& folder)
 {
     attempt([&] {
-        m_storage.library().addLink(wellFormed(title), wellFormed(url), wellFormed(note), wellFormed(folder),
-                                    m_services.clock.now());
+        m_library.addLink(wellFormed(title), wellFormed(url), wellFormed(note), wellFormed(folder),
+                          m_services.clock.now());
     });
     showLibrary();
 }
 
 void AppModel::changeItem(const QUuid& id, const std::function<void(LibraryItem&)>& change)
 {
-    attempt([&] { m_storage.library().changeItem(id, change); });
+    attempt([&] { m_library.changeItem(id, change); });
     showLibrary();
 }
 
 void AppModel::deleteItem(const QUuid& id)
 {
-    attempt([&] { m_storage.library().markDeleted(id, m_services.clock.now()); });
+    attempt([&] { m_library.markDeleted(id, m_services.clock.now()); });
     // What is deleted is attached nowhere.
     for (auto& [session, draft] : m_drafts)
         std::erase(draft.attachments, id);
@@ -93,13 +107,13 @@ void AppModel::deleteItem(const QUuid& id)
 
 void AppModel::restoreItem(const QUuid& id)
 {
-    attempt([&] { m_storage.library().restore(id); });
+    attempt([&] { m_library.restore(id); });
     showLibrary();
 }
 
 void AppModel::removeItemForGood(const QUuid& id)
 {
-    attempt([&] { m_storage.library().removeForGood(id); });
+    attempt([&] { m_library.removeForGood(id); });
     showLibrary();
 }
 
@@ -112,7 +126,7 @@ Task<void> AppModel::followBackup()
 {
     QString status;
     try {
-        const Backup backup = co_await m_storage.backUp(m_services.clock.now());
+        const Backup backup = co_await m_keeper.backUp(m_library.items());
         status = backup.statusText();
     } catch (const Cancelled&) {
         co_return;
@@ -132,9 +146,9 @@ Task<void> AppModel::followRestore(QString name)
 {
     QString status;
     try {
-        co_await m_storage.backUp(m_services.clock.now());
-        BackupContents contents = co_await m_storage.readBackup(name);
-        m_storage.library().replaceItems(std::move(contents.items));
+        co_await m_keeper.backUp(m_library.items());
+        BackupContents contents = co_await readBackup(&m_worker, m_location.folder(), name);
+        m_library.replaceItems(std::move(contents.items));
         m_sessions = std::move(contents.sessions);
         m_sessions.sort();
         if (m_sessions.empty())
@@ -175,7 +189,8 @@ void AppModel::writeProjectFiles(const QUuid& message, const QStringList& paths)
     const ChatMessage* const reply = messageOf(selected, message);
     std::vector<ProjectFile> files = reply ? projectFiles(reply->content) : std::vector<ProjectFile>();
     if (!paths.isEmpty())
-        std::erase_if(files, [&paths](const ProjectFile& file) { return !paths.contains(file.relativePath); });
+        std::erase_if(files,
+                      [&paths](const ProjectFile& file) { return !paths.contains(file.relativePath); });
     if (files.empty()) {
         setStatusMessage(noProjectFilesStatus());
         return;

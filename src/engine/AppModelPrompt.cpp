@@ -7,7 +7,7 @@
 #include "providers/credentials/ModelFilter.h"
 #include "store/LibraryTexts.h"
 #include "store/ProjectFiles.h"
-#include "websearch/SearchKey.h"
+#include "websearch/SearchKeys.h"
 #include "websearch/SearchPlan.h"
 
 #include <algorithm>
@@ -53,16 +53,38 @@ QString unreadableReason(const ChatSession& session, const LibraryItem& item)
     if (!hasMedia(item))
         return {};
     const bool isPdf = item.kind == LibraryKind::Pdf;
-    const bool reads =
-        session.answerBackend == AnswerBackend::Remote
-            ? remoteModelReads(isPdf ? AttachmentKind::PdfDocuments : AttachmentKind::Images, session.remoteProvider,
-                               session.remoteModel)
-            : !isPdf && ollamaModelReadsImages(session.model);
+    const bool reads = session.answerBackend == AnswerBackend::Remote
+                           ? remoteModelReads(isPdf ? AttachmentKind::PdfDocuments : AttachmentKind::Images,
+                                              session.remoteProvider, session.remoteModel)
+                           : !isPdf && ollamaModelReadsImages(session.model);
     if (reads)
         return {};
     return QStringLiteral("%1 cannot read %2 (%3). Choose another model under Send with, or remove it.")
         .arg(session.answerBackend == AnswerBackend::Remote ? session.remoteModel : session.model, item.title,
              isPdf ? QStringLiteral("a PDF") : QStringLiteral("an image"));
+}
+
+struct AttachedFiles
+{
+    QStringList texts;
+    std::vector<PromptMedia> media;
+};
+
+/// What the attachments say and are.
+Task<AttachedFiles> readAttachments(Worker* worker, QString root, std::vector<LibraryItem> items,
+                                    std::stop_token stop)
+{
+    co_return co_await worker->run(
+        [root, items](const std::stop_token&) {
+            AttachedFiles files;
+            for (const LibraryItem& item : items) {
+                files.texts.push_back(wellFormed(attachmentText(root, item)));
+                if (std::optional<PromptMedia> media = mediaOf(root, item))
+                    files.media.push_back(std::move(*media));
+            }
+            return files;
+        },
+        stop);
 }
 
 } // namespace
@@ -108,8 +130,8 @@ Task<PromptMaterial> AppModel::preparePrompt(PromptQuestion question, std::stop_
     const bool isRemote = session.answerBackend == AnswerBackend::Remote;
     if (isRemote && !m_passthroughEnabled)
         throw VarnelError::passthroughDisabled();
-    const TurnKeys keys =
-        co_await findKeys(&m_credentials, session.answerBackend, session.remoteProvider, session.search, stop);
+    const TurnKeys keys = co_await findKeys(&m_credentials, session.answerBackend, session.remoteProvider,
+                                            session.search, stop);
     PromptMaterial material;
     material.plan = planSearch({.source = session.search,
                                 .answerBackend = session.answerBackend,
@@ -130,42 +152,22 @@ Task<PromptMaterial> AppModel::preparePrompt(PromptQuestion question, std::stop_
         if (material.search->key.isEmpty())
             throw Error(missingSearchKeyMessage(tools->backend));
     }
-    co_await readAttachments(&question, &material, stop);
+    material.content = question.prompt;
+    if (!question.items.empty()) {
+        AttachedFiles files = co_await readAttachments(&m_worker, m_location.folder(), question.items, stop);
+        material.media = std::move(files.media);
+        if (!question.isFollowUp)
+            material.content = promptContent(question.prompt, files.texts);
+    }
     co_return material;
-}
-
-/// The texts and the media of the attachments; the files are read on a worker.
-Task<void> AppModel::readAttachments(PromptQuestion* question, PromptMaterial* material, std::stop_token stop)
-{
-    material->content = question->prompt;
-    if (question->items.empty())
-        co_return;
-    struct Read
-    {
-        QStringList texts;
-        std::vector<PromptMedia> media;
-    };
-    const Read read = co_await m_worker.run(
-        [root = m_location.folder(), items = question->items](const std::stop_token&) {
-            Read result;
-            for (const LibraryItem& item : items) {
-                result.texts.push_back(wellFormed(attachmentText(root, item)));
-                if (std::optional<PromptMedia> media = mediaOf(root, item))
-                    result.media.push_back(std::move(*media));
-            }
-            return result;
-        },
-        stop);
-    material->media = read.media;
-    if (!question->isFollowUp)
-        material->content = promptContent(question->prompt, read.texts);
 }
 
 TurnRequest AppModel::turnRequest(const ChatSession& session, PromptMaterial material) const
 {
     QString systemText = session.systemPrompt;
     if (const QString instruction = projectInstruction(session); !instruction.isEmpty())
-        systemText = systemText.trimmed().isEmpty() ? instruction : systemText + QStringLiteral("\n\n") + instruction;
+        systemText =
+            systemText.trimmed().isEmpty() ? instruction : systemText + QStringLiteral("\n\n") + instruction;
     TurnRequest request{.question = {}, .search = std::move(material.search), .backend = {}};
     if (session.answerBackend == AnswerBackend::Remote) {
         ProviderTurn turn;

@@ -18,24 +18,30 @@ namespace varnel {
 namespace {
 
 const QString retryMessage = QStringLiteral("The reply stalled. Trying again…");
-constexpr std::chrono::seconds keepEvery(5);
 
 /// What the user is told of a failure.
-TurnFailure failureOf(std::exception_ptr exception, const TurnRequest& request, const ConnectionSettings& connection,
-                      bool tunnelIsUp)
+TurnFailure failureOf(std::exception_ptr exception, const TurnRequest& request,
+                      const ConnectionSettings& connection, bool tunnelIsUp)
 {
     const auto* const turn = std::get_if<ProviderTurn>(&request.question);
     try {
         std::rethrow_exception(std::move(exception));
     } catch (const TransportError& error) {
         if (turn)
-            return {.session = {}, .prompt = {},
-                    .text = QStringLiteral("%1 request failed: %2").arg(displayName(turn->provider), error.message()),
-                    .detail = {}};
-        return {.session = {}, .prompt = {}, .text = unansweredMessage(connection, tunnelIsUp), .detail = error.message()};
+            return {
+                .session = {},
+                .prompt = {},
+                .text =
+                    QStringLiteral("%1 request failed: %2").arg(displayName(turn->provider), error.message()),
+                .detail = {}};
+        return {.session = {},
+                .prompt = {},
+                .text = unansweredMessage(connection, tunnelIsUp),
+                .detail = error.message()};
     } catch (const OllamaError& error) {
         const bool unreachable = error.kind() == OllamaError::Kind::Unreachable;
-        return {.session = {}, .prompt = {},
+        return {.session = {},
+                .prompt = {},
                 .text = unreachable ? unansweredMessage(connection, tunnelIsUp) : error.message(),
                 .detail = unreachable ? error.message() : QString()};
     } catch (const VarnelError& error) {
@@ -73,7 +79,8 @@ void AppModel::send()
     const ChatSession* const session = selectedSession();
     const QString prompt = draft().trimmed();
     const std::vector<QUuid> attachments = attachmentIDs();
-    if (!session || (prompt.isEmpty() && attachments.empty()) || refuseWhileStreaming() || refusesPassthrough())
+    if (!session || (prompt.isEmpty() && attachments.empty()) || refuseWhileStreaming() ||
+        refusesPassthrough())
         return;
     m_isPreparing = true;
     m_stopTurn = std::stop_source();
@@ -91,19 +98,22 @@ bool AppModel::refusesPassthrough()
 }
 
 /// Nothing of the conversation changes before it is known that the turn can be sent.
-Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid> attachments, std::stop_token stop)
+Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
+                                std::stop_token stop)
 {
     QString refusal;
     try {
         const ChatSession* const conversation = this->session(session);
-        PromptMaterial material = co_await preparePrompt(
-            {.conversation = *conversation, .prompt = prompt, .items = itemsOf(attachments), .isFollowUp = false}, stop);
+        PromptMaterial material = co_await preparePrompt({.conversation = *conversation,
+                                                          .prompt = prompt,
+                                                          .items = itemsOf(attachments),
+                                                          .isFollowUp = false},
+                                                         stop);
         ChatSession* const changed = edit(session);
         if (!changed)
             throw Cancelled(); // removed while its prompt was made ready
         ChatMessage message = makeMessage(ChatRole::User, material.content, m_services.clock.now());
-        const QUuid previous = changed->messages.empty() ? QUuid() : changed->messages.back().id;
-        changed->messages.push_back(message);
+        changed->messages.push_back(std::move(message));
         if (changed->title == QLatin1String("New conversation") && !prompt.isEmpty())
             changed->title = titleFromPrompt(prompt);
         m_drafts.erase(session);
@@ -113,7 +123,6 @@ Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid
             Q_EMIT attachmentIDsChanged();
         }
         setReplaced(nullptr);
-        m_storage.keep({.session = session, .prompt = previous, .message = std::move(message)});
         m_isPreparing = false;
         co_await runPrepared(session, std::move(material), stop);
         co_return;
@@ -172,14 +181,15 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
     TurnRequest request = turnRequest(*conversation, std::move(material));
     ChatMessage reply = makeMessage(ChatRole::Assistant, QString(), m_services.clock.now());
     reply.backend = request.backend;
+    const QUuid prompt = conversation->messages.back().id;
     const QUuid message = reply.id;
     conversation->messages.push_back(std::move(reply));
     setFailure(std::nullopt);
     setStatusMessage(request.search ? searchingStatus(request.search->backend) : QString());
     m_retried = false;
-    m_lastKept = m_services.clock.steadyNow();
     setStreaming(session, message);
-    touch(session);
+    conversation->updatedAt = m_services.clock.now();
+    moveIntoPlace(session);
     Q_EMIT messagesChanged(session);
     if (std::holds_alternative<OllamaQuestion>(request.question))
         m_running = followRunning(stop);
@@ -187,10 +197,15 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
     std::exception_ptr exception;
     TurnFailure failure;
     try {
-        co_await m_storage.kept(); // the prompt is safe before it leaves
+        // The prompt is on the disk before it leaves; the whole follows meanwhile.
+        keep(session, prompt);
+        co_await m_keeper.flushed();
+        m_keeper.replyEnded(prompt);
+        saveSessions();
         if (stop.stop_requested())
             throw Cancelled();
-        const TurnOutcome outcome = co_await runTurn(request, turnServices(), observerOf(session, message), stop);
+        const TurnOutcome outcome =
+            co_await runTurn(request, turnServices(), observerOf(session, message), stop);
         completeReply(session, message, outcome);
         if (m_retried || request.search)
             setStatusMessage(QString());
@@ -207,9 +222,9 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
 TurnObserver AppModel::observerOf(const QUuid& session, const QUuid& message)
 {
     return {
-        .onProgress = [this, session, message](const QString& thinking, const QString& reply) {
-            showReply(session, message, thinking, reply);
-        },
+        .onProgress = [this, session,
+                       message](const QString& thinking,
+                                const QString& reply) { showReply(session, message, thinking, reply); },
         .onRetry =
             [this](const QString& description) {
                 m_retried = true;
@@ -225,28 +240,27 @@ TurnObserver AppModel::observerOf(const QUuid& session, const QUuid& message)
     };
 }
 
-void AppModel::showReply(const QUuid& session, const QUuid& message, const QString& thinking, const QString& reply)
+void AppModel::showReply(const QUuid& session, const QUuid& message, const QString& thinking,
+                         const QString& reply)
 {
     ChatMessage* const shown = editMessage(session, message);
     if (!shown)
         return;
     shown->thinking = thinking;
     shown->content = reply;
-    if (m_services.clock.steadyNow() - m_lastKept >= keepEvery)
-        keepReply(session, message);
+    keep(session, message);
     Q_EMIT messageChanged(session, message);
 }
 
-void AppModel::keepReply(const QUuid& session, const QUuid& message)
+void AppModel::keep(const QUuid& session, const QUuid& message)
 {
-    m_lastKept = m_services.clock.steadyNow();
     const ChatSession* const conversation = this->session(session);
-    const auto& messages = conversation->messages;
-    const auto found = std::find_if(messages.begin(), messages.end(),
-                                    [&message](const ChatMessage& each) { return each.id == message; });
-    if (found == messages.end() || found == messages.begin())
+    const std::size_t index = conversation ? indexOf(*conversation, message) : 0;
+    if (!conversation || index == conversation->messages.size())
         return;
-    m_storage.keep({.session = session, .prompt = std::prev(found)->id, .message = *found});
+    m_keeper.keepReply({.session = session,
+                        .prompt = index > 0 ? conversation->messages[index - 1].id : QUuid(),
+                        .message = conversation->messages[index]});
 }
 
 void AppModel::completeReply(const QUuid& session, const QUuid& message, const TurnOutcome& outcome)
@@ -281,6 +295,7 @@ void AppModel::endTurn(const QUuid& session, const QUuid& message, TurnFailure f
         failure.prompt = std::prev(found)->id;
         setFailure(std::move(failure));
     }
+    m_keeper.replyEnded(message);
     // A reply of which nothing came is none.
     if (found->content.isEmpty() && found->thinking.isEmpty()) {
         conversation->messages.erase(found);

@@ -9,8 +9,7 @@ namespace {
 /// Where the first attachment begins; the length of the content if there is none.
 qsizetype attachmentsBegin(const QString& content)
 {
-    static const QRegularExpression opening(
-        QStringLiteral("(?:^|\\n\\n)(?=\\[(?:file|pdf|image|link)\\] )"));
+    static const QRegularExpression opening(QStringLiteral("(?:^|\\n\\n)(?=\\[(?:file|pdf|image|link)\\] )"));
     const QRegularExpressionMatch match = opening.match(content);
     return match.hasMatch() ? match.capturedStart() : content.size();
 }

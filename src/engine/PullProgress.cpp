@@ -72,9 +72,9 @@ QString PullProgress::text() const
     const std::optional<double> done = share();
     if (!done)
         return m_status.isEmpty() ? opening : opening + QLatin1Char(' ') + m_status;
-    QStringList parts{
-        QStringLiteral("%1 %").arg(std::floor(*done * 100)),
-        QStringLiteral("%1 of %2").arg(bytes(static_cast<double>(m_completed)), bytes(static_cast<double>(m_total)))};
+    QStringList parts{QStringLiteral("%1 %").arg(std::floor(*done * 100)),
+                      QStringLiteral("%1 of %2")
+                          .arg(bytes(static_cast<double>(m_completed)), bytes(static_cast<double>(m_total)))};
     if (const std::optional<double> speed = rate()) {
         parts.push_back(bytes(*speed) + QStringLiteral("/s"));
         if (m_completed < m_total)

@@ -64,12 +64,12 @@ std::optional<SessionHit> searchOne(const ChatSession& session, const Matchers& 
                                     const std::stop_token& stop)
 {
     SessionHit hit{.session = session.id, .message = {}, .snippet = {}};
-    const auto found = std::find_if(session.messages.rbegin(), session.messages.rend(),
-                                    [&](const ChatMessage& message) {
-                                        if (stop.stop_requested())
-                                            throw Cancelled();
-                                        return holdsAll(message.content, matchers);
-                                    });
+    const auto found =
+        std::find_if(session.messages.rbegin(), session.messages.rend(), [&](const ChatMessage& message) {
+            if (stop.stop_requested())
+                throw Cancelled();
+            return holdsAll(message.content, matchers);
+        });
     if (found != session.messages.rend()) {
         hit.message = found->id;
         quote(hit, found->content, matchers);
@@ -104,9 +104,11 @@ Task<std::vector<SessionHit>> searchSessions(Worker* worker, SessionList session
                                              std::stop_token stop)
 {
     const auto half = [&](std::size_t first) {
-        return worker->run([sessions, first, query](const std::stop_token& token) {
-            return searchHalf(sessions, first, query, token);
-        }, stop);
+        return worker->run(
+            [sessions, first, query](const std::stop_token& token) {
+                return searchHalf(sessions, first, query, token);
+            },
+            stop);
     };
     Task<NumberedHits> even = half(0);
     Task<NumberedHits> odd = half(1);

@@ -41,7 +41,8 @@ Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Cl
     const QString host = settings.hostLabel();
     const int local = tunnelLocalPort(settings);
     co_await port.reclaim(settings, stop);
-    const bool isHeld = !(co_await port.occupants(local, stop)).empty() || co_await port.isBlocked(local, stop);
+    const bool isHeld =
+        !(co_await port.occupants(local, stop)).empty() || co_await port.isBlocked(local, stop);
     if (isHeld)
         throw Error(QStringLiteral("Local port %1 is already in use, so the tunnel to %2 could not open.")
                         .arg(QString::number(local), host));

@@ -83,8 +83,8 @@ struct TurnServices
 /// Runs one turn and hands the reply to the observer. Ends when the reply is whole.
 ///
 /// A streamed request that fails on its way before anything of the reply arrived is sent once more. Throws
-/// TransportError, OllamaError, VarnelError or Cancelled; what arrived before has then been shown. Connections
-/// are the turn's own: none outlives it.
+/// TransportError, OllamaError, VarnelError or Cancelled; what arrived before has then been shown.
+/// Connections are the turn's own: none outlives it.
 Task<TurnOutcome> runTurn(TurnRequest request, TurnServices services, TurnObserver observer,
                           std::stop_token stop);
 

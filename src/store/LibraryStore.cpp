@@ -183,6 +183,20 @@ static auto itemOf(std::vector<LibraryItem>& items, const QUuid& id)
     return std::find_if(items.begin(), items.end(), [&id](const LibraryItem& item) { return item.id == id; });
 }
 
+void LibraryStore::changeItem(const QUuid& id, const std::function<void(LibraryItem&)>& edit)
+{
+    std::vector<LibraryItem> items = m_items;
+    const auto item = itemOf(items, id);
+    if (item == items.end())
+        return;
+    LibraryItem edited = *item;
+    edit(edited);
+    item->title = wellFormed(edited.title);
+    item->note = wellFormed(edited.note);
+    item->folder = folderName(edited.folder);
+    change(std::move(items));
+}
+
 void LibraryStore::markDeleted(const QUuid& id, Instant now)
 {
     std::vector<LibraryItem> items = m_items;

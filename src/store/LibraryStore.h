@@ -9,6 +9,7 @@
 #include <QUrl>
 #include <QUuid>
 
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -60,6 +61,8 @@ public:
     const LibraryItem& add(LibraryItem item);
     const LibraryItem& addLink(const QString& title, const QString& url, const QString& note,
                                const QString& folder, Instant now);
+    /// Changes the title, the note or the folder of an item; everything else of it stays.
+    void changeItem(const QUuid& id, const std::function<void(LibraryItem&)>& edit);
     /// Hides an item; the stored copy stays. An identifier that names none changes nothing.
     void markDeleted(const QUuid& id, Instant now);
     /// Shows a deleted item again.
