@@ -306,8 +306,6 @@ private:
     std::unique_ptr<ReplacedMessages> m_replaced;
     std::optional<ProjectBackup> m_projectBackup;
     SystemPageNetwork m_pages;
-    /// Whether a turn is looked into that nothing was sent of yet.
-    bool m_isPreparing = false;
     bool m_retried = false;
     int m_tunnelStatus = 0; // how ssh ended last
     // The estimate of the selected conversation without its draft.

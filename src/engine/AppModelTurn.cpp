@@ -68,7 +68,7 @@ ChatMessage makeMessage(ChatRole role, QString content, Instant now)
 
 bool AppModel::refuseWhileStreaming()
 {
-    if (!m_isStreaming && !m_isPreparing)
+    if (!isBusy())
         return false;
     setStatusMessage(QStringLiteral("A reply is still running. Stop it or wait until it ends."));
     return true;

@@ -120,6 +120,8 @@ public:
     std::vector<QUuid> attachmentIDs() const;
 
     bool isStreaming() const { return m_isStreaming; }
+    /// Whether a turn runs, or is looked into before anything of it is sent.
+    bool isBusy() const { return m_isStreaming || m_isPreparing; }
     /// The conversation that is being answered; null if none is.
     const QUuid& streamingSession() const { return m_streamingSession; }
     /// The message that is being written; null if none is.
@@ -228,6 +230,7 @@ protected:
     bool m_tunnelIsUp = false;
     Drafts m_drafts;
     bool m_isStreaming = false;
+    bool m_isPreparing = false;
     QUuid m_streamingSession;
     QUuid m_streamingMessage;
     std::optional<TurnFailure> m_failure;

@@ -1,5 +1,6 @@
 #include "ui/WindowApplication.h"
 
+#include "app/DiagnosticsLog.h"
 #include "base/Clock.h"
 #include "store/Preferences.h"
 #include "ui/GraphicsDevice.h"
@@ -59,16 +60,16 @@ int runWindowApplication(int argc, char** argv)
 
     Preferences preferences;
     const SystemClock clock;
-    AppModel app({preferences, clock});
+    const DiagnosticsLog log(DiagnosticsLog::defaultFolder(), clock);
+    AppModel app({.preferences = preferences, .clock = clock, .secrets = systemSecretStore(), .log = log});
     WindowScreens screens(app, clock, windowStateFile());
     QQuickWindow* const window = screens.load();
     if (!window)
         return EXIT_FAILURE;
-    // A reply that still runs ends with what has come of it.
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &app, &AppModel::stop);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &app, &AppModel::shutDown);
     reportFirstFrame(*window);
     screens.show(*window);
-    app.checkConnection();
+    app.checkAtStart();
     return QGuiApplication::exec();
 }
 

@@ -52,7 +52,7 @@ struct WindowFixture : ModelFixture
         return focus ? focus->text(QAccessible::Name) : QString();
     }
 
-    WindowScreens screens{app, clock, profile.filePath(QStringLiteral("window.ini"))};
+    WindowScreens screens{app, clock, profile.folder.filePath(QStringLiteral("window.ini"))};
     QQuickWindow* window;
 };
 
@@ -230,7 +230,7 @@ private Q_SLOTS:
         }
         QGuiApplication::setLayoutDirection(Qt::LeftToRight);
         const WindowFixture again;
-        QCOMPARE(loadWindowState(again.profile.filePath(QStringLiteral("window.ini"))).zoom, 1.0);
+        QCOMPARE(loadWindowState(again.profile.folder.filePath(QStringLiteral("window.ini"))).zoom, 1.0);
     }
 };
 
