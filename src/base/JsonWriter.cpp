@@ -99,12 +99,12 @@ char* writeEscaped(const char16_t* at, const char16_t* end, char* to)
             at += blockSize;
             to += blockSize;
         }
-        // What broke the block is near; after it, whole blocks are tried again.
-        for (const char16_t* const near = at + std::min(blockSize, end - at); at < near;) {
+        while (at != end && standsForItself(*at))
+            *to++ = static_cast<char>(*at++);
+        // Writing systems other than Latin come in runs.
+        while (at != end && !standsForItself(*at)) {
             const char16_t unit = *at++;
-            if (standsForItself(unit))
-                *to++ = static_cast<char>(unit);
-            else if (unit < 0x80)
+            if (unit < 0x80)
                 to = writeEscape(to, unit);
             else if (!QChar::isSurrogate(unit))
                 to = writeCodePoint(to, unit);
