@@ -9,7 +9,7 @@ namespace varnel {
 
 namespace {
 
-constexpr std::size_t partSize = 1024 * 1024;
+constexpr std::size_t partSize = 256 * 1024;
 constexpr std::string_view cutMark = "\n  },\n  {";
 constexpr std::size_t commaInMark = 4;
 
