@@ -2,6 +2,7 @@
 
 #include "StoreFixtures.h"
 
+#include <QDateTime>
 #include <QRandomGenerator>
 
 #include <csignal>
@@ -204,8 +205,33 @@ private Q_SLOTS:
         QCOMPARE(aside->reason, SetAside::Reason::Changed);
         QCOMPARE(contentsOf(aside->path), foreign);
         QVERIFY(aside->text().contains(aside->path));
+        // As long as before, and from a past that the clock was set back to: a second name is found for it.
+        QFile again(file);
+        QVERIFY(again.open(QIODevice::ReadWrite) && again.write("{") == 1 && again.flush());
+        QVERIFY(
+            again.setFileTime(QDateTime::fromSecsSinceEpoch(1'000'000), QFileDevice::FileModificationTime));
+        const std::optional<SetAside> second = store.save(newSessions);
+        QVERIFY(second && second->path != aside->path && contentsOf(second->path).startsWith('{'));
+        QCOMPARE(contentsOf(aside->path), foreign);
         QVERIFY(!store.save(oldSessions));
         QVERIFY(SessionStore(scratch.path()).save(newSessions)); // one that has read nothing
+    }
+
+    void whatCannotBeKeptIsNotReplaced()
+    {
+        const QTemporaryDir scratch;
+        const QString file = SessionStore::fileIn(scratch.path());
+        writeFile(file, "[}");
+        SessionStore store(scratch.path());
+        QVERIFY(!failureOf([&store] { store.load(); }).isEmpty());
+        QVERIFY(::chmod(qPrintable(scratch.path()), 0555) == 0 && ::chmod(qPrintable(file), 0644) == 0);
+        {
+            const AsNobody nobody;
+            QVERIFY(!failureOf([&store] { store.save(newSessions); }).isEmpty());
+        }
+        QCOMPARE(contentsOf(file), QByteArray("[}"));
+        QVERIFY(::chmod(qPrintable(scratch.path()), 0700) == 0);
+        QVERIFY(store.save(newSessions));
     }
 
     void linkToAFileStays()
