@@ -35,6 +35,8 @@ public:
     void key(std::string_view key);
 
     void string(QStringView text);
+    /// A string given in UTF-8, which it has to be; for texts that the program makes itself.
+    void utf8(std::string_view text);
     void integer(qint64 value);
     void number(double value);
     void boolean(bool value);
@@ -61,6 +63,7 @@ private:
     void close();
     void lineBreak();
     void appendEscaped(QStringView text);
+    void appendEscaped(std::string_view text);
     void flushIfLarge();
 
     Style m_style;

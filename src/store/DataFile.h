@@ -2,12 +2,16 @@
 
 #include "base/JsonReader.h"
 #include "base/JsonWriter.h"
+#include "store/ArrayReader.h"
 #include "store/FileAccess.h"
 
 #include <QString>
 
+#include <algorithm>
 #include <functional>
+#include <iterator>
 #include <optional>
+#include <vector>
 
 namespace varnel {
 
@@ -61,6 +65,17 @@ public:
         }
     }
 
+    /// The same for a file that holds an array of objects, each read by `decode`; a big one takes no more
+    /// memory than what it decodes to.
+    template <typename Decode>
+    auto loadList(Decode decode) -> std::optional<std::vector<std::invoke_result_t<Decode, JsonValue>>>
+    {
+        if (auto items = loadParts(decode))
+            return items;
+        // What is wrong, and where, shows in the whole only.
+        return load(listOf(decode));
+    }
+
     /// Replaces the file by what `write` writes, a piece at a time; the folder is made if it is missing. When
     /// it returns, the new contents are on the disk. Throws Error; the old contents are then in place.
     ///
@@ -72,6 +87,31 @@ public:
     void remove();
 
 private:
+    /// Nothing when the file cannot be read in parts, for whatever reason.
+    template <typename Decode>
+    auto loadParts(Decode decode) -> std::optional<std::vector<std::invoke_result_t<Decode, JsonValue>>>
+    {
+        std::vector<std::invoke_result_t<Decode, JsonValue>> items;
+        try {
+            ArrayReader reader(m_path);
+            JsonParser parser;
+            bool isEmpty = true;
+            while (const std::optional<std::string_view> part = reader.next()) {
+                isEmpty = false;
+                auto more = parser.parsePadded(*part).list(decode);
+                std::move(more.begin(), more.end(), std::back_inserter(items));
+            }
+            if (isEmpty)
+                return std::nullopt;
+            m_known = reader.stamp();
+        } catch (const Error&) {
+            return std::nullopt;
+        }
+        m_wasRead = true;
+        m_isReadable = true;
+        return items;
+    }
+
     std::optional<FileContents> read();
     std::optional<SetAside> keepOldContents();
 

@@ -42,22 +42,6 @@ QString pathAside(const QString& file, QLatin1String word)
     }
 }
 
-std::size_t readFully(int descriptor, char* bytes, std::size_t size, const QString& file)
-{
-    std::size_t read = 0;
-    while (read < size) {
-        const ssize_t count = ::read(descriptor, bytes + read, size - read);
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            throw fileError(file, QStringLiteral("could not be read"), errno);
-        if (count == 0)
-            break;
-        read += static_cast<std::size_t>(count);
-    }
-    return read;
-}
-
 } // namespace
 
 std::optional<FileStamp> stampOf(const QString& file)
@@ -110,7 +94,7 @@ std::optional<FileContents> readFile(const QString& file, qint64 limit)
     const auto size = static_cast<std::size_t>(contents.stamp.size);
     const auto padding = static_cast<std::size_t>(JsonParser::padding);
     contents.bytes = std::make_unique_for_overwrite<char[]>(size + padding);
-    contents.size = readFully(opened.get(), contents.bytes.get(), size, file);
+    contents.size = readInto(opened.get(), contents.bytes.get(), size, file);
     std::fill_n(contents.bytes.get() + contents.size, padding, '\0');
     return contents;
 }
@@ -121,13 +105,29 @@ QString withoutLink(const QString& file)
     return info.isSymLink() && info.isFile() ? info.canonicalFilePath() : file;
 }
 
+std::size_t readInto(int descriptor, char* bytes, std::size_t size, const QString& file)
+{
+    std::size_t read = 0;
+    while (read < size) {
+        const ssize_t count = ::read(descriptor, bytes + read, size - read);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0)
+            throw fileError(file, QStringLiteral("could not be read"), errno);
+        if (count == 0)
+            break;
+        read += static_cast<std::size_t>(count);
+    }
+    return read;
+}
+
 FileBeginning readBeginning(const QString& file, qint64 limit)
 {
     const FileDescriptor opened = openRegularFile(file);
     const qint64 size = stampOf(opened.get()).size;
     FileBeginning beginning{.bytes = QByteArray(std::min(size, limit), Qt::Uninitialized), .size = size};
-    const std::size_t read = readFully(opened.get(), beginning.bytes.data(),
-                                       static_cast<std::size_t>(beginning.bytes.size()), file);
+    const std::size_t read = readInto(opened.get(), beginning.bytes.data(),
+                                      static_cast<std::size_t>(beginning.bytes.size()), file);
     beginning.bytes.truncate(static_cast<qsizetype>(read));
     return beginning;
 }

@@ -36,6 +36,9 @@ Error fileError(const QString& file, const QString& what, int code);
 /// Error.
 FileDescriptor openRegularFile(const QString& file);
 
+/// Reads up to `size` bytes; fewer only at the end. Throws Error that names `file`.
+std::size_t readInto(int descriptor, char* bytes, std::size_t size, const QString& file);
+
 /// The whole of a file, with room behind it that a JSON parser may read.
 struct FileContents
 {

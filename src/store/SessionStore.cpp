@@ -4,7 +4,7 @@ namespace varnel {
 
 SessionList SessionStore::load()
 {
-    SessionList sessions(m_file.load(decodeChatSessions).value_or(std::vector<ChatSession>()));
+    SessionList sessions(m_file.loadList(decodeChatSession).value_or(std::vector<ChatSession>()));
     sessions.sort();
     return sessions;
 }
