@@ -120,8 +120,9 @@ Task<void> TunnelController::start(ConnectionSettings settings, std::stop_token 
     try {
         co_await child->launched();
     } catch (const VarnelError&) {
-        if (m_child == child)
-            m_child.reset();
+        if (m_generation != generation)
+            throw Cancelled();
+        m_child.reset();
         throw;
     }
     if (m_generation != generation)
