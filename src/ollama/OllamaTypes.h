@@ -1,21 +1,12 @@
 #pragma once
 
+#include "store/OllamaModel.h"
+
 #include <QString>
 
 #include <optional>
 
 namespace varnel {
-
-/// A model installed on an Ollama server.
-struct OllamaModel
-{
-    QString name;
-    std::optional<qint64> size; ///< bytes on the server's disk
-    /// As the server writes it, for example "14.8B".
-    std::optional<QString> parameterSize;
-
-    bool operator==(const OllamaModel&) const = default;
-};
 
 /// A model that an Ollama server holds in memory.
 struct OllamaRunning

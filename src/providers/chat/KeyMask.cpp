@@ -42,9 +42,9 @@ QStringList spellings(const QString& key)
 
 } // namespace
 
-QString withoutKey(QString text, const ProviderRequest& request)
+QString withoutKey(QString text, const QString& key)
 {
-    const QStringList all = spellings(keyOf(request));
+    const QStringList all = spellings(key);
     for (const QString& spelling : all)
         text.replace(spelling, QStringLiteral(u"•••"));
     for (const QString& spelling : all) {
@@ -56,6 +56,11 @@ QString withoutKey(QString text, const ProviderRequest& request)
         }
     }
     return text;
+}
+
+QString withoutKey(QString text, const ProviderRequest& request)
+{
+    return withoutKey(std::move(text), keyOf(request));
 }
 
 } // namespace varnel
