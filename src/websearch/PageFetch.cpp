@@ -61,7 +61,8 @@ Task<HttpResponse> connectAndAsk(HttpClient* http, PageNetwork* network, QUrl ur
         try {
             co_return co_await http->send(pageRequest(url, addresses.at(i), limits), stop);
         } catch (const TransportError& error) {
-            if (error.kind() != TransportError::Kind::Unreachable)
+            if (error.kind() != TransportError::Kind::Unreachable &&
+                error.kind() != TransportError::Kind::TimedOut)
                 throw;
         }
     }

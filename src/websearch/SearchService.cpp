@@ -4,7 +4,6 @@
 #include "base/JsonReader.h"
 #include "base/JsonWriter.h"
 #include "providers/chat/KeyMask.h"
-#include "providers/credentials/ApiBase.h"
 #include "providers/credentials/KeyLookup.h"
 #include "websearch/Deadline.h"
 #include "websearch/PageFetch.h"
@@ -86,9 +85,7 @@ QString refusal(const QByteArray& body, int status, const QString& key)
     QString text = decoder.decode(body);
     if (decoder.hasError() || text.trimmed().isEmpty())
         return QStringLiteral("HTTP %1").arg(status);
-    ProviderRequest request;
-    request.headers.insert("Authorization", "Bearer " + key.toUtf8());
-    return firstCharacters(withoutKey(std::move(text), request), failureLimit);
+    return firstCharacters(withoutKey(std::move(text), key), failureLimit);
 }
 
 std::vector<WebResult> decodeResults(JsonValue reply, SearchBackend backend)
@@ -172,6 +169,13 @@ Task<QString> readThroughOllama(HttpClient* http, SearchService service, QString
 }
 
 } // namespace
+
+SearchService searchServiceOf(SearchBackend backend, QString key, const ApiBases& bases)
+{
+    return {.backend = backend,
+            .key = std::move(key),
+            .base = bases.url(backend == SearchBackend::Brave ? ApiBase::Brave : ApiBase::OllamaWeb)};
+}
 
 Task<std::vector<WebResult>> searchWeb(HttpClient* http, SearchService service, QString query, int count,
                                        std::stop_token stop)

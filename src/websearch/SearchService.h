@@ -2,6 +2,7 @@
 
 #include "base/HttpClient.h"
 #include "base/Task.h"
+#include "providers/credentials/ApiBase.h"
 #include "websearch/SearchPlan.h"
 #include "websearch/SearchTools.h"
 
@@ -26,6 +27,9 @@ struct SearchService
 
     bool operator==(const SearchService&) const = default;
 };
+
+/// The service at its public address, or at the one that stands in for it.
+SearchService searchServiceOf(SearchBackend backend, QString key, const ApiBases& bases);
 
 /// Runs a search. The results are in the service's order, at most 10, none without a URL, and never none at
 /// all. Throws Error with a text for the model, in which the key does not appear, and Cancelled. Redirects

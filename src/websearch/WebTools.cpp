@@ -73,28 +73,29 @@ WebTools::WebTools(SearchService service, HttpClient& http, PageNetwork& network
 Task<QString> WebTools::run(SearchToolCall call, std::stop_token stop)
 {
     const ToolArguments arguments = decodeArguments(call.arguments);
-    QString result;
     if (call.name == QStringView(webSearchName)) {
         if (arguments.query.isEmpty())
             co_return QStringLiteral("web_search needs a query.");
-        result = co_await search(arguments.query, arguments.count, std::move(stop));
-    } else if (call.name == QStringView(webFetchName)) {
+        co_return co_await search(arguments.query, arguments.count, std::move(stop));
+    }
+    if (call.name == QStringView(webFetchName)) {
         if (!publicPageUrl(arguments.url))
             co_return QStringLiteral("web_fetch only accepts a public http or https URL.");
-        result = co_await read(arguments.url, std::move(stop));
-    } else {
-        co_return QStringLiteral("Unknown tool ") + call.name;
+        co_return co_await read(arguments.url, std::move(stop));
     }
-    m_known.learn(result);
-    co_return result;
+    co_return QStringLiteral("Unknown tool ") + call.name;
 }
 
 Task<QString> WebTools::search(QString query, int count, std::stop_token stop)
 {
     report(WebLookup::Kind::Search, query);
     try {
-        co_return searchResult(co_await searchWeb(m_http, m_service, query, count, std::move(stop)));
+        const QString result =
+            searchResult(co_await searchWeb(m_http, m_service, query, count, std::move(stop)));
+        m_known.learn(result);
+        co_return result;
     } catch (const Error& error) {
+        // Nothing is learned from it: a refusal may repeat the query, which the model made up.
         co_return error.message();
     }
 }
@@ -107,9 +108,13 @@ Task<QString> WebTools::read(QString url, std::stop_token stop)
             co_return QStringLiteral("The user did not allow reading that page.");
     }
     report(WebLookup::Kind::Read, url);
+    QString result;
     if (m_service.backend == SearchBackend::Ollama)
-        co_return co_await fetchPageThroughOllama(m_http, m_service, url, std::move(stop));
-    co_return co_await fetchPage(m_http, m_network, url, m_limits, std::move(stop));
+        result = co_await fetchPageThroughOllama(m_http, m_service, url, std::move(stop));
+    else
+        result = co_await fetchPage(m_http, m_network, url, m_limits, std::move(stop));
+    m_known.learn(result);
+    co_return result;
 }
 
 void WebTools::report(WebLookup::Kind kind, const QString& subject) const

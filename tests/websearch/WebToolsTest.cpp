@@ -128,7 +128,10 @@ private Q_SLOTS:
             const QString result = await(tools.run(call(QStringLiteral("web_fetch"), arguments), {}));
             return result != QStringLiteral("The user did not allow reading that page.");
         };
+        service.searchStatus = 500; // its body names the address all the same
+        await(tools.run(searchCall(), {}));
         QVERIFY(!read("https://found.example/a"));
+        service.searchStatus = 200;
         await(tools.run(searchCall(), {}));
         QVERIFY(read("https://found.example/a"));
         QVERIFY(!read("https://found.example/a?q=secret"));
@@ -138,7 +141,7 @@ private Q_SLOTS:
         allowed = true;
         QVERIFY(read("https://made.up.example/"));
         QCOMPARE(asked.size(), 3);
-        QCOMPARE(service.events.size(), 5);
+        QCOMPARE(service.events.size(), 6);
     }
 };
 
