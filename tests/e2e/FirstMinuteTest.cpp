@@ -12,8 +12,10 @@ using namespace std::chrono_literals;
 namespace {
 
 // Where things are at the size of the display, which the window fills.
-constexpr QRect readingColumn(330, 60, 640, 540);
-constexpr QRect scrollBar(1096, 60, 24, 560);
+constexpr QRect readingColumn(330, 60, 640, 500); // above what lies over the text: the way back to its end
+constexpr QRect scrollBar(1108, 50, 12, 582);
+constexpr QRect scrollBarBegin(1108, 50, 12, 200);
+constexpr QRect scrollBarEnd(1108, 618, 12, 14);
 constexpr QPoint middleOfTranscript(690, 300);
 constexpr QPoint sendButton(1026, 720);
 
@@ -23,6 +25,14 @@ QByteArray preferencesFor(const QUrl& url)
            "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
            "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
            "varnel.defaultModel=practice-chat:70b\n";
+}
+
+/// Whether a picture has one colour only.
+bool isPlain(const QImage& picture)
+{
+    QImage filled = picture;
+    filled.fill(picture.pixelColor(0, 0));
+    return picture == filled;
 }
 
 } // namespace
@@ -88,15 +98,19 @@ private Q_SLOTS:
         const QImage early = m_display->picture(readingColumn);
         QVERIFY(
             waitUntil([&] { return m_display->picture(readingColumn) != early; })); // it follows the reply
-        // Until there is something to scroll.
-        const QImage bar = m_display->picture(scrollBar);
-        QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != bar; }));
-        m_display->click(middleOfTranscript, 4, 3);
+        // Until there is something to scroll, and the view has gone along with it.
+        QVERIFY(waitUntil([&] {
+            return isPlain(m_display->picture(scrollBarBegin)) && !isPlain(m_display->picture(scrollBarEnd));
+        }));
+        m_display->click(middleOfTranscript, 4);
+        QVERIFY(waitUntil([&] { return isPlain(m_display->picture(scrollBarEnd)); })); // it has let go
         const QImage read = pictureAtRest(readingColumn);
-        const QImage length = m_display->picture(scrollBar);
-        QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != length; })); // more has arrived
+        for (int arrival = 0; arrival < 3; ++arrival) {
+            const QImage length = m_display->picture(scrollBar);
+            QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != length; })); // more has arrived
+            QCOMPARE(m_display->picture(readingColumn), read);
+        }
         QCOMPARE(m_host.activeStreams(), 1);
-        QCOMPARE(m_display->picture(readingColumn), read);
     }
 
     void aReplyIsStoppedByMouseAndByKey()
