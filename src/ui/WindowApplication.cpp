@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "store/Preferences.h"
 #include "ui/GraphicsDevice.h"
+#include "ui/QuitSignals.h"
 #include "ui/WindowScreens.h"
 
 #include <QFileInfo>
@@ -52,6 +53,7 @@ int runWindowApplication(int argc, char** argv)
 {
     chooseRendering();
     QGuiApplication application(argc, argv);
+    const QuitSignals quitSignals;
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Varnel"));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.varnel"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/varnel/icon-128.png")));

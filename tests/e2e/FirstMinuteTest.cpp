@@ -46,6 +46,16 @@ class FirstMinuteTest : public QObject
     std::unique_ptr<XDisplay> m_display;
     ProgramRun m_program;
 
+    /// Starts the program on the display and waits until its window takes what is typed.
+    bool open(ProgramRun& program) const
+    {
+        program.setPreferences(preferencesFor(m_host.url()));
+        program.setVariable("DISPLAY", m_display->name());
+        program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
+        program.setVariable("LANG", QStringLiteral("C.UTF-8"));
+        program.start({});
+        return waitUntil([&] { return m_display->focusWindow(program.process().processId()); });
+    }
     /// Sends what stands in the composer by Enter and waits until the reply runs.
     bool sendByEnter()
     {
@@ -73,12 +83,7 @@ private Q_SLOTS:
                 qPrintable(QStringLiteral("not installed: %1; scripts/setup does").arg(missing.join(u", "))));
         m_host.listen();
         m_display = std::make_unique<XDisplay>();
-        m_program.setPreferences(preferencesFor(m_host.url()));
-        m_program.setVariable("DISPLAY", m_display->name());
-        m_program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
-        m_program.setVariable("LANG", QStringLiteral("C.UTF-8"));
-        m_program.start({});
-        QVERIFY(waitUntil([this] { return m_display->focusWindow(m_program.process().processId()); }));
+        QVERIFY(open(m_program));
     }
 
     void aModelIsChosenAndAPromptIsStreamed()
@@ -133,6 +138,20 @@ private Q_SLOTS:
         QCOMPARE(m_program.process().exitCode(), 0);
         QVERIFY(waitUntil([this] { return m_host.activeStreams() == 0; }));
         QCOMPARE(m_program.errors(), QByteArray()); // not a word from the screens either
+    }
+
+    void theEndOfTheSessionIsAnOrdinaryQuit()
+    {
+        ProgramRun program;
+        QVERIFY(open(program));
+        m_display->type(QStringLiteral("Still talking when the session ends"));
+        QVERIFY(sendByEnter());
+        program.process().terminate();
+        QVERIFY(program.wait());
+        QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.process().exitCode(), 0);
+        QVERIFY(waitUntil([this] { return m_host.activeStreams() == 0; }));
+        QCOMPARE(program.errors(), QByteArray());
     }
 };
 
