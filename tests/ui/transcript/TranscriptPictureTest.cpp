@@ -30,7 +30,7 @@ public:
             return m_message;
         }
         m_message.thinkingTook = 12s;
-        m_message.content = m_source.left(m_message.content.size() + m_random.bounded(1, 90));
+        m_message.content = m_source.left(m_message.content.size() + m_random.bounded(1, 150));
         m_message.streaming = m_message.content.size() < m_source.size();
         return m_message;
     }
