@@ -47,6 +47,10 @@ struct WindowFixture : ModelFixture
         for (const QChar character : text)
             QTest::keyClick(window, character.toLatin1());
     }
+    Appearance* appearance()
+    {
+        return screens.engine().singletonInstance<Appearance*>(qmlTypeId("Varnel", 1, 0, "Appearance"));
+    }
     QString focusName() const
     {
         QAccessibleInterface* const focus = QAccessible::queryAccessibleInterface(window->activeFocusItem());
@@ -233,9 +237,7 @@ private Q_SLOTS:
         const QColor light(0xFB, 0xFA, 0xF8);
         const QColor dark(0x19, 0x1A, 0x1B);
         WindowFixture fixture;
-        QQmlEngine& engine = fixture.screens.engine();
-        auto* const appearance =
-            engine.singletonInstance<Appearance*>(qmlTypeId("Varnel", 1, 0, "Appearance"));
+        Appearance* const appearance = fixture.appearance();
         QVERIFY(appearance);
         QVERIFY(fixture.begin(QStringLiteral("hello")));
         QCOMPARE(fixture.window->color(), light);
@@ -256,6 +258,46 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return showsAllIn(dark); }));
         QGuiApplication::setPalette(QPalette(Qt::white));
         QVERIFY(waitUntil([&] { return showsAllIn(light); }));
+    }
+
+    void theWheelZoomsWithControl()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("hello")));
+        const auto* const appearance = fixture.appearance();
+        const auto turn = [&](int angle) {
+            const QPointF point(700, 300);
+            QWheelEvent event(point, fixture.window->mapToGlobal(point), {}, {0, angle}, Qt::NoButton,
+                              Qt::ControlModifier, Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(fixture.window, &event);
+        };
+        turn(120);
+        QCOMPARE(appearance->zoom(), 1.1);
+        turn(-60);
+        QCOMPARE(appearance->zoom(), 1.1);
+        turn(-60);
+        turn(-120);
+        QCOMPARE(appearance->zoom(), 0.9);
+    }
+
+    void theMenuOfAConversationOpensByKeyboard()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("whales")));
+        fixture.clock.advance(1min);
+        QVERIFY(fixture.begin(QStringLiteral("trains")));
+        for (int i = 0; i < 40 && !fixture.focusName().startsWith(QStringLiteral("trains,")); ++i)
+            fixture.press(Qt::Key_Tab);
+        fixture.press(Qt::Key_Down); // to the older one
+        QCOMPARE(fixture.app.selectedTitle(), QStringLiteral("whales"));
+        fixture.press(Qt::Key_F10, Qt::ShiftModifier);
+        QVERIFY(waitUntil([&] {
+            fixture.press(Qt::Key_Down);
+            return fixture.focusName() == QStringLiteral("Pin");
+        }));
+        fixture.press(Qt::Key_Return);
+        QVERIFY(fixture.app.selectedSession()->pinned);
+        QCOMPARE(fixture.app.sessions().front().title, QStringLiteral("whales"));
     }
 
     void theWindowIsWholeAtEverySize_data()
