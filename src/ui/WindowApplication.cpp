@@ -4,6 +4,7 @@
 #include "base/Clock.h"
 #include "store/Preferences.h"
 #include "ui/GraphicsDevice.h"
+#include "ui/QuitSignals.h"
 #include "ui/WindowScreens.h"
 
 #include <QFileInfo>
@@ -53,6 +54,7 @@ int runWindowApplication(int argc, char** argv)
 {
     chooseRendering();
     QGuiApplication application(argc, argv);
+    const QuitSignals quitSignals;
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Varnel"));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.varnel"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/varnel/icon-128.png")));

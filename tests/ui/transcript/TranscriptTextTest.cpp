@@ -1,44 +1,34 @@
 #include "support/Await.h"
 #include "ui/transcript/CodeHighlighter.h"
-#include "ui/transcript/SampleConversation.h"
-#include "ui/transcript/TranscriptView.h"
+#include "ui/transcript/TranscriptStage.h"
 
 #include <QAccessible>
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QQuickWindow>
 #include <QSignalSpy>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QTest>
 
+#include <array>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace varnel;
 using namespace varnel::test;
 
 namespace {
 
-struct Stage : QObject
+struct Stage : QObject, TranscriptStage
 {
     ulong lastPress = 0; ///< when a button was pressed twice
-    TranscriptModel model;
-    QQuickWindow window;
-    TranscriptView view{window.contentItem()};
 
-    explicit Stage(std::vector<TranscriptMessage> messages, QSize size = {1000, 700})
-    {
-        window.resize(size);
-        view.setSize(size);
-        view.setModel(&model);
-        model.setMessages(std::move(messages));
-        window.show();
-        if (!QTest::qWaitForWindowExposed(&window))
-            qFatal("the window does not show");
-        view.rowsInView();
-    }
+    explicit Stage(std::vector<TranscriptMessage> messages)
+        : TranscriptStage(std::move(messages))
+    {}
     bool eventFilter(QObject*, QEvent* event) override
     {
         if (event->type() == QEvent::MouseButtonDblClick)
@@ -73,6 +63,32 @@ int openDescriptors()
     return static_cast<int>(
         QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size());
 }
+
+/// Tells whether anybody opened something in a folder, however briefly.
+class OpenWatch
+{
+public:
+    explicit OpenWatch(const QString& folder)
+        : m_watch(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        if (inotify_add_watch(m_watch, qPrintable(folder), IN_OPEN) < 0)
+            qFatal("the folder cannot be watched");
+    }
+    OpenWatch(const OpenWatch&) = delete;
+    OpenWatch& operator=(const OpenWatch&) = delete;
+    OpenWatch(OpenWatch&&) = delete;
+    OpenWatch& operator=(OpenWatch&&) = delete;
+    ~OpenWatch() { close(m_watch); }
+
+    bool sawOne() const
+    {
+        std::array<char, 4096> events{};
+        return read(m_watch, events.data(), events.size()) > 0;
+    }
+
+private:
+    int m_watch;
+};
 
 } // namespace
 
@@ -250,6 +266,7 @@ private Q_SLOTS:
         QTemporaryDir folder;
         const QString fifo = folder.filePath(QStringLiteral("fifo"));
         QCOMPARE(mkfifo(qPrintable(fifo), 0600), 0);
+        const OpenWatch watch(folder.path());
         QTcpServer server;
         QVERIFY(server.listen(QHostAddress::LocalHost));
         const QString url = QStringLiteral("http://127.0.0.1:%1/x.png").arg(server.serverPort());
@@ -285,7 +302,15 @@ private Q_SLOTS:
         }
         QTest::qWait(100);
         QVERIFY(!server.hasPendingConnections());
+        QVERIFY(!watch.sawOne());
         QCOMPARE(openDescriptors(), before);
+        // Both would have noticed.
+        QFile image(fifo);
+        QVERIFY(image.open(QIODevice::ReadWrite));
+        QVERIFY(watch.sawOne());
+        QTcpSocket caller;
+        caller.connectToHost(QHostAddress::LocalHost, server.serverPort());
+        QVERIFY(waitUntil([&] { return server.hasPendingConnections(); }));
     }
 
     void whatDeceivesIsShown()
