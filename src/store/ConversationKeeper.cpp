@@ -31,24 +31,53 @@ ConversationKeeper::~ConversationKeeper()
     putReply();
 }
 
+ConversationKeeper::Found ConversationKeeper::find(Stores& stores)
+{
+    Found found;
+    std::vector<QString>& problems = found.stored.problems;
+    found.stored.sessions = loadOrReport(problems, [&stores] { return stores.sessions.load(); });
+    const bool isReadable = problems.empty();
+    found.stored.drafts = loadOrReport(problems, [&stores] { return stores.drafts.load(); });
+    found.replies = loadOrReport(problems, [&stores] { return stores.recovery.load(); });
+    if (!isReadable && !found.replies.empty()) {
+        // They belong to conversations that cannot be read, and go the same way.
+        loadOrReport(problems, [&stores] { return stores.recovery.setAside(); });
+        found.replies.clear();
+    }
+    return found;
+}
+
+StoredConversations ConversationKeeper::take(Found found, const ChatSession& fresh)
+{
+    StoredConversations& stored = found.stored;
+    const bool isFresh = stored.sessions.empty();
+    if (isFresh)
+        stored.sessions.append(fresh);
+    if (!found.replies.empty()) {
+        stored.sessions = withKeptReplies(std::move(stored.sessions), found.replies);
+        stored.sessions.sort();
+        for (const KeptReply& reply : found.replies)
+            m_ended.push_back(reply.message.id);
+    }
+    if (isFresh || !found.replies.empty())
+        saveSessions(stored.sessions);
+    return std::move(stored);
+}
+
 StoredConversations ConversationKeeper::load(const ChatSession& fresh)
 {
-    StoredConversations stored;
-    stored.sessions = loadOrReport(stored.problems, [this] { return m_stores->sessions.load(); });
-    stored.drafts = loadOrReport(stored.problems, [this] { return m_stores->drafts.load(); });
-    const auto replies = loadOrReport(stored.problems, [this] { return m_stores->recovery.load(); });
-    if (stored.sessions.empty()) {
-        stored.sessions.append(fresh);
-        saveSessions(stored.sessions);
-    }
-    if (!replies.empty()) {
-        stored.sessions = withKeptReplies(std::move(stored.sessions), replies);
-        stored.sessions.sort();
-        for (const KeptReply& reply : replies)
-            m_ended.push_back(reply.message.id);
-        saveSessions(stored.sessions);
-    }
-    return stored;
+    return take(find(*m_stores), fresh);
+}
+
+Task<StoredConversations> ConversationKeeper::loadBehind(ChatSession fresh)
+{
+    return findBehind(this, std::move(fresh));
+}
+
+Task<StoredConversations> ConversationKeeper::findBehind(ConversationKeeper* keeper, ChatSession fresh)
+{
+    Found found = co_await keeper->m_queue.runBehind([stores = keeper->m_stores] { return find(*stores); });
+    co_return keeper->take(std::move(found), fresh);
 }
 
 void ConversationKeeper::saveSessions(SessionList sessions)

@@ -48,6 +48,8 @@ public:
     /// Where there are no conversations, or they cannot be read, `fresh` is the only one. What differs from
     /// the file is saved at once.
     StoredConversations load(const ChatSession& fresh);
+    /// The same without making the caller's thread wait; nothing else may be asked of the keeper meanwhile.
+    Task<StoredConversations> loadBehind(ChatSession fresh);
 
     /// Takes the conversations as they are now. Returns at once.
     void saveSessions(SessionList sessions);
@@ -84,6 +86,16 @@ private:
         DraftStore drafts;
     };
 
+    /// What the files of the folder hold.
+    struct Found
+    {
+        StoredConversations stored;
+        std::vector<KeptReply> replies;
+    };
+
+    static Found find(Stores& stores);
+    StoredConversations take(Found found, const ChatSession& fresh);
+    static Task<StoredConversations> findBehind(ConversationKeeper* keeper, ChatSession fresh);
     static Task<void> pace(ConversationKeeper* keeper);
     static Task<Backup> makeBackupBehind(ConversationKeeper* keeper, std::vector<LibraryItem> items);
     void putReply();

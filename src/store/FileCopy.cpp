@@ -5,9 +5,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <array>
-#include <cerrno>
-#include <unistd.h>
 
 namespace varnel {
 
@@ -16,15 +15,13 @@ void copyFile(const QString& source, const QString& target)
     const FileDescriptor from = openRegularFile(source);
     ReplacingFile to(target);
     std::array<char, 128 * 1024> buffer{};
-    for (;;) {
-        const ssize_t count = ::read(from.get(), buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR)
-            continue;
-        if (count < 0)
-            throw fileError(source, QStringLiteral("could not be read"), errno);
+    // A file that grows as fast as it is read would have no end.
+    for (auto left = static_cast<std::size_t>(stampOf(from.get()).size); left > 0;) {
+        const std::size_t count = readInto(from.get(), buffer.data(), std::min(buffer.size(), left), source);
         if (count == 0)
             break;
-        to.write({buffer.data(), static_cast<std::size_t>(count)});
+        to.write({buffer.data(), count});
+        left -= count;
     }
     to.commitNew();
 }

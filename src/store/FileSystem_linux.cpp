@@ -1,5 +1,6 @@
 #include "store/FileSystem.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,6 +9,12 @@ namespace varnel {
 bool syncFile(int descriptor)
 {
     return fdatasync(descriptor) == 0;
+}
+
+void startSync(int descriptor, qint64 offset, qint64 size)
+{
+    // It is only a hint: what goes wrong shows when the file is synced.
+    static_cast<void>(::sync_file_range(descriptor, offset, size, SYNC_FILE_RANGE_WRITE));
 }
 
 qint64 modificationTime(const struct stat& status)

@@ -13,6 +13,8 @@ bool syncFile(int descriptor)
     return fcntl(descriptor, F_FULLFSYNC) == 0 || fsync(descriptor) == 0;
 }
 
+void startSync(int /*descriptor*/, qint64 /*offset*/, qint64 /*size*/) {}
+
 qint64 modificationTime(const struct stat& status)
 {
     return qint64(status.st_mtimespec.tv_sec) * 1'000'000'000 + status.st_mtimespec.tv_nsec;

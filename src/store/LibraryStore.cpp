@@ -44,6 +44,15 @@ NameParts partsOf(const QString& fileName)
     return {.title = fileName.left(dot), .extension = fileName.mid(dot + 1)};
 }
 
+/// How the stored copy's name ends. An extension that no path may hold is none.
+QString storedExtension(const QString& extension)
+{
+    constexpr qsizetype longest = 100;
+    const bool isUsable =
+        extension.size() <= longest && whyNotLibraryPath(QLatin1Char('x') + extension).isEmpty();
+    return extension.isEmpty() || !isUsable ? QStringLiteral("bin") : extension;
+}
+
 void checkSource(const QString& source)
 {
     const qint64 size = stampOf(openRegularFile(source).get()).size;
@@ -63,9 +72,8 @@ LibraryItem copyIntoLibrary(const QString& root, const QUrl& source, const QStri
     const QString path = source.toLocalFile();
     checkSource(path);
     const NameParts name = partsOf(wellFormed(QFileInfo(path).fileName()));
-    const QString extension = name.extension.isEmpty() ? QStringLiteral("bin") : name.extension;
-    const QString stored =
-        folderName(folder) + QLatin1Char('/') + uuidText(QUuid::createUuid()) + QLatin1Char('.') + extension;
+    const QString stored = folderName(folder) + QLatin1Char('/') + uuidText(QUuid::createUuid()) +
+                           QLatin1Char('.') + storedExtension(name.extension);
     const QString target = libraryFile(root, stored);
     makeFolder(QFileInfo(target).path());
     copyFile(path, target);
@@ -169,11 +177,11 @@ const LibraryItem& LibraryStore::addLink(const QString& title, const QString& ur
 {
     return add({.id = QUuid::createUuid(),
                 .kind = LibraryKind::Link,
-                .title = title,
-                .note = note,
+                .title = wellFormed(title),
+                .note = wellFormed(note),
                 .folder = folderName(folder),
                 .relativePath = std::nullopt,
-                .urlString = url,
+                .urlString = wellFormed(url),
                 .createdAt = now,
                 .deletedAt = std::nullopt});
 }

@@ -89,6 +89,13 @@ void RecoveryFile::keep(const KeptReply& reply)
     write(std::move(replies));
 }
 
+QString RecoveryFile::setAside()
+{
+    QString path = setAsideUnreadable(m_file.path());
+    m_replies.clear();
+    return path;
+}
+
 void RecoveryFile::forget(const std::vector<QUuid>& messages)
 {
     std::vector<KeptReply> remaining = m_replies;

@@ -46,6 +46,9 @@ public:
     std::vector<KeptReply> load();
     /// Writes the reply, in place of what was kept of the same message. Throws Error.
     void keep(const KeptReply& reply);
+    /// Renames the file, so that what it holds stays when it cannot be put into its conversations; yields the
+    /// new path. Throws Error.
+    QString setAside();
     /// Takes messages out, because the conversations that hold them are saved. Throws Error.
     void forget(const std::vector<QUuid>& messages);
 

@@ -13,6 +13,9 @@
 
 namespace varnel {
 
+/// The disk works on what is written while the rest is still being encoded.
+static constexpr qint64 syncStep = qint64(4) * 1024 * 1024;
+
 ReplacingFile::ReplacingFile(const QString& file)
     : m_file(withoutLink(file))
     , m_temporary(m_file + temporarySuffix())
@@ -43,6 +46,11 @@ void ReplacingFile::write(std::string_view bytes)
         if (count <= 0)
             throw fileError(m_file, QStringLiteral("could not be saved"), count < 0 ? errno : ENOSPC);
         bytes.remove_prefix(static_cast<std::size_t>(count));
+        m_written += count;
+    }
+    if (m_written - m_started >= syncStep) {
+        startSync(m_descriptor.get(), m_started, m_written - m_started);
+        m_started = m_written;
     }
 }
 

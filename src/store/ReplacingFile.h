@@ -41,6 +41,9 @@ private:
     QString m_file;
     QString m_temporary;
     FileDescriptor m_descriptor;
+    /// Bytes that were written, and how many of them the disk was asked for.
+    qint64 m_written = 0;
+    qint64 m_started = 0;
     bool m_exists = false;
     bool m_isSynced = false;
 };

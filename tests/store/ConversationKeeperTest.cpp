@@ -126,6 +126,22 @@ private Q_SLOTS:
         QCOMPARE(keeping.reports[0].setAside.has_value(), isProblem);
     }
 
+    void replyOfUnreadableConversationsIsKept()
+    {
+        Keeping keeping;
+        RecoveryFile(keeping.scratch.path())
+            .keep({.session = {}, .prompt = {}, .message = reply({}, QStringLiteral("x"))});
+        writeFile(SessionStore::fileIn(keeping.scratch.path()), "[}");
+        const ChatSession fresh = session(QStringLiteral("fresh"));
+        const StoredConversations stored = await(keeping.keeper.loadBehind(fresh));
+        QVERIFY(stored.sessions == SessionList{fresh});
+        await(keeping.keeper.flushed());
+        const QStringList names = namesIn(keeping.scratch.path());
+        QCOMPARE(names.size(), 3);
+        QVERIFY2(names[0].startsWith(QStringLiteral("recovery.unreadable-")), qPrintable(names[0]));
+        QVERIFY2(names[2].startsWith(QStringLiteral("sessions.unreadable-")), qPrintable(names[2]));
+    }
+
     void draftsAndAttachmentsSurvive()
     {
         const QUuid id = QUuid::createUuid();
@@ -215,9 +231,8 @@ private Q_SLOTS:
         say(QStringLiteral("123"));
         QCOMPARE(keptText(), QStringLiteral("123"));
         // The next start finds it.
-        SystemClock clock;
         {
-            ConversationKeeper next(keeping.scratch.path(), clock, [](const SaveStatus&) {});
+            ConversationKeeper next(keeping.scratch.path(), keeping.clock, [](const SaveStatus&) {});
             QCOMPARE(next.load({}).sessions[0].messages.back().content, QStringLiteral("123"));
             await(next.flushed());
             QVERIFY(keeping.kept().empty());

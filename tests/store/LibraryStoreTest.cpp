@@ -55,6 +55,7 @@ private Q_SLOTS:
         QTest::newRow("two dots") << "a.b.pdf" << " x/y " << "a.b" << "x/y/*.pdf" << Pdf << "application/pdf";
         QTest::newRow("hidden") << ".png" << "ü 1" << ".png" << "ü 1/*.bin" << File << "";
         QTest::newRow("tiff") << "a.TIFF" << "" << "a" << "Library/*.TIFF" << Image << "image/tiff";
+        QTest::newRow("odd extension") << "a.b\nc" << "" << "a" << "Library/*.bin" << File << "";
         QTest::newRow("heic") << "a.heic" << "" << "a" << "Library/*.heic" << Image << "image/heic";
     }
     void filesAreImported()
