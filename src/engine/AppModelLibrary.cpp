@@ -152,8 +152,12 @@ Task<void> AppModel::followRestore(QString name)
 {
     QString status;
     try {
-        co_await m_keeper.backUp(m_library.items());
         BackupContents contents = co_await readBackup(&m_worker, m_location.folder(), name);
+        // A backup is named after its second, which another one may have taken just now.
+        const std::vector<Backup> backups = listBackups(m_location.folder());
+        if (!backups.empty() && backups.front().name == backupName(m_services.clock.now()))
+            co_await m_services.clock.sleepFor(std::chrono::seconds(1), {});
+        co_await m_keeper.backUp(m_library.items());
         if (refuseWhileStreaming())
             co_return; // begun while the backup was read
         m_library.replaceItems(std::move(contents.items));
