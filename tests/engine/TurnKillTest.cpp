@@ -19,6 +19,7 @@ namespace {
 /// A message as it was shown at some time, in milliseconds of the monotonic clock.
 struct Shown
 {
+    bool isReply = false;
     QByteArray message;
     qint64 time = 0;
     qint64 length = 0;
@@ -30,8 +31,8 @@ std::vector<Shown> shownBy(const QByteArray& output)
     const QList<QByteArray> lines = output.split('\n');
     for (const QByteArray& line : lines) {
         const QList<QByteArray> words = line.split(' ');
-        if (words.size() == 3 && line != lines.last())
-            all.push_back({words[0], words[1].toLongLong(), words[2].toLongLong()});
+        if (words.size() == 4 && line != lines.last())
+            all.push_back({words[0] == "assistant", words[1], words[2].toLongLong(), words[3].toLongLong()});
     }
     return all;
 }
@@ -89,7 +90,12 @@ private Q_SLOTS:
             QCOMPARE(turner.exitStatus(), QProcess::CrashExit);
             const QMap<QByteArray, qint64> found = stored(scratch.filePath(QStringLiteral("data")));
             QVERIFY(!found.isEmpty());
+            QByteArray prompt;
             for (const Shown& shown : shownBy(turner.readAllStandardOutput())) {
+                if (!shown.isReply)
+                    prompt = shown.message;
+                // A prompt is on the disk before its request leaves.
+                QVERIFY(!shown.isReply || shown.length == 0 || found.contains(prompt));
                 if (killed - shown.time <= 5000)
                     continue;
                 QVERIFY2(found.value(shown.message, -1) >= shown.length || shown.length == 0,

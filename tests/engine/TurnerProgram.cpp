@@ -1,6 +1,6 @@
 // A program that holds conversations until it is killed: varnel-test-turner FOLDER URL. It types into the
 // draft, sends it, lets the reply come and stops some of them. Whatever it shows it prints at once, as a line
-// of "kind identifier time length", the time in milliseconds since its start.
+// of "role identifier time length", the time in milliseconds of the monotonic clock.
 
 #include "app/DiagnosticsLog.h"
 #include "engine/AppModel.h"
@@ -57,7 +57,7 @@ private:
                 continue;
             const auto now = std::chrono::steady_clock::now().time_since_epoch();
             std::printf(
-                "%s %lld %lld\n", message.id.toByteArray().constData(),
+                "%s %s %lld %lld\n", rawValue(message.role).data(), message.id.toByteArray().constData(),
                 static_cast<long long>(std::chrono::duration_cast<std::chrono::milliseconds>(now).count()),
                 static_cast<long long>(message.content.size()));
         }
