@@ -41,9 +41,14 @@ QString backupsFolder(const QString& root)
     return root + QStringLiteral("/Backups");
 }
 
+QString backupName(Instant now)
+{
+    return toIso8601(now).replace(QLatin1Char(':'), QLatin1Char('-'));
+}
+
 Backup makeBackup(const QString& root, const std::vector<LibraryItem>& items, Instant now)
 {
-    const QString name = toIso8601(now).replace(QLatin1Char(':'), QLatin1Char('-'));
+    const QString name = backupName(now);
     Backup backup{.name = name, .folder = backupsFolder(root) + QLatin1Char('/') + name};
     const bool isNew = !QFileInfo::exists(backup.folder);
     makeFolder(backup.folder);

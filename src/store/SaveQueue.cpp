@@ -23,10 +23,15 @@ void SaveQueue::put(SavedFile file, Save save)
 {
     {
         const std::scoped_lock lock(m_state->mutex);
+        quint64 number = ++m_state->lastNumber;
+        const auto older = std::find_if(m_state->waiting.begin(), m_state->waiting.end(), isFor(file));
+        // Whoever waits for the older snapshot waits for this one now.
+        if (older != m_state->waiting.end())
+            number = older->number;
         // Dropping the older snapshot of the same file frees what only it held.
         std::erase_if(m_state->waiting, isFor(file));
         std::erase_if(m_state->failed, isFor(file));
-        m_state->waiting.push_back({.file = file, .save = std::move(save), .failure = {}});
+        m_state->waiting.push_back({.file = file, .save = std::move(save), .failure = {}, .number = number});
     }
     retryFailed(*m_state);
     if (!m_isFollowing) {
@@ -43,14 +48,22 @@ void SaveQueue::retryFailed(State& state)
     state.failed.clear();
 }
 
-void SaveQueue::drain(State& state)
+quint64 SaveQueue::lastNumber() const
+{
+    const std::scoped_lock lock(m_state->mutex);
+    return m_state->lastNumber;
+}
+
+void SaveQueue::drain(State& state, quint64 last)
 {
     const std::scoped_lock saving(state.saving);
     for (;;) {
         Entry next{};
         {
             const std::scoped_lock lock(state.mutex);
-            if (state.waiting.empty())
+            const bool isDone = std::none_of(state.waiting.begin(), state.waiting.end(),
+                                             [last](const Entry& entry) { return entry.number <= last; });
+            if (isDone)
                 return;
             next = std::move(state.waiting.front());
             state.waiting.erase(state.waiting.begin());

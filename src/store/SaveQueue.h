@@ -7,6 +7,7 @@
 #include <QString>
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -59,10 +60,12 @@ public:
     template <typename Work>
     Task<std::invoke_result_t<Work>> runBehind(Work work)
     {
-        return m_worker.run([state = m_state, work = std::move(work)](const std::stop_token&) mutable {
-            drain(*state);
-            return work();
-        });
+        // What is put from now on is not waited for: somebody may go on changing things for long.
+        return m_worker.run(
+            [state = m_state, last = lastNumber(), work = std::move(work)](const std::stop_token&) mutable {
+                drain(*state, last);
+                return work();
+            });
     }
 
 private:
@@ -71,11 +74,14 @@ private:
         SavedFile file;
         Save save;
         QString failure;
+        /// Counted up from put to put; a snapshot in place of an older one that still waited has that one's.
+        quint64 number = 0;
     };
     /// Shared with the thread, which may outlive the queue when the disk hangs.
     struct State
     {
         std::mutex mutex;
+        quint64 lastNumber = 0;
         std::vector<Entry> waiting;
         std::vector<Entry> failed;
         std::vector<SaveStatus> ended;
@@ -83,7 +89,9 @@ private:
         std::mutex saving;
     };
 
-    static void drain(State& state);
+    quint64 lastNumber() const;
+    /// Saves until nothing waits whose number is `last` or less.
+    static void drain(State& state, quint64 last = std::numeric_limits<quint64>::max());
     static void retryFailed(State& state);
     static SaveStatus saveOne(State& state, Entry entry);
     static Task<void> follow(SaveQueue* queue);

@@ -67,6 +67,24 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return reports.size() == saved.size(); }));
     }
 
+    void whatIsPutLaterIsNotWaitedFor()
+    {
+        QSemaphore goOn;
+        SaveQueue queue([](const SaveStatus&) {});
+        const auto put = [&](SavedFile file) {
+            queue.put(file, [&]() -> std::optional<SetAside> {
+                goOn.acquire();
+                return std::nullopt;
+            });
+        };
+        put(SavedFile::Recovery);
+        Task<void> flushed = queue.flushed();
+        put(SavedFile::Conversations);
+        goOn.release();
+        await(std::move(flushed));
+        goOn.release(10);
+    }
+
     void failedSavesAreTriedAgain()
     {
         bool isBroken = true;
