@@ -21,7 +21,7 @@ AppModel::AppModel(Services services, QObject* parent)
     , m_bases(m_services.environment)
     , m_credentials(m_services.secrets, m_services.environment)
     , m_keeper(useLocation(), m_services.clock, [this](const SaveStatus& status) { noteSave(status); })
-    , m_library(m_location.folder())
+    , m_library(m_location.folder(), [this](SaveQueue::Save save) { m_keeper.saveLibrary(std::move(save)); })
     , m_port(m_processes, m_worker, m_services.clock)
     , m_tunnel({m_services.secrets, m_processes, m_worker, m_services.clock}, m_services.programs)
 {
@@ -46,6 +46,7 @@ AppModel::~AppModel()
                                    &m_sessionSearch, &m_undoTime, &m_page, &m_backup})
         task->reset();
     m_fileTasks.clear();
+    m_projectWork.clear();
     shutDown();
 }
 

@@ -229,10 +229,10 @@ public:
     /// What writing the files of a reply would do; empty when it has none or no folder is chosen, and then
     /// the status says so.
     std::vector<PlannedProjectFile> planProjectFiles(const QUuid& message);
-    /// Writes the files of a reply.
+    /// Writes the files of a reply on another thread; the status says how it went.
     /// @param paths only these; all of them if it is empty.
     void writeProjectFiles(const QUuid& message, const QStringList& paths = {});
-    /// Puts back what the last writing overwrote.
+    /// Puts back what the last writing overwrote, in the same way.
     void restoreProjectFiles();
     bool canRestoreProjectFiles() const { return m_projectBackup.has_value(); }
 
@@ -331,12 +331,16 @@ private:
     Task<void> followImport(QList<QUrl> files, QString folder, QUuid attachTo);
     Task<void> followBackup();
     Task<void> followRestore(QString name);
+    Task<void> followProjectWrite(ChatSession session, std::vector<ProjectFile> files);
+    Task<void> followProjectRestore(ProjectBackup backup);
     void showLibrary();
 
     Services m_services;
     ApiBases m_bases;
     SystemProcessRunner m_processes;
     Worker m_worker{2};
+    // One after the other, in the order they were asked for.
+    Worker m_projectWorker;
     CredentialWorker m_credentials;
     ConversationKeeper m_keeper;
     LibraryStore m_library;
@@ -377,6 +381,7 @@ private:
     Task<void> m_undoTime;
     Task<void> m_page;
     std::vector<Task<void>> m_fileTasks;
+    std::vector<Task<void>> m_projectWork;
     Task<void> m_backup;
 };
 

@@ -36,14 +36,32 @@ Task<BackupContents> readBackup(Worker* worker, QString root, QString name)
     });
 }
 
+struct WrittenProject
+{
+    std::size_t count = 0;
+    ProjectBackup backup;
+    std::optional<QString> failure;
+};
+
+/// Each file waits for the disk, so this is work for another thread.
+WrittenProject writeProject(const ChatSession& session, const std::vector<ProjectFile>& files)
+{
+    WrittenProject written;
+    try {
+        written.count = writeProjectFiles(session, files, written.backup).size();
+    } catch (const Error& error) {
+        // What was written before the failure can still be taken back.
+        written.failure = error.message();
+    }
+    return written;
+}
+
 } // namespace
 
 void AppModel::showLibrary()
 {
     m_libraryItems = m_library.items();
     Q_EMIT libraryItemsChanged();
-    for (const SetAside& setAside : m_library.takeSetAside())
-        notify(setAside.text());
 }
 
 void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
@@ -207,15 +225,26 @@ void AppModel::writeProjectFiles(const QUuid& message, const QStringList& paths)
         setStatusMessage(noProjectFilesStatus());
         return;
     }
-    ProjectBackup backup;
-    const bool done = attempt([&] {
-        const std::vector<QUrl> written = varnel::writeProjectFiles(*selected, files, backup);
-        const QUrl folder = selected->projectURL().value_or(QUrl());
-        setStatusMessage(projectWriteStatus(written.size(), folder));
+    ChatSession session;
+    session.projectPath = selected->projectPath;
+    std::erase_if(m_projectWork, [](const Task<void>& task) { return task.isFinished(); });
+    m_projectWork.push_back(followProjectWrite(std::move(session), std::move(files)));
+}
+
+Task<void> AppModel::followProjectWrite(ChatSession session, std::vector<ProjectFile> files)
+{
+    const QUrl folder = session.projectURL().value_or(QUrl());
+    WrittenProject written =
+        co_await m_projectWorker.run([session = std::move(session), files = std::move(files)](
+                                         const std::stop_token&) { return writeProject(session, files); });
+    if (written.failure) {
+        setStatusMessage(*written.failure);
+    } else {
+        setStatusMessage(projectWriteStatus(written.count, folder));
         m_services.log.log(projectWriteLogLine(folder));
-    });
-    if (done || !backup.files.empty())
-        m_projectBackup = std::move(backup);
+    }
+    if (!written.failure || !written.backup.files.empty())
+        m_projectBackup = std::move(written.backup);
     Q_EMIT projectFilesChanged();
 }
 
@@ -223,11 +252,16 @@ void AppModel::restoreProjectFiles()
 {
     if (!m_projectBackup)
         return;
-    const QStringList problems = varnel::restoreProjectFiles(*m_projectBackup);
-    m_projectBackup.reset();
+    m_projectWork.push_back(followProjectRestore(*std::exchange(m_projectBackup, std::nullopt)));
+    Q_EMIT projectFilesChanged();
+}
+
+Task<void> AppModel::followProjectRestore(ProjectBackup backup)
+{
+    const QStringList problems = co_await m_projectWorker.run(
+        [backup = std::move(backup)](const std::stop_token&) { return varnel::restoreProjectFiles(backup); });
     setStatusMessage(problems.isEmpty() ? tr("The overwritten files are back as they were.")
                                         : problems.join(QLatin1Char(' ')));
-    Q_EMIT projectFilesChanged();
 }
 
 } // namespace varnel

@@ -106,9 +106,10 @@ std::optional<PromptMedia> mediaOf(const QString& root, const LibraryItem& item)
                        .data = std::move(contents.bytes)};
 }
 
-LibraryStore::LibraryStore(const QString& root)
+LibraryStore::LibraryStore(const QString& root, Saver saver)
     : m_root(root)
-    , m_index(indexIn(root))
+    , m_saver(std::move(saver))
+    , m_index(std::make_shared<DataFile>(indexIn(root)))
 {
     try {
         makeFolder(root);
@@ -116,7 +117,7 @@ LibraryStore::LibraryStore(const QString& root)
         // A save into a folder that is still missing says so itself.
     }
     try {
-        m_items = m_index.load(decodeLibraryItems).value_or(std::vector<LibraryItem>());
+        m_items = m_index->load(decodeLibraryItems).value_or(std::vector<LibraryItem>());
     } catch (const Error& error) {
         m_loadProblem = error.message();
     }
@@ -138,17 +139,11 @@ const LibraryItem* LibraryStore::find(const QUuid& id) const
     return found == m_items.end() ? nullptr : &*found;
 }
 
-std::vector<SetAside> LibraryStore::takeSetAside()
-{
-    return std::exchange(m_setAside, {});
-}
-
-/// Writes the items and keeps them only when they are on the disk.
 void LibraryStore::change(std::vector<LibraryItem> items)
 {
-    if (const std::optional<SetAside> kept =
-            m_index.save([&items](JsonWriter& writer) { writeLibraryItems(writer, items); }))
-        m_setAside.push_back(*kept);
+    m_saver([index = m_index, items](const std::stop_token& stop) {
+        return index->save([&items](JsonWriter& writer) { writeLibraryItems(writer, items); }, stop);
+    });
     m_items = std::move(items);
 }
 
@@ -241,11 +236,6 @@ void LibraryStore::removeForGood(const QUuid& id)
 void LibraryStore::replaceItems(std::vector<LibraryItem> items)
 {
     change(std::move(items));
-}
-
-void LibraryStore::save()
-{
-    change(m_items);
 }
 
 } // namespace varnel

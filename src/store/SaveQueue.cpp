@@ -11,6 +11,7 @@ SaveQueue::SaveQueue(Report report)
 SaveQueue::~SaveQueue()
 {
     retryFailed(*m_state);
+    stopOvertaken(*m_state);
     drain(*m_state);
 }
 
@@ -54,43 +55,63 @@ quint64 SaveQueue::lastNumber() const
     return m_state->lastNumber;
 }
 
+std::optional<SaveQueue::Entry> SaveQueue::takeNext(State& state, quint64 last)
+{
+    const std::scoped_lock lock(state.mutex);
+    const bool isDone = std::none_of(state.waiting.begin(), state.waiting.end(),
+                                     [last](const Entry& entry) { return entry.number <= last; });
+    if (isDone)
+        return std::nullopt;
+    std::optional<Entry> next = std::move(state.waiting.front());
+    state.waiting.erase(state.waiting.begin());
+    state.running = next->file;
+    state.stopRunning = std::stop_source();
+    return next;
+}
+
 void SaveQueue::drain(State& state, quint64 last)
 {
     const std::scoped_lock saving(state.saving);
-    for (;;) {
-        Entry next{};
-        {
-            const std::scoped_lock lock(state.mutex);
-            const bool isDone = std::none_of(state.waiting.begin(), state.waiting.end(),
-                                             [last](const Entry& entry) { return entry.number <= last; });
-            if (isDone)
-                return;
-            next = std::move(state.waiting.front());
-            state.waiting.erase(state.waiting.begin());
-        }
-        const SaveStatus status = saveOne(state, std::move(next));
-        const std::scoped_lock lock(state.mutex);
-        state.ended.push_back(status);
-    }
+    while (std::optional<Entry> next = takeNext(state, last))
+        saveOne(state, std::move(*next));
 }
 
-SaveStatus SaveQueue::saveOne(State& state, Entry entry)
+void SaveQueue::stopOvertaken(State& state)
+{
+    const std::scoped_lock lock(state.mutex);
+    if (state.running && std::any_of(state.waiting.begin(), state.waiting.end(), isFor(*state.running)))
+        state.stopRunning.request_stop();
+}
+
+void SaveQueue::saveOne(State& state, Entry entry)
 {
     SaveStatus status{.file = entry.file, .failure = std::nullopt, .setAside = std::nullopt};
+    bool isOvertaken = false;
     try {
-        status.setAside = entry.save();
+        status.setAside = entry.save(state.stopRunning.get_token());
+    } catch (const Cancelled&) {
+        isOvertaken = true;
     } catch (const Error& error) {
         status.failure = error.message();
     } catch (const std::exception& error) {
         status.failure = QStringLiteral("Saving failed: %1").arg(QString::fromLocal8Bit(error.what()));
     }
+    const std::scoped_lock lock(state.mutex);
+    state.running.reset();
+    if (isOvertaken) {
+        // Whoever waits for it waits for the one that overtook it.
+        for (Entry& newer : state.waiting) {
+            if (newer.file == entry.file)
+                newer.number = std::min(newer.number, entry.number);
+        }
+        return;
+    }
     if (status.failure) {
-        const std::scoped_lock lock(state.mutex);
         entry.failure = *status.failure;
         if (std::none_of(state.waiting.begin(), state.waiting.end(), isFor(entry.file)))
             state.failed.push_back(std::move(entry));
     }
-    return status;
+    state.ended.push_back(std::move(status));
 }
 
 Task<void> SaveQueue::follow(SaveQueue* queue)
@@ -129,6 +150,7 @@ Task<void> SaveQueue::flushed()
 void SaveQueue::flush()
 {
     retryFailed(*m_state);
+    stopOvertaken(*m_state);
     drain(*m_state);
     deliver();
 }

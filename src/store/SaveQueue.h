@@ -11,12 +11,13 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <vector>
 
 namespace varnel {
 
 /// The files that are saved behind the user's back.
-enum class SavedFile { Conversations, Recovery, Drafts };
+enum class SavedFile { Conversations, Recovery, Drafts, Library };
 
 /// How one save ended.
 struct SaveStatus
@@ -33,8 +34,9 @@ struct SaveStatus
 class SaveQueue
 {
 public:
-    /// Writes a snapshot that it owns; runs on the queue's thread and throws Error.
-    using Save = std::function<std::optional<SetAside>()>;
+    /// Writes a snapshot that it owns; runs on the queue's thread and throws Error. It may end with Cancelled
+    /// when it is stopped, which happens only when a later snapshot of the same file waits.
+    using Save = std::function<std::optional<SetAside>(const std::stop_token&)>;
     using Report = std::function<void(const SaveStatus&)>;
 
     /// @param report told on the caller's thread, from the event loop or from flush(), how each save ended.
@@ -51,7 +53,8 @@ public:
 
     /// Ends when everything that was put before is on the disk or has failed, and was reported.
     Task<void> flushed();
-    /// The same at once, blocking: for the end of the program. What had failed is tried once more.
+    /// The same at once, blocking: for the end of the program. What had failed is tried once more, and a
+    /// running save that a later one has overtaken is given up.
     void flush();
     /// Why the latest save of a file failed; nothing if it did not, or is yet to begin.
     std::optional<QString> failure(SavedFile file) const;
@@ -85,6 +88,9 @@ private:
         std::vector<Entry> waiting;
         std::vector<Entry> failed;
         std::vector<SaveStatus> ended;
+        /// What is being saved, and how to stop it.
+        std::optional<SavedFile> running;
+        std::stop_source stopRunning;
         /// Held by whoever saves.
         std::mutex saving;
     };
@@ -93,7 +99,9 @@ private:
     /// Saves until nothing waits whose number is `last` or less.
     static void drain(State& state, quint64 last = std::numeric_limits<quint64>::max());
     static void retryFailed(State& state);
-    static SaveStatus saveOne(State& state, Entry entry);
+    static std::optional<Entry> takeNext(State& state, quint64 last);
+    static void stopOvertaken(State& state);
+    static void saveOne(State& state, Entry entry);
     static Task<void> follow(SaveQueue* queue);
     static Task<void> waitUntilSaved(SaveQueue* queue);
     void deliver();
