@@ -125,8 +125,10 @@ Task<void> TunnelController::start(ConnectionSettings settings, std::stop_token 
         m_child.reset();
         throw;
     }
-    if (m_generation != generation)
+    if (m_generation != generation) {
+        child->terminate(); // nobody else may know of it
         throw Cancelled();
+    }
 }
 
 Task<SavedPassword> TunnelController::readPassword(Services services, std::stop_token stop)

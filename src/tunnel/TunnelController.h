@@ -62,8 +62,8 @@ public:
     void setOnExit(ExitHandler handler) { m_onExit = std::move(handler); }
 
     /// Ends when ssh is being executed, which is long before the forward is there. Reading the password may
-    /// ask the user to unlock the keyring, so that askpass, which never asks, finds it open. A child from an
-    /// earlier start is let go of, not ended.
+    /// ask the user to unlock the keyring, so that askpass, which never asks, finds it open. A child that an
+    /// earlier start launched is let go of, not ended.
     ///
     /// Throws VarnelError if the settings are not usable, if there is a password but nobody to answer with
     /// it, or if ssh cannot be executed; Cancelled if a stop is requested, or if stop(), detach() or another
