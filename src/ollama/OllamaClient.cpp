@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "ollama/OllamaError.h"
 #include "ollama/OllamaStatus.h"
+#include "ollama/ThinkBlock.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -110,6 +111,12 @@ WholeChatReply decodeWholeReply(const QByteArray& body)
         if (!message)
             return decoded;
         decoded.content = message->optional("content", &JsonValue::string).value_or(QString());
+        decoded.thinking = message->optional("thinking", &JsonValue::string).value_or(QString());
+        if (decoded.thinking.isEmpty()) {
+            ThinkBlock::Parts parts = splitThinkBlock(decoded.content);
+            decoded.content = std::move(parts.reply);
+            decoded.thinking = std::move(parts.thinking);
+        }
         if (const auto calls = message->optional("tool_calls", &JsonValue::text))
             decoded.toolCalls = QJsonDocument::fromJson(*calls).array();
         return decoded;
