@@ -80,7 +80,7 @@ QList<QStringView> linesOf(QStringView text)
 QString firstCharacters(QStringView text, int count)
 {
     // What a server says may be one line of a mebibyte; no character takes this much room.
-    const QString front = text.first(std::min<qsizetype>(text.size(), 64 * qsizetype(count))).toString();
+    QString front = text.first(std::min<qsizetype>(text.size(), 64 * qsizetype(count))).toString();
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, front);
     for (int i = 0; i < count; ++i) {
         if (finder.toNextBoundary() < 0)
