@@ -1,5 +1,6 @@
 #include "app/AskpassCaller.h"
 #include "app/CommandModes.h"
+#include "base/Error.h"
 #include "base/SecretStore.h"
 #include "support/Keyring.h"
 #include "support/ProgramRun.h"
@@ -91,7 +92,7 @@ private Q_SLOTS:
     void callerIsJudged()
     {
         QTemporaryDir folder;
-        const QString counts = folder.filePath(QStringLiteral("varnel"));
+        const auto counts = [&folder] { return folder.path(); };
         const AskpassCaller ssh{.pid = QCoreApplication::applicationPid(),
                                 .started = QStringLiteral("1"),
                                 .name = QStringLiteral("ssh"),
@@ -107,12 +108,13 @@ private Q_SLOTS:
         AskpassCaller gone = ssh;
         gone.pid = 2147483647;
         QVERIFY(mayAnswer(gone, counts));
-        QCOMPARE(QDir(counts).entryList(QDir::Files).size(), 2);
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 2);
         // Where nothing can be counted, nothing is said, except to who is no ssh.
-        for (const QString& place : {QString(), QStringLiteral("/proc/varnel")}) {
-            QVERIFY(!mayAnswer(later, place));
-            QVERIFY(mayAnswer(AskpassCaller{}, place));
-        }
+        const auto readOnly = [] { return QStringLiteral("/proc"); };
+        const auto none = []() -> QString { throw Error(QStringLiteral("no folder")); };
+        QVERIFY(!mayAnswer(later, readOnly));
+        QVERIFY_THROWS_EXCEPTION(Error, mayAnswer(later, none));
+        QVERIFY(mayAnswer(AskpassCaller{}, none));
     }
 
     void modeIsDecidedBeforeAnythingElse_data()
