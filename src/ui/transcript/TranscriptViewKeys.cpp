@@ -205,6 +205,12 @@ void TranscriptView::activate(TargetRef ref)
     case TargetKind::OpenLogs:
         Q_EMIT logsRequested();
         break;
+    case TargetKind::ResetTemperature:
+        Q_EMIT temperatureResetRequested();
+        break;
+    case TargetKind::SearchOff:
+        Q_EMIT searchOffRequested();
+        break;
     }
 }
 
@@ -224,6 +230,8 @@ void TranscriptView::toggleThinking(RowRef row)
     m_position->holdOn(row);
     m_selection.clear();
     m_document->setThinkingOpen(row.message, !m_document->isThinkingOpen(row.message));
+    m_finder->messageChanged(row.message);
+    m_findTimer.start();
     m_position->settle();
     if (followed)
         m_position->attachAtEnd();
@@ -321,12 +329,20 @@ QString TranscriptView::hoveredLink() const
 
 QString TranscriptView::hoveredName() const
 {
+    if (m_attention.hintRow)
+        return m_document->model().message(m_attention.hintRow->message).footerHint;
     const auto target = m_attention.hovered ? targetAt(*m_attention.hovered) : std::nullopt;
     return target && target->kind != TargetKind::Link ? target->name : QString();
 }
 
 QRectF TranscriptView::hoveredRect() const
 {
+    if (m_attention.hintRow) {
+        const qint64 top = m_document->topOf(*m_attention.hintRow) - m_position->top();
+        return m_document->layout(*m_attention.hintRow)
+            .hintArea()
+            .translated(0, static_cast<qreal>(top) / ratio());
+    }
     if (!m_attention.hovered)
         return {};
     const auto target = targetAt(*m_attention.hovered);
