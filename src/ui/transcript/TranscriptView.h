@@ -91,6 +91,8 @@ public:
     std::vector<TargetRef> targetsInView();
     /// A target, with its place in its row; none if it is gone.
     std::optional<RowTarget> targetAt(TargetRef ref) const;
+    /// The first rectangle of a target, in the view; empty if it is gone.
+    QRectF placeOf(TargetRef ref) const;
 
     void paint(QPainter* painter) override;
 
@@ -107,7 +109,8 @@ Q_SIGNALS:
     /// A message's text went to the clipboard.
     void messageCopied(const QString& id);
     /// @param action "regenerate", "edit", "writeFiles", "handOff", "save" or "more".
-    void actionRequested(const QString& id, const QString& action);
+    /// @param place where what asked for it is, in the view.
+    void actionRequested(const QString& id, const QString& action, const QRectF& place);
     void writeRequested(const QString& id, const QString& path);
     void tryAgainRequested(const QString& id);
     void logsRequested();

@@ -200,7 +200,7 @@ void TranscriptView::activate(TargetRef ref)
         Q_EMIT tryAgainRequested(id);
         break;
     case TargetKind::EditPrompt:
-        Q_EMIT actionRequested(id, actionWord(TranscriptAction::Edit));
+        Q_EMIT actionRequested(id, actionWord(TranscriptAction::Edit), placeOf(ref));
         break;
     case TargetKind::OpenLogs:
         Q_EMIT logsRequested();
@@ -219,7 +219,8 @@ void TranscriptView::requestAction(TargetRef ref, const RowTarget& target)
     if (target.action == TranscriptAction::Copy)
         copyMessage(ref.row);
     else
-        Q_EMIT actionRequested(m_document->model().message(ref.row.message).id, actionWord(target.action));
+        Q_EMIT actionRequested(m_document->model().message(ref.row.message).id, actionWord(target.action),
+                               placeOf(ref));
 }
 
 void TranscriptView::toggleThinking(RowRef row)
@@ -343,12 +344,15 @@ QRectF TranscriptView::hoveredRect() const
             .hintArea()
             .translated(0, static_cast<qreal>(top) / ratio());
     }
-    if (!m_attention.hovered)
-        return {};
-    const auto target = targetAt(*m_attention.hovered);
+    return m_attention.hovered ? placeOf(*m_attention.hovered) : QRectF();
+}
+
+QRectF TranscriptView::placeOf(TargetRef ref) const
+{
+    const auto target = targetAt(ref);
     if (!target || target->rects.isEmpty())
         return {};
-    const qint64 top = m_document->topOf(m_attention.hovered->row) - m_position->top();
+    const qint64 top = m_document->topOf(ref.row) - m_position->top();
     return target->rects.front().translated(0, static_cast<qreal>(top) / ratio());
 }
 
