@@ -93,7 +93,9 @@ void ExportFlow::ask(Wanted wanted)
     m_wanted = wanted;
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     const QString name = fileNameOf(session->title) + QLatin1Char('.') + suffixOf(wanted.form);
-    Q_EMIT fileWanted(QUrl::fromLocalFile(folder.filePath(name)), filterOf(wanted.form));
+    m_suggestedFile = QUrl::fromLocalFile(folder.filePath(name));
+    m_filter = filterOf(wanted.form);
+    Q_EMIT fileWanted();
 }
 
 void ExportFlow::save(const QUrl& file)

@@ -17,6 +17,8 @@ class ExportFlow : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
+    Q_PROPERTY(QUrl suggestedFile READ suggestedFile NOTIFY fileWanted)
+    Q_PROPERTY(QString filter READ filter NOTIFY fileWanted)
     Q_PROPERTY(bool withThinking MEMBER m_withThinking NOTIFY withThinkingChanged)
 
 public:
@@ -26,6 +28,11 @@ public:
     /// The model outlives the flow.
     explicit ExportFlow(AppModel& app, QObject* parent = nullptr);
     static ExportFlow* create(QQmlEngine* engine, QJSEngine*) { return provided<ExportFlow>(engine); }
+
+    /// Where what was asked for would be saved: in the user's documents folder, named after the conversation.
+    const QUrl& suggestedFile() const { return m_suggestedFile; }
+    /// The kind of file, as a dialog lists it.
+    const QString& filter() const { return m_filter; }
 
     /// Asks where to save a conversation.
     Q_INVOKABLE void exportConversation(const QString& id, varnel::ExportFlow::Form form);
@@ -40,9 +47,7 @@ public:
 Q_SIGNALS:
     void withThinkingChanged();
     /// A file to save to is to be chosen.
-    /// @param suggested a file in the user's documents folder, named after the conversation.
-    /// @param filter the kind of file, as a file dialog lists it.
-    void fileWanted(const QUrl& suggested, const QString& filter);
+    void fileWanted();
 
 private:
     struct Wanted
@@ -57,6 +62,8 @@ private:
 
     AppModel& m_app;
     std::optional<Wanted> m_wanted;
+    QUrl m_suggestedFile;
+    QString m_filter;
     bool m_withThinking = false; ///< whether documents show what the models thought
 };
 
