@@ -1,6 +1,6 @@
+#include "ui/ReplyNotices.h"
 #include "support/Keyring.h"
 #include "ui/ModelFixture.h"
-#include "ui/ReplyNotices.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
