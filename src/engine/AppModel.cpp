@@ -46,7 +46,6 @@ AppModel::~AppModel()
                                    &m_sessionSearch, &m_undoTime, &m_page, &m_backup})
         task->reset();
     m_fileTasks.clear();
-    m_projectWork.clear();
     shutDown();
 }
 

@@ -139,6 +139,9 @@ public:
 
     /// Saves a conversation to a file, in place of what is there.
     void exportConversation(const QUuid& id, const QString& file, ConversationForm form);
+    /// Has something else written to a file on the model's worker, with the same words about it. The model
+    /// keeps the task and ends it before the worker.
+    void saveWith(const std::function<Task<void>(Worker*)>& write, const QString& file);
     /// Saves the selected conversation as Markdown.
     Q_INVOKABLE void saveTranscript(const QString& file);
     /// Saves one message of the selected conversation as it stands.
@@ -381,7 +384,6 @@ private:
     Task<void> m_undoTime;
     Task<void> m_page;
     std::vector<Task<void>> m_fileTasks;
-    std::vector<Task<void>> m_projectWork;
     Task<void> m_backup;
 };
 

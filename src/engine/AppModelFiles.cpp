@@ -17,6 +17,11 @@ void AppModel::exportConversation(const QUuid& id, const QString& file, Conversa
         keepTask(followSaving(writeConversation(&m_worker, *exported, file, form), file));
 }
 
+void AppModel::saveWith(const std::function<Task<void>(Worker*)>& write, const QString& file)
+{
+    keepTask(followSaving(write(&m_worker), file));
+}
+
 void AppModel::saveTranscript(const QString& file)
 {
     exportConversation(m_selection, file, ConversationForm::Markdown);

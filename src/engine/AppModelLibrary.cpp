@@ -227,8 +227,7 @@ void AppModel::writeProjectFiles(const QUuid& message, const QStringList& paths)
     }
     ChatSession session;
     session.projectPath = selected->projectPath;
-    std::erase_if(m_projectWork, [](const Task<void>& task) { return task.isFinished(); });
-    m_projectWork.push_back(followProjectWrite(std::move(session), std::move(files)));
+    keepTask(followProjectWrite(std::move(session), std::move(files)));
 }
 
 Task<void> AppModel::followProjectWrite(ChatSession session, std::vector<ProjectFile> files)
@@ -252,7 +251,7 @@ void AppModel::restoreProjectFiles()
 {
     if (!m_projectBackup)
         return;
-    m_projectWork.push_back(followProjectRestore(*std::exchange(m_projectBackup, std::nullopt)));
+    keepTask(followProjectRestore(*std::exchange(m_projectBackup, std::nullopt)));
     Q_EMIT projectFilesChanged();
 }
 

@@ -1,5 +1,6 @@
 #include "ui/WindowScreens.h"
 
+#include <QGuiApplication>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <chrono>
@@ -17,6 +18,9 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     , m_conversations(app, clock)
     , m_models(app)
     , m_composer(app)
+    , m_notices(app, clock, m_notifier,
+                [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; })
+    , m_exports(app)
     , m_feed(app, clock)
     , m_link(app)
 {
@@ -36,6 +40,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     provide(m_engine, m_conversations);
     provide(m_engine, m_models);
     provide(m_engine, m_composer);
+    provide(m_engine, m_exports);
     provide(m_engine, m_feed);
     provide(m_engine, m_link);
 }

@@ -5,8 +5,11 @@
 #include "ui/Appearance.h"
 #include "ui/ComposerState.h"
 #include "ui/ConversationListModel.h"
+#include "ui/DesktopNotifier.h"
 #include "ui/EngineTypes.h"
+#include "ui/ExportFlow.h"
 #include "ui/ModelListModel.h"
+#include "ui/ReplyNotices.h"
 #include "ui/TranscriptFeed.h"
 #include "ui/WindowLayout.h"
 
@@ -34,6 +37,8 @@ public:
     QQuickWindow* load();
     void show(QQuickWindow& window) { m_layout.show(window); }
     QQmlEngine& engine() { return m_engine; }
+    /// Says when a notification was pressed and the window is wanted.
+    const ReplyNotices& notices() const { return m_notices; }
 
 private:
     void save() const;
@@ -46,6 +51,9 @@ private:
     ConversationListModel m_conversations;
     ModelListModel m_models;
     ComposerState m_composer;
+    DesktopNotifier m_notifier;
+    ReplyNotices m_notices;
+    ExportFlow m_exports;
     TranscriptFeed m_feed;
     LinkForScreens m_link;
     QTimer m_saveSoon;

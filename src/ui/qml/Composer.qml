@@ -97,7 +97,7 @@ FocusScope {
                 text: qsTr("Connect")
                 visible: Link.offline
                 onClicked: {
-                    AppModel.checkConnection()
+                    AppModel.openConnection()
                     composer.focusText()
                 }
             }

@@ -5,6 +5,8 @@ import Varnel
 Item {
     id: header
 
+    signal findAsked
+    signal importAsked
     signal shortcutsAsked
     signal renameEnded
 
@@ -71,6 +73,8 @@ Item {
         WindowMenu {
             id: menu
 
+            onFindAsked: header.findAsked()
+            onImportAsked: header.importAsked()
             onRenameAsked: header.rename()
             onShortcutsAsked: header.shortcutsAsked()
         }

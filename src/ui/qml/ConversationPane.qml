@@ -16,6 +16,14 @@ FocusScope {
     function renameConversation() {
         header.rename()
     }
+    function openFind() {
+        if (!AppModel.selectedIsEmpty)
+            transcript.openFind()
+    }
+    // Whether there was one to close.
+    function closeFind(): bool {
+        return transcript.closeFind()
+    }
     function copyLastReply() {
         TranscriptFeed.copyLastReply()
     }
@@ -26,15 +34,20 @@ FocusScope {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
+        onFindAsked: pane.openFind()
+        onImportAsked: files.importConversation()
         onRenameEnded: pane.focusComposer()
         onShortcutsAsked: pane.shortcutsAsked()
     }
     TranscriptArea {
+        id: transcript
+
         anchors.bottom: status.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: header.bottom
         visible: !AppModel.selectedIsEmpty
+        onLeft: pane.focusComposer()
     }
     Loader {
         active: AppModel.selectedIsEmpty
@@ -59,5 +72,8 @@ FocusScope {
         anchors.bottomMargin: Theme.gutter
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(Theme.column, parent.width - 2 * Theme.gutter)
+    }
+    FileDialogs {
+        id: files
     }
 }

@@ -20,7 +20,10 @@ T.ApplicationWindow {
 
         anchors.fill: parent
         // What nothing else took: popups and the search come first.
-        Keys.onEscapePressed: AppModel.stop()
+        Keys.onEscapePressed: {
+            if (!pane.closeFind())
+                AppModel.stop()
+        }
 
         WheelHandler {
             // Touch pads send a notch in many parts.

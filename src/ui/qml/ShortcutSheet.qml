@@ -14,6 +14,7 @@ T.Popup {
         ShortcutEntry { keys: "Up"; label: qsTr("Edit the last prompt (empty message)") },
         ShortcutEntry { keys: "Ctrl+N"; label: qsTr("New conversation") },
         ShortcutEntry { keys: "Ctrl+K"; label: qsTr("Search conversations") },
+        ShortcutEntry { keys: "Ctrl+F"; label: qsTr("Find in the conversation") },
         ShortcutEntry { keys: "Ctrl+PgUp / PgDn"; label: qsTr("Previous, next conversation") },
         ShortcutEntry { keys: "F2"; label: qsTr("Rename the conversation") },
         ShortcutEntry { keys: "Ctrl+Shift+M"; label: qsTr("Choose the model") },

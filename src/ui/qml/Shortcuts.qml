@@ -25,6 +25,10 @@ Item {
         }
     }
     Shortcut {
+        sequences: [StandardKey.Find]
+        onActivated: shortcuts.pane.openFind()
+    }
+    Shortcut {
         sequence: "Ctrl+B"
         onActivated: {
             WindowLayout.sidebarShown = !WindowLayout.sidebarShown

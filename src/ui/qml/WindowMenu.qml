@@ -6,12 +6,40 @@ PlainMenu {
     id: menu
 
     signal renameAsked
+    signal findAsked
+    signal importAsked
     signal shortcutsAsked
 
     PlainMenuItem {
         keys: "F2"
         text: qsTr("Rename conversation")
         onTriggered: menu.renameAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+F"
+        text: qsTr("Find in the conversation")
+        onTriggered: menu.findAsked()
+    }
+    PlainMenuItem {
+        text: qsTr("Export as Markdown…")
+        onTriggered: ExportFlow.exportCurrent(ExportFlow.Markdown)
+    }
+    PlainMenuItem {
+        text: qsTr("Export as PDF…")
+        onTriggered: ExportFlow.exportCurrent(ExportFlow.Pdf)
+    }
+    PlainMenuItem {
+        text: qsTr("Export as JSON…")
+        onTriggered: ExportFlow.exportCurrent(ExportFlow.Json)
+    }
+    PlainMenuItem {
+        checked: ExportFlow.withThinking
+        text: qsTr("Export thinking as well")
+        onTriggered: ExportFlow.withThinking = !ExportFlow.withThinking
+    }
+    PlainMenuItem {
+        text: qsTr("Import a conversation…")
+        onTriggered: menu.importAsked()
     }
     PlainMenuItem {
         text: qsTr("Delete conversation")

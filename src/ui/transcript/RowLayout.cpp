@@ -81,7 +81,13 @@ qreal partHeight(const TranscriptRow& row, const RowContext& context)
     case RowKind::Actions:
         return context.message.role == TranscriptRole::User ? 32 : 56;
     case RowKind::Error:
-        return 72;
+        return 92;
+    case RowKind::Step:
+        return 24;
+    case RowKind::Unfinished:
+        return 32;
+    case RowKind::Chips:
+        return 28;
     default:
         return 32;
     }
@@ -106,9 +112,13 @@ std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& co
     case RowKind::Rule:
     case RowKind::Thinking:
     case RowKind::Waiting:
-    case RowKind::Error:
     case RowKind::Actions:
         break;
+    case RowKind::Chips:
+    case RowKind::Step:
+    case RowKind::Error:
+    case RowKind::Unfinished:
+        return layOutCard(row, context);
     }
     return layOutMessageRow(row, context);
 }
@@ -153,6 +163,8 @@ bool isHeightKnown(const TranscriptRow& row, const RowContext& context)
     case RowKind::Rule:
     case RowKind::Thinking:
     case RowKind::Waiting:
+    case RowKind::Step:
+    case RowKind::Unfinished:
     case RowKind::Actions:
         return true;
     default:

@@ -79,6 +79,11 @@ void StyledText::draw(QPainter& painter, QPointF origin, const QRectF& clip, int
     }
 }
 
+void StyledText::drawLine(QPainter& painter, int line, QPointF corner) const
+{
+    m_layout->lineAt(line).draw(&painter, corner - QPointF(0, lineTop(line)));
+}
+
 void StyledText::fillSelection(QPainter& painter, QPointF origin, int number, int start, int end,
                                const QColor& colour) const
 {

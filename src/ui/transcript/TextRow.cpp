@@ -115,7 +115,7 @@ private:
             const qreal limit = std::floor(m_column.width * 0.8);
             const qreal width =
                 single ? std::min(limit, std::ceil(m_text.naturalWidth()) + 28 * m_zoom) : limit;
-            const qreal left = m_column.left + m_column.width - width;
+            const qreal left = m_column.mirrored ? m_column.left : m_column.left + m_column.width - width;
             // Text that runs leftwards was aligned to the full width: keep its leading edge in the bubble.
             const qreal shift = m_text.isRightToLeft() ? limit - width : 0;
             m_origin = {whole(left + 14 * m_zoom - shift),
