@@ -19,6 +19,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     , m_composer(app)
     , m_feed(app, clock)
     , m_link(app)
+    , m_settings(app)
 {
     // A drag changes the state with every pixel.
     m_saveSoon.setSingleShot(true);
@@ -38,6 +39,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     provide(m_engine, m_composer);
     provide(m_engine, m_feed);
     provide(m_engine, m_link);
+    m_settings.provideTo(m_engine);
 }
 
 WindowScreens::~WindowScreens()

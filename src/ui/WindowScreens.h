@@ -7,6 +7,7 @@
 #include "ui/ConversationListModel.h"
 #include "ui/EngineTypes.h"
 #include "ui/ModelListModel.h"
+#include "ui/SettingsObjects.h"
 #include "ui/TranscriptFeed.h"
 #include "ui/WindowLayout.h"
 
@@ -48,6 +49,7 @@ private:
     ComposerState m_composer;
     TranscriptFeed m_feed;
     LinkForScreens m_link;
+    SettingsObjects m_settings;
     QTimer m_saveSoon;
     // Last: the screens are gone before what they look at.
     QQmlApplicationEngine m_engine;
