@@ -35,6 +35,16 @@ bool PreferenceEditor::firstRunDue() const
     return !m_app.preferences().onboardingComplete();
 }
 
+QString PreferenceEditor::version()
+{
+    return QStringLiteral(VARNEL_VERSION);
+}
+
+QString PreferenceEditor::qtVersion()
+{
+    return QString::fromLatin1(qVersion());
+}
+
 void PreferenceEditor::setDefaultModel(const QString& name)
 {
     if (name.trimmed() != defaultModel())

@@ -25,6 +25,8 @@ class PreferenceEditor : public QObject
     Q_PROPERTY(bool passthrough READ passthrough WRITE setPassthrough NOTIFY changed)
     Q_PROPERTY(bool firstRunDue READ firstRunDue NOTIFY changed)
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
+    Q_PROPERTY(QString version READ version CONSTANT)
+    Q_PROPERTY(QString qtVersion READ qtVersion CONSTANT)
 
 public:
     /// The model outlives the object.
@@ -44,6 +46,10 @@ public:
     bool firstRunDue() const;
     /// Why the last change could not be saved; empty if it could.
     const QString& problem() const { return m_problem; }
+
+    /// Of the program, and of the Qt that it runs on.
+    static QString version();
+    static QString qtVersion();
 
     /// An empty name changes nothing.
     void setDefaultModel(const QString& name);

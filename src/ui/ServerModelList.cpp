@@ -85,7 +85,7 @@ QVariant ServerModelList::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> ServerModelList::roleNames() const
 {
-    return {{NameRole, "name"}, {DetailRole, "detail"}, {LoadedRole, "loaded"}, {DefaultRole, "isDefault"}};
+    return {{NameRole, "name"}, {DetailRole, "facts"}, {LoadedRole, "loaded"}, {DefaultRole, "isDefault"}};
 }
 
 int ServerModelList::defaultRow() const

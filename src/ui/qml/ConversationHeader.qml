@@ -5,6 +5,8 @@ import Varnel
 Item {
     id: header
 
+    signal modelsAsked
+    signal settingsAsked
     signal shortcutsAsked
     signal renameEnded
 
@@ -71,7 +73,9 @@ Item {
         WindowMenu {
             id: menu
 
+            onModelsAsked: header.modelsAsked()
             onRenameAsked: header.rename()
+            onSettingsAsked: header.settingsAsked()
             onShortcutsAsked: header.shortcutsAsked()
         }
     }

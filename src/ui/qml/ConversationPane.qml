@@ -5,6 +5,8 @@ import Varnel
 FocusScope {
     id: pane
 
+    signal modelsAsked
+    signal settingsAsked
     signal shortcutsAsked
 
     function focusComposer() {
@@ -26,7 +28,9 @@ FocusScope {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
+        onModelsAsked: pane.modelsAsked()
         onRenameEnded: pane.focusComposer()
+        onSettingsAsked: pane.settingsAsked()
         onShortcutsAsked: pane.shortcutsAsked()
     }
     TranscriptArea {

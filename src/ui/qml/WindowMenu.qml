@@ -5,7 +5,9 @@ import Varnel
 PlainMenu {
     id: menu
 
+    signal modelsAsked
     signal renameAsked
+    signal settingsAsked
     signal shortcutsAsked
 
     PlainMenuItem {
@@ -53,6 +55,16 @@ PlainMenu {
         onTriggered: Appearance.resetZoom()
     }
     PlainMenuSeparator {
+    }
+    PlainMenuItem {
+        keys: "Ctrl+M"
+        text: qsTr("Models…")
+        onTriggered: menu.modelsAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+,"
+        text: qsTr("Settings…")
+        onTriggered: menu.settingsAsked()
     }
     PlainMenuItem {
         keys: "Ctrl+/"
