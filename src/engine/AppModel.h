@@ -103,6 +103,9 @@ public:
     /// Where the public services are.
     const ApiBases& apiBases() const { return m_bases; }
     CredentialWorker& credentials() { return m_credentials; }
+    /// The settings that belong to no conversation; those that are shown elsewhere too have an operation here.
+    Preferences& preferences() { return m_services.preferences; }
+    const DiagnosticsLog& diagnosticsLog() const { return m_services.log; }
 
     // Conversations. An identifier that names none changes nothing.
 

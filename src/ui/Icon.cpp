@@ -46,6 +46,7 @@ constexpr std::array drawings{
     Drawing{"vision",
             "M2.5 10 C4.5 6.4 7 5 10 5 C13 5 15.5 6.4 17.5 10 C15.5 13.6 13 15 10 15 C7 15 4.5 13.6 "
             "2.5 10 Z O10 10 2.25"},
+    Drawing{"circle", "O10 10 5"},
     Drawing{"spinner", "A10 10 6 90 270"},
 };
 

@@ -23,6 +23,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     , m_exports(app)
     , m_feed(app, clock)
     , m_link(app)
+    , m_settings(app)
 {
     // A drag changes the state with every pixel.
     m_saveSoon.setSingleShot(true);
@@ -43,6 +44,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     provide(m_engine, m_exports);
     provide(m_engine, m_feed);
     provide(m_engine, m_link);
+    m_settings.provideTo(m_engine);
 }
 
 WindowScreens::~WindowScreens()

@@ -10,6 +10,7 @@
 #include "ui/ExportFlow.h"
 #include "ui/ModelListModel.h"
 #include "ui/ReplyNotices.h"
+#include "ui/SettingsObjects.h"
 #include "ui/TranscriptFeed.h"
 #include "ui/WindowLayout.h"
 
@@ -56,6 +57,7 @@ private:
     ExportFlow m_exports;
     TranscriptFeed m_feed;
     LinkForScreens m_link;
+    SettingsObjects m_settings;
     QTimer m_saveSoon;
     // Last: the screens are gone before what they look at.
     QQmlApplicationEngine m_engine;

@@ -38,9 +38,11 @@ Task<std::vector<CredentialStatus>> CredentialWorker::statuses(Unlocking unlocki
             std::vector<CredentialStatus> statuses;
             for (const RemoteProvider provider : allRemoteProviders()) {
                 const auto key = resolveProviderKey(provider, *secrets, environment, unlocking);
+                const auto* const saved = key ? std::get_if<KeychainOrigin>(&key->origin) : nullptr;
                 statuses.push_back({.provider = provider,
                                     .available = key.has_value(),
-                                    .line = credentialLine(provider, key, environment)});
+                                    .line = credentialLine(provider, key, environment),
+                                    .account = saved ? saved->account : QString()});
             }
             return statuses;
         },
@@ -55,6 +57,26 @@ Task<void> CredentialWorker::save(QString account, QString key, std::stop_token 
             return true;
         },
         std::move(stop)));
+}
+
+Task<void> CredentialWorker::saveExactly(QString account, QString secret, std::stop_token stop)
+{
+    return saved(m_worker.run(
+        [secrets = m_secrets, account = std::move(account),
+         secret = std::move(secret)](const std::stop_token&) {
+            secrets->save(account, secret);
+            return true;
+        },
+        std::move(stop)));
+}
+
+Task<bool> CredentialWorker::holds(QString account, std::stop_token stop)
+{
+    return m_worker.run(
+        [secrets = m_secrets, account = std::move(account)](const std::stop_token&) {
+            return !secrets->read(account, Unlocking::MayPrompt).value_or(QString()).isEmpty();
+        },
+        std::move(stop));
 }
 
 Task<bool> CredentialWorker::remove(QString account, std::stop_token stop)

@@ -11,6 +11,8 @@ struct CredentialStatus
     RemoteProvider provider = RemoteProvider::Gemini;
     bool available = false;
     QString line;
+    /// The account under which it is saved; empty if it is not, or comes from the environment.
+    QString account;
 
     bool operator==(const CredentialStatus&) const = default;
 };
@@ -31,6 +33,12 @@ public:
     Task<std::vector<CredentialStatus>> statuses(Unlocking unlocking, std::stop_token stop = {});
     /// As saveKey(). Throws VarnelError or Cancelled.
     Task<void> save(QString account, QString key, std::stop_token stop = {});
+    /// Saves a secret as it is: a password may begin or end with blanks. Throws SecretStoreError or
+    /// Cancelled.
+    Task<void> saveExactly(QString account, QString secret, std::stop_token stop = {});
+    /// Whether a secret that is not empty is saved for an account; may ask the user to unlock the store.
+    /// Throws Cancelled.
+    Task<bool> holds(QString account, std::stop_token stop = {});
     /// Removes a saved key; false if it may still be there. Throws Cancelled.
     Task<bool> remove(QString account, std::stop_token stop = {});
 

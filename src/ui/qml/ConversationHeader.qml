@@ -7,6 +7,8 @@ Item {
 
     signal findAsked
     signal importAsked
+    signal modelsAsked
+    signal settingsAsked
     signal shortcutsAsked
     signal renameEnded
 
@@ -75,7 +77,9 @@ Item {
 
             onFindAsked: header.findAsked()
             onImportAsked: header.importAsked()
+            onModelsAsked: header.modelsAsked()
             onRenameAsked: header.rename()
+            onSettingsAsked: header.settingsAsked()
             onShortcutsAsked: header.shortcutsAsked()
         }
     }

@@ -5,6 +5,8 @@ import Varnel
 FocusScope {
     id: pane
 
+    signal modelsAsked
+    signal settingsAsked
     signal shortcutsAsked
 
     function focusComposer() {
@@ -36,7 +38,9 @@ FocusScope {
         anchors.top: parent.top
         onFindAsked: pane.openFind()
         onImportAsked: files.importConversation()
+        onModelsAsked: pane.modelsAsked()
         onRenameEnded: pane.focusComposer()
+        onSettingsAsked: pane.settingsAsked()
         onShortcutsAsked: pane.shortcutsAsked()
     }
     TranscriptArea {

@@ -59,6 +59,8 @@ T.ApplicationWindow {
             anchors.left: sidebar.right
             anchors.right: parent.right
             anchors.top: parent.top
+            onModelsAsked: models.openSheet()
+            onSettingsAsked: settings.openSheet()
             onShortcutsAsked: shortcutSheet.open()
         }
         SidebarHandle {
@@ -74,13 +76,40 @@ T.ApplicationWindow {
         anchors.left: parent.left
         anchors.leftMargin: Theme.gutter
     }
+    SheetLoader {
+        id: firstRun
+
+        sourceComponent: FirstRunSheet {
+            onModelsAsked: models.openSheet()
+        }
+    }
+    SheetLoader {
+        id: models
+
+        sourceComponent: ModelsSheet {
+        }
+    }
+    SheetLoader {
+        id: settings
+
+        sourceComponent: SettingsSheet {
+            onFirstRunAsked: firstRun.openSheet()
+            onModelsAsked: models.openSheet()
+        }
+    }
     ShortcutSheet {
         id: shortcutSheet
     }
     Shortcuts {
         pane: pane
         sidebar: sidebar
+        onModelsAsked: models.openSheet()
+        onSettingsAsked: settings.openSheet()
         onSheetAsked: shortcutSheet.open()
     }
-    Component.onCompleted: pane.focusComposer()
+    Component.onCompleted: {
+        pane.focusComposer()
+        if (PreferenceEditor.firstRunDue)
+            firstRun.openSheet()
+    }
 }

@@ -17,6 +17,8 @@ T.Popup {
         ShortcutEntry { keys: "Ctrl+F"; label: qsTr("Find in the conversation") },
         ShortcutEntry { keys: "Ctrl+PgUp / PgDn"; label: qsTr("Previous, next conversation") },
         ShortcutEntry { keys: "F2"; label: qsTr("Rename the conversation") },
+        ShortcutEntry { keys: "Ctrl+M"; label: qsTr("Models") },
+        ShortcutEntry { keys: "Ctrl+,"; label: qsTr("Settings") },
         ShortcutEntry { keys: "Ctrl+Shift+M"; label: qsTr("Choose the model") },
         ShortcutEntry { keys: "Ctrl+Shift+C"; label: qsTr("Copy the last reply") },
         ShortcutEntry { keys: "Ctrl+B"; label: qsTr("Show or hide the conversations") },

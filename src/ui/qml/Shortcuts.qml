@@ -8,6 +8,8 @@ Item {
     required property ConversationPane pane
     required property Sidebar sidebar
 
+    signal modelsAsked
+    signal settingsAsked
     signal sheetAsked
 
     Shortcut {
@@ -51,6 +53,14 @@ Item {
     Shortcut {
         sequence: "Ctrl+Shift+M"
         onActivated: shortcuts.pane.openModelPicker()
+    }
+    Shortcut {
+        sequence: "Ctrl+M"
+        onActivated: shortcuts.modelsAsked()
+    }
+    Shortcut {
+        sequence: "Ctrl+,"
+        onActivated: shortcuts.settingsAsked()
     }
     Shortcut {
         sequence: "F2"

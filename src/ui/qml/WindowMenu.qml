@@ -5,9 +5,11 @@ import Varnel
 PlainMenu {
     id: menu
 
+    signal modelsAsked
     signal renameAsked
     signal findAsked
     signal importAsked
+    signal settingsAsked
     signal shortcutsAsked
 
     PlainMenuItem {
@@ -81,6 +83,16 @@ PlainMenu {
         onTriggered: Appearance.resetZoom()
     }
     PlainMenuSeparator {
+    }
+    PlainMenuItem {
+        keys: "Ctrl+M"
+        text: qsTr("Models…")
+        onTriggered: menu.modelsAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+,"
+        text: qsTr("Settings…")
+        onTriggered: menu.settingsAsked()
     }
     PlainMenuItem {
         keys: "Ctrl+/"

@@ -1,0 +1,134 @@
+import QtQuick
+import Varnel
+
+// The first steps: where Ollama runs, whether it answers, which model, and keys. Closed in the middle it goes on
+// from there when it is opened again; until it is finished or skipped, every start opens it.
+Sheet {
+    id: sheet
+
+    property int step: 0
+    readonly property list<string> titles: [qsTr("Where does Ollama run?"), qsTr("Does it answer?"), qsTr("Which model?"), qsTr("Keys, if you like")]
+
+    signal modelsAsked
+
+    function finish() {
+        PreferenceEditor.finishFirstRun()
+        step = 0
+        close()
+    }
+    function go(to: int) {
+        ConnectionEditor.apply()
+        step = to
+        if (to === 1 && !Link.connected)
+            ConnectionEditor.open()
+    }
+
+    firstFocus: next
+    title: titles[step]
+    wantedHeight: 600
+    wantedWidth: 640
+    onAboutToHide: ConnectionEditor.apply()
+
+    PlainText {
+        id: progress
+
+        anchors.left: parent.left
+        anchors.leftMargin: Theme.turn
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.turn
+        anchors.top: parent.top
+        anchors.topMargin: Theme.paragraph
+        color: Theme.secondary
+        font: Theme.metadataFont
+        text: qsTr("Step %1 of %2").arg(sheet.step + 1).arg(sheet.titles.length)
+    }
+    Loader {
+        anchors.bottom: foot.top
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.top: progress.bottom
+        sourceComponent: [place, test, models, keys][sheet.step]
+    }
+    Item {
+        id: foot
+
+        anchors.bottom: parent.bottom
+        anchors.left: parent.left
+        anchors.leftMargin: Theme.turn
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.turn
+        height: Theme.px(60)
+
+        PlainButton {
+            anchors.left: parent.left
+            anchors.verticalCenter: parent.verticalCenter
+            hint: qsTr("Do not ask again; everything is in the settings too")
+            text: qsTr("Skip setup")
+            onClicked: sheet.finish()
+        }
+        PlainButton {
+            anchors.right: next.left
+            anchors.rightMargin: Theme.gap
+            anchors.verticalCenter: parent.verticalCenter
+            outlined: true
+            text: qsTr("Back")
+            visible: sheet.step > 0
+            onClicked: sheet.go(sheet.step - 1)
+        }
+        PlainButton {
+            id: next
+
+            readonly property bool last: sheet.step === sheet.titles.length - 1
+
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            primary: true
+            text: last ? qsTr("Start chatting") : sheet.step === 1 && !Link.connected ? qsTr("Go on without") : qsTr("Next")
+            onClicked: last ? sheet.finish() : sheet.go(sheet.step + 1)
+        }
+    }
+    Component {
+        id: place
+
+        SettingsPage {
+            title: sheet.title
+
+            ConnectionFields {
+            }
+        }
+    }
+    Component {
+        id: test
+
+        FirstRunTest {
+            title: sheet.title
+        }
+    }
+    Component {
+        id: models
+
+        FirstRunModel {
+            onModelsAsked: sheet.modelsAsked()
+        }
+    }
+    Component {
+        id: keys
+
+        SettingsPage {
+            title: sheet.title
+
+            SettingsNote {
+                text: qsTr("Everything works with Ollama alone. With a key, a conversation can also be sent to a cloud provider, or look things up on the web.")
+            }
+            PlainSwitch {
+                checked: PreferenceEditor.passthrough
+                detail: qsTr("A conversation may then be sent to a provider. Without this, every message stays on Ollama.")
+                text: qsTr("Remote passthrough")
+                width: parent.width
+                onToggled: PreferenceEditor.passthrough = checked
+            }
+            KeyList {
+            }
+        }
+    }
+}
