@@ -7,6 +7,7 @@
 #include "base/Task.h"
 #include "base/Worker.h"
 #include "engine/AppState.h"
+#include "engine/ConversationFiles.h"
 #include "engine/PromptMaterial.h"
 #include "engine/Turn.h"
 #include "providers/credentials/ApiBase.h"
@@ -22,6 +23,7 @@
 #include <QUrl>
 
 #include <memory>
+#include <set>
 #include <stop_token>
 
 namespace varnel {
@@ -42,6 +44,8 @@ class AppModel : public AppState
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
     Q_PROPERTY(QString selectedTitle READ selectedTitle NOTIFY selectedSessionChanged)
     Q_PROPERTY(QString selectedModel READ selectedModel NOTIFY selectedSessionChanged)
+    Q_PROPERTY(bool needsCloudConfirmation READ needsCloudConfirmation NOTIFY selectedSessionChanged)
+    Q_PROPERTY(QString toolsHint READ toolsHint NOTIFY selectedSessionChanged)
     Q_PROPERTY(bool selectedIsEmpty READ selectedIsEmpty NOTIFY selectedSessionChanged)
 
 public:
@@ -86,6 +90,16 @@ public:
     bool selectedIsEmpty() const;
     /// How much of its context the selected conversation takes with what is drafted; an estimate.
     ContextUse contextUse() const;
+    /// What is to be said when that is more than there is; empty while it is not. Follows the draft too.
+    QString contextWarning() const;
+    /// What is to be said when the selected conversation searches the web and its model was found to have no
+    /// tools; empty otherwise.
+    QString toolsHint() const;
+    /// Whether the selected conversation is about to be sent to a provider to which none has gone yet, so
+    /// that the user is to be asked first.
+    bool needsCloudConfirmation() const;
+    /// The user agrees to send to the provider of the selected conversation, from now on.
+    Q_INVOKABLE void confirmCloud();
     /// Where the public services are.
     const ApiBases& apiBases() const { return m_bases; }
     CredentialWorker& credentials() { return m_credentials; }
@@ -121,7 +135,22 @@ public:
     void setSearch(SearchSource source);
     Q_INVOKABLE void setProjectPath(const QString& path);
 
+    // Copies outside the program. The status says what became of them.
+
+    /// Saves a conversation to a file, in place of what is there.
+    void exportConversation(const QUuid& id, const QString& file, ConversationForm form);
+    /// Saves the selected conversation as Markdown.
+    Q_INVOKABLE void saveTranscript(const QString& file);
+    /// Saves one message of the selected conversation as it stands.
+    Q_INVOKABLE void saveReply(const QUuid& message, const QString& file);
+    /// Adds a conversation that was exported as JSON, and selects it.
+    Q_INVOKABLE void importConversation(const QString& file);
+
     // The composer of the selected conversation.
+
+    /// Puts the text of a web page below the draft. A newer page replaces one that is still being read.
+    Q_INVOKABLE void readPage(const QString& url);
+    Q_INVOKABLE void stopReadingPage();
 
     void setDraft(const QString& text);
     Q_INVOKABLE void attach(const QUuid& item);
@@ -136,6 +165,9 @@ public:
     Q_INVOKABLE void stop();
     /// Sends the prompt of a failed turn again.
     Q_INVOKABLE void tryAgain();
+    /// The same with what its failure offers: the temperature 1, or no web tools.
+    Q_INVOKABLE void resetTemperatureAndTryAgain();
+    Q_INVOKABLE void turnSearchOffAndTryAgain();
     /// Takes the prompt of a failed turn back into the composer.
     Q_INVOKABLE void editFailed();
     /// Asks for the last reply of the selected conversation once more.
@@ -235,6 +267,10 @@ private:
     void touch(const QUuid& id);
     void moveIntoPlace(const QUuid& id);
     void announceSession(const QUuid& id);
+    void announceSelection();
+    void addToDraft(const QUuid& session, const QString& text);
+    void takeFromDraft(const QUuid& session, const QString& prompt, const std::vector<QUuid>& attachments);
+    void detachEverywhere(const QUuid& item);
     void setRemoved(std::unique_ptr<RemovedSession> removed);
     Task<void> followUndoTime();
     void searchSessions();
@@ -242,11 +278,12 @@ private:
     Task<void> followSessionSearch(QString query, std::stop_token stop);
 
     void setFailure(std::optional<TurnFailure> failure);
+    void setPreparing(bool preparing);
     void setStreaming(const QUuid& session, const QUuid& message);
     /// Whether a turn runs, which is said.
     bool refuseWhileStreaming();
-    /// Whether the selected conversation is answered by a provider and none is allowed; it is Ollama's then.
-    bool refusesPassthrough();
+    /// Whether a conversation is answered by a provider and none is allowed; it is Ollama's then.
+    bool refusesPassthrough(const QUuid& session);
     void startTurn(const QUuid& session);
     Task<void> followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
                           std::stop_token stop);
@@ -263,6 +300,8 @@ private:
     std::vector<LibraryItem> itemsOf(const std::vector<QUuid>& ids) const;
     /// The items of the library whose media a stored prompt carries.
     std::vector<LibraryItem> mediaItemsOf(const QString& content) const;
+    /// The items of the library that are attached to a stored prompt.
+    std::vector<LibraryItem> attachedItems(const QString& content) const;
 
     void setReplaced(std::unique_ptr<ReplacedMessages> replaced);
     void replaceFrom(const QUuid& session, std::size_t index);
@@ -282,6 +321,12 @@ private:
     Task<void> followRemoval(QString name, std::stop_token stop);
     Task<void> refreshInstalledModels(std::stop_token stop);
     void setPullStatus(const QString& text, double share = -1);
+
+    void keepTask(Task<void> task);
+    Task<void> followSaving(Task<void> saving, QString file);
+    Task<void> followConversationImport(QString file);
+    Task<void> followPage(QUuid session, QString url, std::stop_token stop);
+    void changeFailedAndTryAgain(const std::function<void(ChatSession&)>& change);
 
     Task<void> followImport(QList<QUrl> files, QString folder, QUuid attachTo);
     Task<void> followBackup();
@@ -311,11 +356,17 @@ private:
     // The estimate of the selected conversation without its draft.
     mutable std::optional<ContextUse> m_historyUse;
 
+    // Providers that the user agreed to; those that have answered before join when they are asked about.
+    mutable std::set<RemoteProvider> m_confirmedClouds;
+    // Models of which the server said so in this run.
+    std::set<QString> m_modelsWithoutTools;
+
     std::stop_source m_stopTurn;
     std::stop_source m_stopConnection;
     std::stop_source m_stopPull;
     std::stop_source m_stopModelSearch;
     std::stop_source m_stopSessionSearch;
+    std::stop_source m_stopPage;
     // Last, so that they are gone before anything they use.
     Task<void> m_turn;
     Task<void> m_connectionTask;
@@ -324,7 +375,8 @@ private:
     Task<void> m_modelSearch;
     Task<void> m_sessionSearch;
     Task<void> m_undoTime;
-    std::vector<Task<void>> m_imports;
+    Task<void> m_page;
+    std::vector<Task<void>> m_fileTasks;
     Task<void> m_backup;
 };
 

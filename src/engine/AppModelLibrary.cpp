@@ -48,7 +48,7 @@ void AppModel::showLibrary()
 
 void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
 {
-    m_imports.push_back(followImport(files, folder, andAttach ? m_selection : QUuid()));
+    keepTask(followImport(files, folder, andAttach ? m_selection : QUuid()));
 }
 
 Task<void> AppModel::followImport(QList<QUrl> files, QString folder, QUuid attachTo)
@@ -97,11 +97,16 @@ void AppModel::changeItem(const QUuid& id, const std::function<void(LibraryItem&
 void AppModel::deleteItem(const QUuid& id)
 {
     attempt([&] { m_library.markDeleted(id, m_services.clock.now()); });
-    // What is deleted is attached nowhere.
-    for (auto& [session, draft] : m_drafts)
-        std::erase(draft.attachments, id);
-    saveDrafts();
+    detachEverywhere(id);
     showLibrary();
+}
+
+/// What is deleted is attached nowhere.
+void AppModel::detachEverywhere(const QUuid& item)
+{
+    for (auto& [session, draft] : m_drafts)
+        std::erase(draft.attachments, item);
+    saveDrafts();
     Q_EMIT attachmentIDsChanged();
 }
 
@@ -113,7 +118,8 @@ void AppModel::restoreItem(const QUuid& id)
 
 void AppModel::removeItemForGood(const QUuid& id)
 {
-    attempt([&] { m_library.removeForGood(id); });
+    if (attempt([&] { m_library.removeForGood(id); }))
+        detachEverywhere(id);
     showLibrary();
 }
 
@@ -148,6 +154,8 @@ Task<void> AppModel::followRestore(QString name)
     try {
         co_await m_keeper.backUp(m_library.items());
         BackupContents contents = co_await readBackup(&m_worker, m_location.folder(), name);
+        if (refuseWhileStreaming())
+            co_return; // begun while the backup was read
         m_library.replaceItems(std::move(contents.items));
         m_sessions = std::move(contents.sessions);
         m_sessions.sort();
@@ -156,9 +164,9 @@ Task<void> AppModel::followRestore(QString name)
         setFailure(std::nullopt);
         setReplaced(nullptr);
         setRemoved(nullptr);
-        m_selection = QUuid();
+        m_selection = m_sessions.front().id;
         Q_EMIT sessionsChanged();
-        select(m_sessions.front().id);
+        announceSelection();
         saveSessions();
         showLibrary();
         status = tr("Restored backup %1").arg(name);

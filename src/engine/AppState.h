@@ -3,6 +3,7 @@
 #include "engine/ContextEstimate.h"
 #include "engine/SearchStep.h"
 #include "engine/SessionSearch.h"
+#include "engine/TurnFailure.h"
 #include "ollama/LibrarySearch.h"
 #include "ollama/OllamaTypes.h"
 #include "store/ChatSession.h"
@@ -24,20 +25,6 @@
 #include <vector>
 
 namespace varnel {
-
-/// A turn that failed: what is shown beside the prompt it belongs to, until it is tried again.
-struct TurnFailure
-{
-    QUuid session;
-    /// The user's message that got no whole answer.
-    QUuid prompt;
-    /// The status text, as it stood.
-    QString text;
-    /// What the service itself said, where the text does not hold it; may be empty.
-    QString detail;
-
-    bool operator==(const TurnFailure&) const = default;
-};
 
 /// What is known of a reply beyond what is stored with it; kept for this run.
 struct ReplyFacts
@@ -65,6 +52,7 @@ class AppState : public QObject
     Q_PROPERTY(QString connectionDetail READ connectionDetail NOTIFY connectionDetailChanged)
     Q_PROPERTY(bool tunnelIsUp READ tunnelIsUp NOTIFY tunnelIsUpChanged)
     Q_PROPERTY(bool isStreaming READ isStreaming NOTIFY isStreamingChanged)
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY isStreamingChanged)
     Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(QString libraryQuery READ libraryQuery WRITE setLibraryQuery NOTIFY libraryQueryChanged)
     Q_PROPERTY(QString sessionQuery READ sessionQuery WRITE setSessionQuery NOTIFY sessionQueryChanged)
@@ -181,6 +169,7 @@ Q_SIGNALS:
     void tunnelIsUpChanged();
     void draftChanged();
     void attachmentIDsChanged();
+    /// A turn began or ended to be looked into, or to run.
     void isStreamingChanged();
     /// A turn ended, in whatever way.
     void replyEnded(const QUuid& session, const QUuid& message);
