@@ -28,8 +28,8 @@ class ComposerState : public QObject
     Q_PROPERTY(double contextShare READ contextShare NOTIFY contextChanged)
     Q_PROPERTY(QString contextLabel READ contextLabel NOTIFY contextChanged)
     Q_PROPERTY(QString contextDetail READ contextDetail NOTIFY contextChanged)
-    Q_PROPERTY(bool sendsWithControl READ sendsWithControl WRITE setSendsWithControl NOTIFY
-                   sendsWithControlChanged)
+    Q_PROPERTY(
+        bool sendsWithControl READ sendsWithControl WRITE setSendsWithControl NOTIFY sendsWithControlChanged)
 
 public:
     /// The model and the edit outlive the object.

@@ -9,7 +9,8 @@
 
 namespace varnel {
 
-static_assert(static_cast<int>(ConversationSettings::Search::Provider) == static_cast<int>(SearchSource::Provider));
+static_assert(static_cast<int>(ConversationSettings::Search::Provider) ==
+              static_cast<int>(SearchSource::Provider));
 static_assert(static_cast<int>(ConversationSettings::Work::Vision) == static_cast<int>(WorkContext::Vision));
 static_assert(ConversationSettings::highestTemperature == preferences::temperature.highest);
 static_assert(ConversationSettings::lowestContextLength == preferences::contextLength.lowest);

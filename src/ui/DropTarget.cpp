@@ -38,8 +38,9 @@ void DropTarget::dragLeaveEvent(QDragLeaveEvent* event)
 void DropTarget::dropEvent(QDropEvent* event)
 {
     setHovered(false);
-    const bool took = m_intake && m_intake->takeDropped(*event->mimeData(), m_folder,
-                                                        m_attaching ? Intake::Use::Attach : Intake::Use::Keep);
+    const bool took =
+        m_intake && m_intake->takeDropped(*event->mimeData(), m_folder,
+                                          m_attaching ? Intake::Use::Attach : Intake::Use::Keep);
     if (!took) {
         event->ignore();
         return;

@@ -55,12 +55,27 @@ bool Intake::takeDropped(const QMimeData& data, const QString& folder, Use use)
         return true;
     if (use == Use::Keep || !data.hasText())
         return false;
-    const QString text = data.text();
+    insertText(data.text());
+    return true;
+}
+
+void Intake::insertText(const QString& text)
+{
     if (text.size() > longestPaste)
         takeText(text);
-    else
+    else if (!text.isEmpty())
         Q_EMIT textDropped(text);
-    return true;
+}
+
+void Intake::pasteAnything()
+{
+    if (!paste())
+        insertText(QGuiApplication::clipboard()->text());
+}
+
+void Intake::pasteSelection()
+{
+    insertText(QGuiApplication::clipboard()->text(QClipboard::Selection));
 }
 
 bool Intake::paste()
@@ -118,8 +133,8 @@ bool Intake::takeObjects(const QMimeData& data, const QString& folder, Use use)
     if (data.hasImage()) {
         const auto picture = data.imageData().value<QImage>();
         if (!picture.isNull()) {
-            m_app.importContents([picture] { return encoded(picture); }, tr("Picture") + QStringLiteral(".png"),
-                                 folder, attaches);
+            m_app.importContents([picture] { return encoded(picture); },
+                                 tr("Picture") + QStringLiteral(".png"), folder, attaches);
             return true;
         }
     }

@@ -39,6 +39,10 @@ public:
     bool takeDropped(const QMimeData& data, const QString& folder, Use use);
     /// Takes what is in the clipboard, unless it is a text that belongs into the message; whether it did.
     Q_INVOKABLE bool paste();
+    /// The same for any text: a short one is to be inserted.
+    Q_INVOKABLE void pasteAnything();
+    /// What is selected elsewhere, where the system offers that.
+    Q_INVOKABLE void pasteSelection();
     /// The same for the library, which takes no texts.
     Q_INVOKABLE bool pasteIntoLibrary(const QString& folder);
     /// Takes files that were chosen.
@@ -50,6 +54,7 @@ Q_SIGNALS:
 
 private:
     bool takeObjects(const QMimeData& data, const QString& folder, Use use);
+    void insertText(const QString& text);
     void takeText(const QString& text);
 
     AppModel& m_app;

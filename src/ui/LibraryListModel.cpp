@@ -17,7 +17,8 @@ constexpr qsizetype longestNote = 100000;
 
 QString dayOf(Instant time)
 {
-    const auto seconds = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
+    const auto seconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch()).count();
     return QLocale().toString(QDateTime::fromMSecsSinceEpoch(seconds).date(), QLocale::ShortFormat);
 }
 
@@ -119,8 +120,7 @@ bool LibraryListModel::isShown(const LibraryItem& item, const QStringList& words
 void LibraryListModel::refresh()
 {
     refreshFolders();
-    const QStringList words =
-        m_app.libraryQuery().simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    const QStringList words = m_app.libraryQuery().simplified().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     std::vector<LibraryItem> rows;
     for (const LibraryItem& item : m_app.libraryItems()) {
         if (isShown(item, words))
@@ -134,9 +134,8 @@ void LibraryListModel::refresh()
     }
     // When the chosen item went, the one in its place is chosen.
     if (currentRow() < 0)
-        m_current = m_rows.empty()
-                        ? QUuid()
-                        : m_rows[static_cast<std::size_t>(std::clamp(before, 0, count() - 1))].id;
+        m_current = m_rows.empty() ? QUuid()
+                                   : m_rows[static_cast<std::size_t>(std::clamp(before, 0, count() - 1))].id;
     Q_EMIT countChanged();
     Q_EMIT currentChanged();
 }

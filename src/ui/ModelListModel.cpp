@@ -71,7 +71,8 @@ QVariant ModelListModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> ModelListModel::roleNames() const
 {
-    return {{NameRole, "name"}, {GroupRole, "group"}, {DetailRole, "detail"}, {CurrentRole, "current"}, {VisionRole, "vision"}, {CloudRole, "cloud"}};
+    return {{NameRole, "name"},       {GroupRole, "group"},   {DetailRole, "detail"},
+            {CurrentRole, "current"}, {VisionRole, "vision"}, {CloudRole, "cloud"}};
 }
 
 void ModelListModel::setFilter(const QString& filter)

@@ -13,9 +13,9 @@ std::vector<PlannedProjectFile> lastOfEachPath(std::vector<PlannedProjectFile> f
 {
     std::vector<PlannedProjectFile> last;
     for (PlannedProjectFile& file : files) {
-        const auto found = std::ranges::find(last, file.file.relativePath, [](const PlannedProjectFile& each) {
-            return each.file.relativePath;
-        });
+        const auto found =
+            std::ranges::find(last, file.file.relativePath,
+                              [](const PlannedProjectFile& each) { return each.file.relativePath; });
         if (found == last.end())
             last.push_back(std::move(file));
         else
@@ -139,9 +139,9 @@ void ProjectPreview::write()
 void ProjectPreview::restore()
 {
     m_app.restoreProjectFiles();
-    std::vector<PlannedProjectFile> files =
-        m_app.selection() == m_session && !m_message.isNull() ? m_app.planProjectFiles(m_message)
-                                                              : std::vector<PlannedProjectFile>();
+    std::vector<PlannedProjectFile> files = m_app.selection() == m_session && !m_message.isNull()
+                                                ? m_app.planProjectFiles(m_message)
+                                                : std::vector<PlannedProjectFile>();
     take(lastOfEachPath(std::move(files)));
 }
 
@@ -174,7 +174,8 @@ QString ProjectPreview::currentNote() const
         return file.problem.left(longest);
     QStringList notes;
     if (file.runsByItself)
-        notes.append(tr("Something runs this file without being asked. Tick it only if you know what it does."));
+        notes.append(
+            tr("Something runs this file without being asked. Tick it only if you know what it does."));
     if (!file.twin.isEmpty())
         notes.append(tr("On some systems this is the same file as %1.").arg(file.twin.left(longest)));
     if (file.change == ProjectFileChange::Unchanged)

@@ -16,7 +16,13 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     , m_layout(m_state)
     , m_conversations(app, clock)
     , m_models(app)
-    , m_composer(app)
+    , m_attachments(app)
+    , m_intake(app)
+    , m_library(app)
+    , m_projectPreview(app)
+    , m_promptEdit(app)
+    , m_composer(app, m_promptEdit, m_state)
+    , m_settings(app)
     , m_feed(app, clock)
     , m_link(app)
 {
@@ -28,6 +34,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     QObject::connect(&m_layout, &WindowLayout::changed, &m_saveSoon, saveSoon);
     QObject::connect(&m_appearance, &Appearance::schemeChanged, &m_saveSoon, saveSoon);
     QObject::connect(&m_appearance, &Appearance::zoomChanged, &m_saveSoon, saveSoon);
+    QObject::connect(&m_composer, &ComposerState::sendsWithControlChanged, &m_saveSoon, saveSoon);
 
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     provide(m_engine, app);
@@ -35,7 +42,13 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     provide(m_engine, m_layout);
     provide(m_engine, m_conversations);
     provide(m_engine, m_models);
+    provide(m_engine, m_attachments);
+    provide(m_engine, m_intake);
+    provide(m_engine, m_library);
+    provide(m_engine, m_projectPreview);
+    provide(m_engine, m_promptEdit);
     provide(m_engine, m_composer);
+    provide(m_engine, m_settings);
     provide(m_engine, m_feed);
     provide(m_engine, m_link);
 }
@@ -58,6 +71,7 @@ void WindowScreens::save() const
     WindowState state = m_state;
     m_appearance.store(state);
     m_layout.store(state);
+    m_composer.store(state);
     if (state != loadWindowState(m_stateFile))
         saveWindowState(m_stateFile, state);
 }

@@ -3,10 +3,16 @@
 #include "base/Clock.h"
 #include "engine/AppModel.h"
 #include "ui/Appearance.h"
+#include "ui/AttachmentListModel.h"
 #include "ui/ComposerState.h"
 #include "ui/ConversationListModel.h"
+#include "ui/ConversationSettings.h"
 #include "ui/EngineTypes.h"
+#include "ui/Intake.h"
+#include "ui/LibraryListModel.h"
 #include "ui/ModelListModel.h"
+#include "ui/ProjectPreview.h"
+#include "ui/PromptEdit.h"
 #include "ui/TranscriptFeed.h"
 #include "ui/WindowLayout.h"
 
@@ -45,7 +51,13 @@ private:
     WindowLayout m_layout;
     ConversationListModel m_conversations;
     ModelListModel m_models;
+    AttachmentListModel m_attachments;
+    Intake m_intake;
+    LibraryListModel m_library;
+    ProjectPreview m_projectPreview;
+    PromptEdit m_promptEdit;
     ComposerState m_composer;
+    ConversationSettings m_settings;
     TranscriptFeed m_feed;
     LinkForScreens m_link;
     QTimer m_saveSoon;

@@ -5,6 +5,7 @@ import Varnel
 Item {
     id: header
 
+    signal libraryAsked
     signal shortcutsAsked
     signal renameEnded
 
@@ -71,6 +72,7 @@ Item {
         WindowMenu {
             id: menu
 
+            onLibraryAsked: header.libraryAsked()
             onRenameAsked: header.rename()
             onShortcutsAsked: header.shortcutsAsked()
         }

@@ -5,6 +5,7 @@ import Varnel
 FocusScope {
     id: pane
 
+    signal libraryAsked
     signal shortcutsAsked
 
     function focusComposer() {
@@ -26,6 +27,7 @@ FocusScope {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
+        onLibraryAsked: pane.libraryAsked()
         onRenameEnded: pane.focusComposer()
         onShortcutsAsked: pane.shortcutsAsked()
     }
@@ -59,5 +61,6 @@ FocusScope {
         anchors.bottomMargin: Theme.gutter
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(Theme.column, parent.width - 2 * Theme.gutter)
+        onLibraryAsked: pane.libraryAsked()
     }
 }

@@ -56,6 +56,7 @@ T.ApplicationWindow {
             anchors.left: sidebar.right
             anchors.right: parent.right
             anchors.top: parent.top
+            onLibraryAsked: librarySheet.open()
             onShortcutsAsked: shortcutSheet.open()
         }
         SidebarHandle {
@@ -65,11 +66,22 @@ T.ApplicationWindow {
             visible: sidebar.visible
         }
     }
+    DropOverlay {
+        anchors.fill: parent
+        onTaken: pane.focusComposer()
+    }
     UndoBar {
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.gutter
         anchors.left: parent.left
         anchors.leftMargin: Theme.gutter
+    }
+    LibrarySheet {
+        id: librarySheet
+
+        onClosed: pane.focusComposer()
+    }
+    ProjectPreviewSheet {
     }
     ShortcutSheet {
         id: shortcutSheet
@@ -77,6 +89,7 @@ T.ApplicationWindow {
     Shortcuts {
         pane: pane
         sidebar: sidebar
+        onLibraryAsked: librarySheet.open()
         onSheetAsked: shortcutSheet.open()
     }
     Component.onCompleted: pane.focusComposer()

@@ -8,6 +8,7 @@ Item {
     required property ConversationPane pane
     required property Sidebar sidebar
 
+    signal libraryAsked
     signal sheetAsked
 
     Shortcut {
@@ -47,6 +48,10 @@ Item {
     Shortcut {
         sequence: "Ctrl+Shift+M"
         onActivated: shortcuts.pane.openModelPicker()
+    }
+    Shortcut {
+        sequence: "Ctrl+L"
+        onActivated: shortcuts.libraryAsked()
     }
     Shortcut {
         sequence: "F2"

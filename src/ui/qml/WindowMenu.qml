@@ -5,6 +5,7 @@ import Varnel
 PlainMenu {
     id: menu
 
+    signal libraryAsked
     signal renameAsked
     signal shortcutsAsked
 
@@ -52,7 +53,17 @@ PlainMenu {
         text: qsTr("Normal size (%1 %)").arg(Math.round(Appearance.zoom * 100))
         onTriggered: Appearance.resetZoom()
     }
+    PlainMenuItem {
+        checked: ComposerState.sendsWithControl
+        text: qsTr("Send with Ctrl+Enter")
+        onTriggered: ComposerState.sendsWithControl = !ComposerState.sendsWithControl
+    }
     PlainMenuSeparator {
+    }
+    PlainMenuItem {
+        keys: "Ctrl+L"
+        text: qsTr("Library")
+        onTriggered: menu.libraryAsked()
     }
     PlainMenuItem {
         keys: "Ctrl+/"
