@@ -62,8 +62,10 @@ QHash<int, QByteArray> AttachmentListModel::roleNames() const
 
 void AttachmentListModel::remove(int row)
 {
-    if (row >= 0 && row < count())
-        m_app.detach(QUuid(m_rows[static_cast<std::size_t>(row)].id));
+    if (row < 0 || row >= count())
+        return;
+    m_app.detach(QUuid(m_rows[static_cast<std::size_t>(row)].id));
+    Q_EMIT taken();
 }
 
 void AttachmentListModel::showInText(int row)
@@ -95,6 +97,7 @@ Task<void> AttachmentListModel::followText(QUuid item, QUuid session)
     const QString draft = m_app.draft();
     m_app.setDraft(draft.isEmpty() ? text : draft + QStringLiteral("\n\n") + text);
     m_app.deleteItem(item);
+    Q_EMIT taken();
 }
 
 void AttachmentListModel::refresh()

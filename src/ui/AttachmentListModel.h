@@ -57,6 +57,8 @@ public:
 
 Q_SIGNALS:
     void countChanged();
+    /// The user took one off, or into the text.
+    void taken();
 
 private:
     void refresh();

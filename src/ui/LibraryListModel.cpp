@@ -247,6 +247,28 @@ void LibraryListModel::toggleAttached()
         m_app.attach(QUuid(m_current));
 }
 
+void LibraryListModel::remove()
+{
+    if (!currentDeleted())
+        m_app.deleteItem(QUuid(m_current));
+}
+
+void LibraryListModel::restore()
+{
+    m_app.restoreItem(QUuid(m_current));
+}
+
+void LibraryListModel::removeForGood()
+{
+    if (currentDeleted())
+        m_app.removeItemForGood(QUuid(m_current));
+}
+
+void LibraryListModel::handOff()
+{
+    m_app.handOffItem(QUuid(m_current));
+}
+
 bool LibraryListModel::addLink(const QString& address, const QString& folder)
 {
     const QString typed = address.trimmed();

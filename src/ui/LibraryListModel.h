@@ -24,7 +24,6 @@ class LibraryListModel : public QAbstractListModel
     Q_PROPERTY(int kind READ kind WRITE setKind NOTIFY filterChanged)
     Q_PROPERTY(bool showsDeleted READ showsDeleted WRITE setShowsDeleted NOTIFY filterChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentChanged)
-    Q_PROPERTY(QUuid currentId READ currentId NOTIFY currentChanged)
     Q_PROPERTY(QString currentTitle READ currentTitle NOTIFY currentChanged)
     Q_PROPERTY(QString currentNote READ currentNote NOTIFY currentChanged)
     Q_PROPERTY(QString currentFolder READ currentFolder NOTIFY currentChanged)
@@ -79,6 +78,12 @@ public:
     Q_INVOKABLE void moveTo(const QString& folder);
     /// Attaches the chosen item to the next message, or takes it off again.
     Q_INVOKABLE void toggleAttached();
+    /// Deletes the chosen item, brings it back, or removes it for good once it is deleted.
+    Q_INVOKABLE void remove();
+    Q_INVOKABLE void restore();
+    Q_INVOKABLE void removeForGood();
+    /// Opens a new conversation about the chosen item.
+    Q_INVOKABLE void handOff();
     /// Adds a link and chooses it; whether the text is the address of a page.
     Q_INVOKABLE bool addLink(const QString& address, const QString& folder);
 

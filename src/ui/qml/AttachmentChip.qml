@@ -10,9 +10,6 @@ Rectangle {
     required property string drawing
     required property string reason
     required property bool pasted
-    property real maximumWidth: Theme.px(320)
-
-    signal used
 
     readonly property bool unreadable: reason.length > 0
 
@@ -24,7 +21,7 @@ Rectangle {
     color: unreadable ? "transparent" : Theme.bubble
     height: Theme.control
     radius: Theme.radius
-    width: Math.min(row.width + Theme.gap, maximumWidth)
+    width: Math.min(row.width + Theme.gap, parent ? (parent as Flow).width - 2 * Theme.gap : 0)
 
     HoverHandler {
         id: hover
@@ -67,19 +64,13 @@ Rectangle {
         PlainButton {
             text: qsTr("Show in text")
             visible: chip.pasted
-            onClicked: {
-                AttachmentListModel.showInText(chip.index)
-                chip.used()
-            }
+            onClicked: AttachmentListModel.showInText(chip.index)
         }
         PlainButton {
             Accessible.name: qsTr("Remove %1").arg(chip.title)
             hint: qsTr("Remove")
             iconName: "close"
-            onClicked: {
-                AttachmentListModel.remove(chip.index)
-                chip.used()
-            }
+            onClicked: AttachmentListModel.remove(chip.index)
         }
     }
 }

@@ -9,6 +9,13 @@ Item {
 
     height: Math.min(flow.height, Theme.px(112))
 
+    Connections {
+        function onTaken() {
+            chips.used()
+        }
+
+        target: AttachmentListModel
+    }
     Flickable {
         anchors.fill: parent
         anchors.leftMargin: Theme.gap
@@ -33,8 +40,6 @@ Item {
             Repeater {
                 model: AttachmentListModel
                 delegate: AttachmentChip {
-                    maximumWidth: flow.width - 2 * Theme.gap
-                    onUsed: chips.used()
                 }
             }
         }

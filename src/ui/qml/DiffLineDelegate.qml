@@ -16,6 +16,7 @@ Rectangle {
     color: added ? Qt.rgba(Theme.accent.r, Theme.accent.g, Theme.accent.b, 0.14)
            : removed ? Qt.rgba(Theme.error.r, Theme.error.g, Theme.error.b, 0.14) : "transparent"
     height: text.height
+    width: ListView.view ? ListView.view.width : 0
 
     PlainText {
         id: sign

@@ -26,7 +26,6 @@ Rectangle {
         Keys.onUpPressed: contentY = Math.max(0, contentY - Theme.control)
 
         delegate: DiffLineDelegate {
-            width: list.width
         }
 
         FocusRing {

@@ -35,7 +35,7 @@ Column {
             outlined: true
             text: qsTr("Hand off")
             onClicked: {
-                AppModel.handOffItem(LibraryListModel.currentId)
+                LibraryListModel.handOff()
                 actions.left()
             }
         }
@@ -52,7 +52,7 @@ Column {
         PlainButton {
             outlined: true
             text: qsTr("Delete")
-            onClicked: AppModel.deleteItem(LibraryListModel.currentId)
+            onClicked: LibraryListModel.remove()
         }
     }
     Flow {
@@ -63,7 +63,7 @@ Column {
         PlainButton {
             outlined: true
             text: qsTr("Restore")
-            onClicked: AppModel.restoreItem(LibraryListModel.currentId)
+            onClicked: LibraryListModel.restore()
         }
         PlainButton {
             ink: Theme.error
@@ -100,7 +100,7 @@ Column {
             text: qsTr("Delete for good")
             onClicked: {
                 actions.asking = false
-                AppModel.removeItemForGood(LibraryListModel.currentId)
+                LibraryListModel.removeForGood()
             }
         }
     }

@@ -3,7 +3,7 @@ import Varnel
 
 // The folders of the library, and a first entry for none of them.
 PlainMenu {
-    id: menu
+    id: folderMenu
 
     required property string allText
     required property string chosen
@@ -11,20 +11,20 @@ PlainMenu {
     signal picked(name: string)
 
     PlainMenuItem {
-        checked: menu.chosen.length === 0
-        text: menu.allText
-        onTriggered: menu.picked("")
+        checked: folderMenu.chosen.length === 0
+        text: folderMenu.allText
+        onTriggered: folderMenu.picked("")
     }
     Instantiator {
         delegate: PlainMenuItem {
             required property string modelData
 
-            checked: menu.chosen === modelData
+            checked: folderMenu.chosen === modelData
             text: modelData.slice(0, 100)
-            onTriggered: menu.picked(modelData)
+            onTriggered: folderMenu.picked(modelData)
         }
         model: LibraryListModel.folders
-        onObjectAdded: (index, object) => menu.insertItem(index + 1, object as PlainMenuItem)
-        onObjectRemoved: (index, object) => menu.removeItem(object as PlainMenuItem)
+        onObjectAdded: (index, object) => folderMenu.insertItem(index + 1, object as PlainMenuItem)
+        onObjectRemoved: (index, object) => folderMenu.removeItem(object as PlainMenuItem)
     }
 }

@@ -16,8 +16,7 @@ ListView {
     keyNavigationEnabled: false
     model: LibraryListModel
     pixelAligned: true
-    Keys.onDeletePressed: if (!LibraryListModel.currentDeleted)
-        AppModel.deleteItem(LibraryListModel.currentId)
+    Keys.onDeletePressed: LibraryListModel.remove()
     Keys.onDownPressed: LibraryListModel.currentRow = Math.min(count - 1, currentIndex + 1)
     Keys.onEnterPressed: LibraryListModel.toggleAttached()
     Keys.onReturnPressed: LibraryListModel.toggleAttached()

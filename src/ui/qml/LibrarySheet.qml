@@ -11,7 +11,7 @@ Sheet {
     title: qsTr("Library")
     wantedHeight: 620
     wantedWidth: 860
-    onClosed: AppModel.libraryQuery = ""
+    onAboutToShow: filters.searchField.clear()
 
     Item {
         anchors.fill: parent
