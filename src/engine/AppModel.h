@@ -90,6 +90,8 @@ public:
     bool selectedIsEmpty() const;
     /// How much of its context the selected conversation takes with what is drafted; an estimate.
     ContextUse contextUse() const;
+    /// What the settings of a new conversation are.
+    ChatSession newSettings() const;
     /// What is to be said when that is more than there is; empty while it is not. Follows the draft too.
     QString contextWarning() const;
     /// What is to be said when the selected conversation searches the web and its model was found to have no
@@ -220,6 +222,11 @@ public:
     /// Copies files into the library.
     /// @param andAttach whether they go with the next message of the selected conversation.
     void importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach);
+    /// Puts something into the library that no file holds yet, such as a picture that was pasted.
+    /// @param contents makes the bytes, on another thread.
+    /// @param fileName what such a file would be called.
+    void importContents(const std::function<QByteArray()>& contents, const QString& fileName,
+                        const QString& folder, bool andAttach);
     void addLink(const QString& title, const QString& url, const QString& note, const QString& folder);
     /// Changes title, note or folder of an item.
     void changeItem(const QUuid& id, const std::function<void(LibraryItem&)>& change);
@@ -334,7 +341,8 @@ private:
     Task<void> followPage(QUuid session, QString url, std::stop_token stop);
     void changeFailedAndTryAgain(const std::function<void(ChatSession&)>& change);
 
-    Task<void> followImport(QList<QUrl> files, QString folder, QUuid attachTo);
+    void countImports(int change);
+    Task<void> followImport(std::vector<std::function<LibraryItem()>> makers, QUuid attachTo);
     Task<void> followBackup();
     Task<void> followRestore(QString name);
     Task<void> followProjectWrite(ChatSession session, std::vector<ProjectFile> files);

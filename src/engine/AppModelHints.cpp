@@ -1,6 +1,8 @@
 // What the window says or asks around a turn.
 #include "engine/AppModelPrivate.h"
 
+#include "store/NewConversation.h"
+
 #include <QLocale>
 
 namespace varnel {
@@ -45,6 +47,11 @@ void AppModel::confirmCloud()
         return;
     m_confirmedClouds.insert(selected->remoteProvider);
     Q_EMIT selectedSessionChanged();
+}
+
+ChatSession AppModel::newSettings() const
+{
+    return varnel::newConversation(m_services.preferences, m_services.clock.now());
 }
 
 QString AppModel::contextWarning() const

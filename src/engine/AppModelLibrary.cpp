@@ -66,19 +66,38 @@ void AppModel::showLibrary()
 
 void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
 {
-    keepTask(followImport(files, folder, andAttach ? m_selection : QUuid()));
+    std::vector<std::function<LibraryItem()>> makers;
+    for (const QUrl& file : files) {
+        makers.emplace_back([root = m_library.root(), file, folder, now = m_services.clock.now()] {
+            return copyIntoLibrary(root, file, folder, now);
+        });
+    }
+    keepTask(followImport(std::move(makers), andAttach ? m_selection : QUuid()));
 }
 
-Task<void> AppModel::followImport(QList<QUrl> files, QString folder, QUuid attachTo)
+void AppModel::importContents(const std::function<QByteArray()>& contents, const QString& fileName,
+                              const QString& folder, bool andAttach)
 {
-    const QString root = m_library.root();
-    for (const QUrl& file : std::as_const(files)) {
+    const auto store = [contents, fileName, folder, root = m_library.root(), now = m_services.clock.now()] {
+        return storeInLibrary(root, contents(), fileName, folder, now);
+    };
+    keepTask(followImport({store}, andAttach ? m_selection : QUuid()));
+}
+
+void AppModel::countImports(int change)
+{
+    m_imports += change;
+    Q_EMIT isImportingChanged();
+}
+
+Task<void> AppModel::followImport(std::vector<std::function<LibraryItem()>> makers, QUuid attachTo)
+{
+    countImports(1);
+    for (const auto& make : std::as_const(makers)) {
         QString failure;
         try {
-            const Instant now = m_services.clock.now();
-            LibraryItem item = co_await m_worker.run([root, file, folder, now](const std::stop_token&) {
-                return copyIntoLibrary(root, file, folder, now);
-            });
+            LibraryItem item =
+                co_await m_worker.run([make = make](const std::stop_token&) { return make(); });
             const QUuid id = m_library.add(std::move(item)).id;
             showLibrary();
             if (session(attachTo)) {
@@ -88,13 +107,14 @@ Task<void> AppModel::followImport(QList<QUrl> files, QString folder, QUuid attac
                     Q_EMIT attachmentIDsChanged();
             }
         } catch (const Cancelled&) {
-            co_return;
+            break;
         } catch (const Error& error) {
             failure = error.message();
         }
         if (!failure.isEmpty())
             setStatusMessage(failure);
     }
+    countImports(-1);
 }
 
 void AppModel::addLink(const QString& title, const QString& url, const QString& note, const QString& folder)

@@ -53,6 +53,7 @@ class AppState : public QObject
     Q_PROPERTY(bool tunnelIsUp READ tunnelIsUp NOTIFY tunnelIsUpChanged)
     Q_PROPERTY(bool isStreaming READ isStreaming NOTIFY isStreamingChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isStreamingChanged)
+    Q_PROPERTY(bool isImporting READ isImporting NOTIFY isImportingChanged)
     Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(QString libraryQuery READ libraryQuery WRITE setLibraryQuery NOTIFY libraryQueryChanged)
     Q_PROPERTY(QString sessionQuery READ sessionQuery WRITE setSessionQuery NOTIFY sessionQueryChanged)
@@ -110,6 +111,8 @@ public:
     bool isStreaming() const { return m_isStreaming; }
     /// Whether a turn runs, or is looked into before anything of it is sent.
     bool isBusy() const { return m_isStreaming || m_isPreparing; }
+    /// Whether something is still being copied into the library.
+    bool isImporting() const { return m_imports > 0; }
     /// The conversation that is being answered; null if none is.
     const QUuid& streamingSession() const { return m_streamingSession; }
     /// The message that is being written; null if none is.
@@ -171,6 +174,7 @@ Q_SIGNALS:
     void attachmentIDsChanged();
     /// A turn began or ended to be looked into, or to run.
     void isStreamingChanged();
+    void isImportingChanged();
     /// A turn ended, in whatever way.
     void replyEnded(const QUuid& session, const QUuid& message);
     void failureChanged();
@@ -220,6 +224,7 @@ protected:
     Drafts m_drafts;
     bool m_isStreaming = false;
     bool m_isPreparing = false;
+    int m_imports = 0; // under way
     QUuid m_streamingSession;
     QUuid m_streamingMessage;
     std::optional<TurnFailure> m_failure;

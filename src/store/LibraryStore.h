@@ -25,6 +25,11 @@ constexpr qint64 largestImport = qint64(100) * 1024 * 1024;
 /// Throws Error.
 LibraryItem copyIntoLibrary(const QString& root, const QUrl& source, const QString& folder, Instant now);
 
+/// The same with contents that no file holds yet, such as what was pasted.
+/// @param fileName what a file with these contents would be called; its extension says what they are.
+LibraryItem storeInLibrary(const QString& root, const QByteArray& contents, const QString& fileName,
+                           const QString& folder, Instant now);
+
 /// Whether the bytes of an item can be sent along with a prompt, as an image or a PDF.
 bool hasMedia(const LibraryItem& item);
 /// The bytes of an item for a prompt; nothing when it has none that can be sent. Reads the stored copy and

@@ -17,10 +17,16 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     , m_layout(m_state)
     , m_conversations(app, clock)
     , m_models(app)
-    , m_composer(app)
+    , m_attachments(app)
+    , m_intake(app)
+    , m_library(app)
+    , m_projectPreview(app)
+    , m_promptEdit(app)
+    , m_composer(app, m_promptEdit, m_state)
     , m_notices(app, clock, m_notifier,
                 [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; })
     , m_exports(app)
+    , m_conversationSettings(app)
     , m_feed(app, clock)
     , m_link(app)
     , m_settings(app)
@@ -33,6 +39,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     QObject::connect(&m_layout, &WindowLayout::changed, &m_saveSoon, saveSoon);
     QObject::connect(&m_appearance, &Appearance::schemeChanged, &m_saveSoon, saveSoon);
     QObject::connect(&m_appearance, &Appearance::zoomChanged, &m_saveSoon, saveSoon);
+    QObject::connect(&m_composer, &ComposerState::sendsWithControlChanged, &m_saveSoon, saveSoon);
 
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     provide(m_engine, app);
@@ -40,8 +47,14 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     provide(m_engine, m_layout);
     provide(m_engine, m_conversations);
     provide(m_engine, m_models);
+    provide(m_engine, m_attachments);
+    provide(m_engine, m_intake);
+    provide(m_engine, m_library);
+    provide(m_engine, m_projectPreview);
+    provide(m_engine, m_promptEdit);
     provide(m_engine, m_composer);
     provide(m_engine, m_exports);
+    provide(m_engine, m_conversationSettings);
     provide(m_engine, m_feed);
     provide(m_engine, m_link);
     m_settings.provideTo(m_engine);
@@ -65,6 +78,7 @@ void WindowScreens::save() const
     WindowState state = m_state;
     m_appearance.store(state);
     m_layout.store(state);
+    m_composer.store(state);
     if (state != loadWindowState(m_stateFile))
         saveWindowState(m_stateFile, state);
 }

@@ -9,6 +9,7 @@ Item {
     signal importAsked
     signal modelsAsked
     signal settingsAsked
+    signal libraryAsked
     signal shortcutsAsked
     signal renameEnded
 
@@ -78,6 +79,7 @@ Item {
             onFindAsked: header.findAsked()
             onImportAsked: header.importAsked()
             onModelsAsked: header.modelsAsked()
+            onLibraryAsked: header.libraryAsked()
             onRenameAsked: header.rename()
             onSettingsAsked: header.settingsAsked()
             onShortcutsAsked: header.shortcutsAsked()

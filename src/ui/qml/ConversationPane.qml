@@ -7,6 +7,7 @@ FocusScope {
 
     signal modelsAsked
     signal settingsAsked
+    signal libraryAsked
     signal shortcutsAsked
 
     function focusComposer() {
@@ -39,6 +40,7 @@ FocusScope {
         onFindAsked: pane.openFind()
         onImportAsked: files.importConversation()
         onModelsAsked: pane.modelsAsked()
+        onLibraryAsked: pane.libraryAsked()
         onRenameEnded: pane.focusComposer()
         onSettingsAsked: pane.settingsAsked()
         onShortcutsAsked: pane.shortcutsAsked()
@@ -76,6 +78,7 @@ FocusScope {
         anchors.bottomMargin: Theme.gutter
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(Theme.column, parent.width - 2 * Theme.gutter)
+        onLibraryAsked: pane.libraryAsked()
     }
     FileDialogs {
         id: files

@@ -61,6 +61,7 @@ T.ApplicationWindow {
             anchors.top: parent.top
             onModelsAsked: models.openSheet()
             onSettingsAsked: settings.openSheet()
+            onLibraryAsked: librarySheet.open()
             onShortcutsAsked: shortcutSheet.open()
         }
         SidebarHandle {
@@ -69,6 +70,10 @@ T.ApplicationWindow {
             anchors.top: parent.top
             visible: sidebar.visible
         }
+    }
+    DropOverlay {
+        anchors.fill: parent
+        onTaken: pane.focusComposer()
     }
     UndoBar {
         anchors.bottom: parent.bottom
@@ -97,6 +102,13 @@ T.ApplicationWindow {
             onModelsAsked: models.openSheet()
         }
     }
+    LibrarySheet {
+        id: librarySheet
+
+        onClosed: pane.focusComposer()
+    }
+    ProjectPreviewSheet {
+    }
     ShortcutSheet {
         id: shortcutSheet
     }
@@ -105,6 +117,7 @@ T.ApplicationWindow {
         sidebar: sidebar
         onModelsAsked: models.openSheet()
         onSettingsAsked: settings.openSheet()
+        onLibraryAsked: librarySheet.open()
         onSheetAsked: shortcutSheet.open()
     }
     Component.onCompleted: {

@@ -21,6 +21,7 @@ T.Popup {
         ShortcutEntry { keys: "Ctrl+,"; label: qsTr("Settings") },
         ShortcutEntry { keys: "Ctrl+Shift+M"; label: qsTr("Choose the model") },
         ShortcutEntry { keys: "Ctrl+Shift+C"; label: qsTr("Copy the last reply") },
+        ShortcutEntry { keys: "Ctrl+L"; label: qsTr("Library") },
         ShortcutEntry { keys: "Ctrl+B"; label: qsTr("Show or hide the conversations") },
         ShortcutEntry { keys: "Ctrl + / − / 0"; label: qsTr("Larger, smaller, normal size") },
         ShortcutEntry { keys: "Ctrl+/"; label: qsTr("These shortcuts") },

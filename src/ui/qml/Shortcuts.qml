@@ -10,6 +10,7 @@ Item {
 
     signal modelsAsked
     signal settingsAsked
+    signal libraryAsked
     signal sheetAsked
 
     Shortcut {
@@ -61,6 +62,10 @@ Item {
     Shortcut {
         sequence: "Ctrl+,"
         onActivated: shortcuts.settingsAsked()
+    }
+    Shortcut {
+        sequence: "Ctrl+L"
+        onActivated: shortcuts.libraryAsked()
     }
     Shortcut {
         sequence: "F2"

@@ -6,6 +6,7 @@ PlainMenu {
     id: menu
 
     signal modelsAsked
+    signal libraryAsked
     signal renameAsked
     signal findAsked
     signal importAsked
@@ -82,6 +83,11 @@ PlainMenu {
         text: qsTr("Normal size (%1 %)").arg(Math.round(Appearance.zoom * 100))
         onTriggered: Appearance.resetZoom()
     }
+    PlainMenuItem {
+        checked: ComposerState.sendsWithControl
+        text: qsTr("Send with Ctrl+Enter")
+        onTriggered: ComposerState.sendsWithControl = !ComposerState.sendsWithControl
+    }
     PlainMenuSeparator {
     }
     PlainMenuItem {
@@ -93,6 +99,11 @@ PlainMenu {
         keys: "Ctrl+,"
         text: qsTr("Settings…")
         onTriggered: menu.settingsAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+L"
+        text: qsTr("Library")
+        onTriggered: menu.libraryAsked()
     }
     PlainMenuItem {
         keys: "Ctrl+/"
