@@ -1,6 +1,7 @@
 #include "ui/PdfRows.h"
 
 #include "markdown/LinkTarget.h"
+#include "ui/transcript/MathLayout.h"
 #include "ui/transcript/RowLayout.h"
 
 #include <QFontMetricsF>
@@ -14,6 +15,13 @@ namespace {
 
 constexpr qreal codePadding = 12;
 constexpr qreal promptPadding = 12;
+
+/// A spacing that nobody sees keeps letters from being joined: who searches for "flow" must find it.
+QFont searchable(QFont font)
+{
+    font.setLetterSpacing(QFont::AbsoluteSpacing, 1.0 / 64);
+    return font;
+}
 
 QFont fontOf(const TranscriptRow& row, const TranscriptStyle& style)
 {
@@ -72,7 +80,7 @@ void PdfRows::set(const TranscriptRow& row)
 void PdfRows::setLine(const QString& text, const QFont& font, const QColor& colour, qreal spaceAbove)
 {
     StyledText::Options options;
-    options.font = font;
+    options.font = searchable(font);
     options.pitch = QFontMetricsF(font).height();
     options.width = m_pages.width();
     QString line = harmless(text, true);
@@ -98,7 +106,7 @@ StyledText PdfRows::styled(const MarkdownText& text, const QFont& font, qreal pi
                            Qt::Alignment alignment) const
 {
     StyledText::Options options;
-    options.font = font;
+    options.font = searchable(font);
     options.pitch = px(pitch);
     options.width = std::max(1.0, width);
     options.alignment = alignment;
@@ -110,7 +118,7 @@ StyledText PdfRows::styled(const MarkdownText& text, const QFont& font, qreal pi
         formats[i].format.setAnchor(true);
         formats[i].format.setAnchorHref(text.links[link].destination);
     }
-    return {shownText(text), formats, options};
+    return {shownText(text), formats, options, formulasOf(text, font, options.width)};
 }
 
 void PdfRows::paintBars(const RowFrame& frame, qreal top, qreal height)
@@ -174,6 +182,8 @@ void PdfRows::paintMarker(const RowFrame& frame, const StyledText& text, qreal l
 
 void PdfRows::setText(const TranscriptRow& row)
 {
+    if (row.kind == RowKind::Maths && setFormula(row))
+        return;
     const bool isPrompt = row.kind == RowKind::Bubble;
     const qreal indent = isPrompt ? px(promptPadding) : indentOf(row.frame);
     MarkdownText shown = row.text;
@@ -191,6 +201,24 @@ void PdfRows::setText(const TranscriptRow& row)
     setLines(row.frame, text, left, inkOf(row), ground);
     if (isPrompt && row.ends)
         piece(row.frame, px(promptPadding / 2), ground, {});
+}
+
+bool PdfRows::setFormula(const TranscriptRow& row)
+{
+    const auto box = row.begins && row.ends
+                         ? layOutMaths(row.text.text, m_style.bodyFont(), MathPlace::Displayed)
+                         : nullptr;
+    const qreal indent = indentOf(row.frame);
+    const qreal available = m_pages.width() - indent;
+    if (!box || box->width > available || box->height() > m_pages.height() / 2)
+        return false;
+    space(row);
+    piece(row.frame, box->height() + px(12), {}, [&](QPainter& painter, qreal top) {
+        painter.setPen(inkOf(row));
+        box->paint(painter,
+                   {m_pages.left() + indent + (available - box->width) / 2, top + px(6) + box->ascent});
+    });
+    return true;
 }
 
 void PdfRows::setCode(const TranscriptRow& row)
