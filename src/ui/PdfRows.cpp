@@ -15,6 +15,7 @@ namespace {
 
 constexpr qreal codePadding = 12;
 constexpr qreal promptPadding = 12;
+constexpr qreal smallestFormula = 0.6; // of its size: a wider one is shown as its source
 
 /// A spacing that nobody sees keeps letters from being joined: who searches for "flow" must find it.
 QFont searchable(QFont font)
@@ -90,6 +91,8 @@ void PdfRows::setLine(const QString& text, const QFont& font, const QColor& colo
     m_pages.space(height);
     m_pages.keepTogether(styled.height() + 3 * px(TranscriptStyle::bodyPitch));
     setLines({}, styled, m_pages.left(), colour, {});
+    height = px(4);
+    m_pages.space(height);
 }
 
 qreal PdfRows::indentOf(const RowFrame& frame) const
@@ -210,13 +213,18 @@ bool PdfRows::setFormula(const TranscriptRow& row)
                          : nullptr;
     const qreal indent = indentOf(row.frame);
     const qreal available = m_pages.width() - indent;
-    if (!box || box->width > available || box->height() > m_pages.height() / 2)
+    const qreal scale = box ? std::min(1.0, available / std::max(1.0, box->width)) : 0;
+    if (scale < smallestFormula || box->height() * scale > m_pages.height() / 2)
         return false;
     space(row);
-    piece(row.frame, box->height() + px(12), {}, [&](QPainter& painter, qreal top) {
+    piece(row.frame, box->height() * scale + px(12), {}, [&](QPainter& painter, qreal top) {
+        painter.save();
         painter.setPen(inkOf(row));
-        box->paint(painter,
-                   {m_pages.left() + indent + (available - box->width) / 2, top + px(6) + box->ascent});
+        painter.translate(m_pages.left() + indent + (available - box->width * scale) / 2,
+                          top + px(6) + box->ascent * scale);
+        painter.scale(scale, scale);
+        box->paint(painter, {});
+        painter.restore();
     });
     return true;
 }

@@ -128,7 +128,8 @@ private Q_SLOTS:
              {"On tides", "System prompt", "Be brief.", "You · 2026-09-21 14:13", "Why *tides*?",
               "Assistant · llama3.2 · 2026-09-21 14:13 · 2.3 s", "The moon", "It pulls, see here and map.",
               "ebb", "flood", "3. third", "quoted", "cpp", "int a;", "right"})
-            QVERIFY2(plain.contains(QString::fromUtf8(expected)), qPrintable(QString::fromUtf8(expected) + plain));
+            QVERIFY2(plain.contains(QString::fromUtf8(expected)),
+                     qPrintable(QString::fromUtf8(expected) + plain));
         QVERIFY(!plain.contains(QStringLiteral("water")));
         QVERIFY(!plain.contains(QStringLiteral("```")));
         write(session, ExportedThinking::Quoted);
@@ -196,6 +197,18 @@ private Q_SLOTS:
             }
             QVERIFY(words > 0);
         }
+    }
+
+    void formulasAreSet()
+    {
+        write(conversation({message(
+            ChatRole::Assistant,
+            QStringLiteral(
+                "So \\(x_1 \\le 3\\) holds, \\(\\unknown{y}\\) does not.\n\n\\[\\frac{a}{b}\\]\n"))}));
+        const QString plain = text();
+        QVERIFY2(plain.contains(QStringLiteral("≤")) && !plain.contains(QStringLiteral("frac")),
+                 qPrintable(plain));
+        QVERIFY2(plain.contains(QStringLiteral("\\unknown{y}")), qPrintable(plain));
     }
 
     void everyPageIsNumbered()

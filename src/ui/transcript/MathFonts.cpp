@@ -39,8 +39,8 @@ MathFonts::MathFonts(const QFont& beside)
     constexpr std::array shares{1.0, 0.72, 0.56};
     for (std::size_t depth = 0; depth < shares.size(); ++depth) {
         m_sizes[depth] = beside.pixelSize() * shares[depth];
-        const QFontMetricsF metrics(font(MathLetters::Upright, static_cast<int>(depth)));
-        m_axes[depth] = -metrics.tightBoundingRect(QStringLiteral("−")).center().y();
+        m_axes[depth] =
+            -ink(QStringLiteral("−"), font(MathLetters::Upright, static_cast<int>(depth))).center().y();
     }
 }
 
@@ -72,6 +72,12 @@ QFont MathFonts::font(MathLetters letters, int depth) const
         break;
     }
     return sized(serifFamily(), QFont::Serif, size);
+}
+
+QRectF MathFonts::ink(const QString& sign, const QFont& font)
+{
+    // What is measured for a text always reaches down to the baseline.
+    return QFontMetricsF(font).boundingRect(sign.front());
 }
 
 MathBox MathFonts::box(const QString& text, const QFont& font)

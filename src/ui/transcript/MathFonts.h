@@ -30,6 +30,8 @@ public:
     qreal rule(int depth) const;
 
     QFont font(MathLetters letters, int depth) const;
+    /// What a single character covers, around the left end of its baseline.
+    static QRectF ink(const QString& sign, const QFont& font);
     /// Letters in a box around what they cover. Throws UnsettableBox when no font has one of them.
     static MathBox box(const QString& text, const QFont& font);
 

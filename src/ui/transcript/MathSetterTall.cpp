@@ -52,7 +52,7 @@ MathBox MathSetter::setContent(const MathAccent& accent, Style style) const
     if (accent.accent == QStringLiteral("→"))
         font.setPixelSize(std::max(1, qRound(font.pixelSize() * 0.7)));
     const MathBox sign = MathFonts::box(accent.accent, font);
-    const QRectF ink = QFontMetricsF(font).tightBoundingRect(accent.accent);
+    const QRectF ink = MathFonts::ink(accent.accent, font);
     // Leaning letters have their middle a little to the right up there.
     const qreal x = inner.width / 2 + 0.05 * em - ink.center().x();
     const qreal y = -inner.ascent - 0.1 * em - ink.bottom();
@@ -73,7 +73,7 @@ MathBox MathSetter::delimiter(const QString& text, qreal reach, int depth) const
         return {};
     const QFont font = m_fonts.font(MathLetters::Upright, depth);
     MathBox box = MathFonts::box(text, font);
-    const QRectF ink = QFontMetricsF(font).tightBoundingRect(text);
+    const QRectF ink = MathFonts::ink(text, font);
     const qreal stretch = std::max(1.0, 2 * reach / std::max(1.0, ink.height()));
     const qreal half = stretch * ink.height() / 2;
     const qreal axis = m_fonts.axis(depth);

@@ -52,6 +52,16 @@ void MathTokens::expect(QLatin1String token)
         throw UnsettableMaths();
 }
 
+QChar MathTokens::takeEscaped()
+{
+    const QChar next = ++m_at < m_source.size() ? m_source.at(m_at) : QChar();
+    if (QStringView(u", ;:").contains(next))
+        return u' ';
+    if (!QStringView(u"%$#&_{}").contains(next))
+        throw UnsettableMaths();
+    return next;
+}
+
 QString MathTokens::takeWords()
 {
     expect(QLatin1String("{"));
@@ -59,8 +69,12 @@ QString MathTokens::takeWords()
     QString words;
     for (; !atEnd(); ++m_at) {
         const QChar c = m_source.at(m_at);
-        if (c == u'$' || c == u'\\')
+        if (c == u'$')
             throw UnsettableMaths();
+        if (c == u'\\') {
+            words += takeEscaped();
+            continue;
+        }
         if (c == u'{' && ++depth > 0)
             continue;
         if (c == u'}' && --depth == 0) {

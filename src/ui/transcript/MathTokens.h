@@ -33,6 +33,7 @@ public:
 
 private:
     void skipSpace();
+    QChar takeEscaped();
 
     QString m_source;
     qsizetype m_at = 0;

@@ -177,7 +177,13 @@ int StyledText::positionAt(QPointF point) const
         return 0;
     if (point.y() >= m_height)
         return length();
-    return m_layout->lineAt(lineAt(point.y())).xToCursor(point.x());
+    const int position = m_layout->lineAt(lineAt(point.y())).xToCursor(point.x());
+    // A formula is one thing to the hand: before it or after it.
+    for (const InlineFormula& formula : m_formulas) {
+        if (position > formula.start && position < formula.start + formula.length)
+            return formula.start + formula.length;
+    }
+    return position;
 }
 
 QList<QRectF> StyledText::rectsOf(int start, int length) const
