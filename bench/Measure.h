@@ -124,6 +124,13 @@ inline void report(const std::string& name, double value, const char* unit, cons
     std::fflush(stdout);
 }
 
+/// The line of a figure that cannot be had because what it is compared with is not installed.
+inline void reportSkipped(const std::string& name, const char* unit, const char* target)
+{
+    std::printf("%s\tskipped\t%s\t%s\n", name.c_str(), unit, target);
+    std::fflush(stdout);
+}
+
 /// The practice host on a free port, for the life of this object.
 class PracticeHost
 {

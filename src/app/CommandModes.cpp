@@ -1,14 +1,6 @@
 #include "app/CommandModes.h"
 
-#include <cstdlib>
-
 namespace varnel {
-
-std::optional<QByteArray> processEnvironment(const char* name)
-{
-    const char* const value = std::getenv(name);
-    return value ? std::optional<QByteArray>(value) : std::nullopt;
-}
 
 CommandMode chooseMode(const Environment& environment, const QStringList& arguments)
 {

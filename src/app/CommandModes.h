@@ -1,10 +1,8 @@
 #pragma once
 
-#include <QByteArray>
-#include <QStringList>
+#include "base/Environment.h"
 
-#include <functional>
-#include <optional>
+#include <QStringList>
 
 namespace varnel {
 
@@ -15,12 +13,6 @@ enum class CommandMode {
     TestHost, ///< an event loop without anything to see, inside somebody's test runner
     Window,   ///< the application
 };
-
-/// The value of an environment variable; nothing if it is not set.
-using Environment = std::function<std::optional<QByteArray>(const char* name)>;
-
-/// This process's own environment.
-std::optional<QByteArray> processEnvironment(const char* name);
 
 /// Decides from the environment and the arguments behind the program's name, before anything else is set up.
 CommandMode chooseMode(const Environment& environment, const QStringList& arguments);

@@ -1,4 +1,5 @@
 #include "app/Askpass.h"
+#include "app/AskpassCaller.h"
 #include "app/CommandModes.h"
 #include "app/Ctl.h"
 #include "app/StandardStream.h"
@@ -67,9 +68,10 @@ int run(int argc, char** argv)
     switch (chooseMode(processEnvironment, arguments)) {
     case CommandMode::Askpass: {
         forbidInspection();
+        qInstallMessageHandler(discardMessage); // what ssh's helper says ends up among what ssh says
         const std::unique_ptr<SecretStore> secrets = systemSecretStore();
         try {
-            return runAskpass(*secrets);
+            return mayAnswer(askpassCaller(), runtimeFolder()) ? runAskpass(*secrets) : 1;
         } catch (const Error&) {
             return 1; // nobody takes the answer, and there is nothing to say
         }

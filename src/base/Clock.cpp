@@ -56,6 +56,25 @@ QString toIso8601(Instant instant)
     return QString::fromLatin1(text.data(), length);
 }
 
+std::string iso8601Bytes(Instant instant)
+{
+    const auto day = floor<days>(instant);
+    const year_month_day date(day);
+    const hh_mm_ss time(floor<seconds>(instant - day));
+    std::string text = "0000-00-00T00:00:00Z";
+    const auto put = [&text](std::size_t end, unsigned value) {
+        for (std::size_t at = end; value != 0; value /= 10)
+            text[--at] = static_cast<char>('0' + value % 10);
+    };
+    put(4, static_cast<unsigned>(static_cast<int>(date.year())));
+    put(7, static_cast<unsigned>(date.month()));
+    put(10, static_cast<unsigned>(date.day()));
+    put(13, static_cast<unsigned>(time.hours().count()));
+    put(16, static_cast<unsigned>(time.minutes().count()));
+    put(19, static_cast<unsigned>(time.seconds().count()));
+    return text;
+}
+
 namespace {
 
 /// Reads fixed-width fields from the front of a text; once something does not fit, everything after fails

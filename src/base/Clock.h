@@ -7,6 +7,7 @@
 #include <chrono>
 #include <optional>
 #include <stop_token>
+#include <string>
 
 namespace varnel {
 
@@ -43,6 +44,8 @@ public:
 
 /// "2026-11-15T20:25:47Z": whole seconds, UTC (RFC 3339, the internet date-time form of ISO 8601).
 QString toIso8601(Instant instant);
+/// The same as bytes, for files; the year is one of 0000 to 9999.
+std::string iso8601Bytes(Instant instant);
 
 /// Reads the internet date-time form of ISO 8601, with "Z" or a numeric offset; a fraction of a second is
 /// read to the millisecond. Nothing if the text is anything else or names a day or time that does not exist.

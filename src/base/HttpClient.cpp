@@ -33,7 +33,9 @@ Task<HttpResponse> sendRequest(std::shared_ptr<CurlSession> session, HttpRequest
 {
     if (stop.stop_requested())
         throw Cancelled();
-    std::optional<QByteArray> proxy = co_await findProxy(session, request.url, stop);
+    std::optional<QByteArray> proxy = QByteArray("");
+    if (request.pinnedAddress.isEmpty())
+        proxy = co_await findProxy(session, request.url, stop);
     const auto transfer = std::make_shared<HttpTransfer>(std::move(session), std::move(request),
                                                          std::move(proxy), std::move(stop));
     co_await HttpTransfer::head(transfer);

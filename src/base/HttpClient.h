@@ -39,6 +39,15 @@ struct HttpRequest
     /// How long no byte may move in either direction, from the start to the end of the answer. Not a limit of
     /// the whole.
     std::chrono::milliseconds idleTimeout = std::chrono::seconds(60);
+    /// The numeric address (IPv6 without brackets) to connect to, whatever the URL's host resolves to now.
+    /// The host still names what is asked for and whose certificate is checked. Such a request goes past
+    /// every proxy, over a connection of its own that nothing else uses. Empty for the usual way.
+    QByteArray pinnedAddress{};
+    /// The longest block of headers taken, in bytes.
+    qsizetype headerLimit = 256LL * 1024;
+    /// After this many decoded bytes the body counts as complete, and the connection is closed. Nothing for
+    /// the whole.
+    std::optional<qint64> bodyLimit{};
 };
 
 /// The answer to a request, its body still arriving. Destroying it ends the transfer and closes the

@@ -21,6 +21,8 @@ HttpTransfer::HttpTransfer(std::shared_ptr<CurlSession> session, HttpRequest req
         throw std::bad_alloc();
     configure(proxy);
     configureRequest();
+    if (!m_request.pinnedAddress.isEmpty())
+        pinAddress();
     m_idleTimer.setSingleShot(true);
     QObject::connect(&m_idleTimer, &QTimer::timeout, &m_idleTimer, [this] { checkIdle(); });
     m_idleTimer.start(m_request.idleTimeout);
@@ -33,6 +35,7 @@ HttpTransfer::~HttpTransfer()
     end();
     curl_easy_cleanup(m_handle);
     curl_slist_free_all(m_headerList);
+    curl_slist_free_all(m_connectTo);
 }
 
 void HttpTransfer::configure(const std::optional<QByteArray>& proxy)
@@ -87,6 +90,17 @@ void HttpTransfer::configureRequest()
     curl_easy_setopt(m_handle, CURLOPT_HTTPHEADER, m_headerList);
 }
 
+void HttpTransfer::pinAddress()
+{
+    const QByteArray& address = m_request.pinnedAddress;
+    const QByteArray host = address.contains(':') ? '[' + address + ']' : address;
+    m_connectTo = curl_slist_append(nullptr, ("::" + host + ':').constData());
+    curl_easy_setopt(m_handle, CURLOPT_CONNECT_TO, m_connectTo);
+    // A kept connection to the same host may lead to an address that somebody else chose.
+    curl_easy_setopt(m_handle, CURLOPT_FRESH_CONNECT, 1L);
+    curl_easy_setopt(m_handle, CURLOPT_FORBID_REUSE, 1L);
+}
+
 std::size_t HttpTransfer::onHeader(char* bytes, std::size_t size, std::size_t count, void* transfer)
 {
     auto& self = *static_cast<HttpTransfer*>(transfer);
@@ -98,7 +112,7 @@ std::size_t HttpTransfer::onHeader(char* bytes, std::size_t size, std::size_t co
 bool HttpTransfer::takeHeaderLine(QByteArrayView line)
 {
     m_headLength += line.size();
-    if (m_headLength > headerLimit) {
+    if (m_headLength > m_request.headerLimit) {
         m_headTooLong = true;
         return false;
     }
@@ -131,6 +145,14 @@ std::size_t HttpTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
     auto& self = *static_cast<HttpTransfer*>(transfer);
     const std::size_t length = size * count;
     self.m_lastActivity = steady_clock::now();
+    if (self.m_request.bodyLimit && self.m_bodyLength + qint64(length) >= *self.m_request.bodyLimit) {
+        self.m_received.append(bytes, *self.m_request.bodyLimit - self.m_bodyLength);
+        self.m_bodyLength = *self.m_request.bodyLimit;
+        self.m_bodyLimitReached = true;
+        self.m_wakeup.notify();
+        return 0;
+    }
+    self.m_bodyLength += qint64(length);
     if (self.m_received.size() + static_cast<qsizetype>(length) > unreadLimit) {
         self.m_bodyTooLong = true;
         return 0;
@@ -173,6 +195,8 @@ void HttpTransfer::checkIdle()
 
 void HttpTransfer::complete(CURLcode result)
 {
+    if (m_bodyLimitReached)
+        result = CURLE_OK;
     if (result == CURLE_OK && !m_headComplete)
         result = CURLE_GOT_NOTHING;
     fail(result == CURLE_OK ? nullptr : std::make_exception_ptr(describe(result)));

@@ -20,8 +20,6 @@ class CurlSession;
 class HttpTransfer
 {
 public:
-    /// The longest block of headers taken, in bytes.
-    static constexpr qsizetype headerLimit = 256 * 1024;
     /// How much of a body may lie here unread, in bytes. It is read at every turn of the event loop, so only
     /// one that unpacks to a thousand times its size comes that far.
     static constexpr qsizetype unreadLimit = 32 * 1024 * 1024;
@@ -56,6 +54,7 @@ private:
 
     void configure(const std::optional<QByteArray>& proxy);
     void configureRequest();
+    void pinAddress();
     bool takeHeaderLine(QByteArrayView line);
     void checkIdle();
     void fail(std::exception_ptr failure);
@@ -69,13 +68,16 @@ private:
     std::stop_token m_stop;
     CURL* m_handle = nullptr;
     curl_slist* m_headerList = nullptr;
+    curl_slist* m_connectTo = nullptr;
     std::array<char, CURL_ERROR_SIZE> m_errorText{};
 
     int m_status = 0;
     bool m_headComplete = false;
     bool m_headTooLong = false;
     bool m_bodyTooLong = false;
+    bool m_bodyLimitReached = false;
     qsizetype m_headLength = 0;
+    qint64 m_bodyLength = 0;
     std::vector<HttpHeader> m_headers;
 
     QByteArray m_received;

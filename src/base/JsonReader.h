@@ -29,6 +29,9 @@ public:
 
     bool isNull() const noexcept { return m_element.is_null(); }
     bool isObject() const noexcept { return m_element.is_object(); }
+    bool isArray() const noexcept { return m_element.is_array(); }
+    bool isString() const noexcept { return m_element.is_string(); }
+    bool isTrue() const noexcept { return m_element.is_bool() && m_element.get_bool().value_unsafe(); }
     bool boolean() const;
     /// A whole number; 8192.0 counts as one.
     qint64 integer() const;

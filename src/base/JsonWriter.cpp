@@ -5,6 +5,7 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -15,51 +16,105 @@ namespace {
 
 constexpr std::size_t flushSize = 64 * 1024;
 
-void appendCodePoint(std::string& buffer, char32_t codePoint)
+constexpr qsizetype pieceSize = 8 * 1024;
+/// What a UTF-16 unit becomes at most: an escape of six bytes.
+constexpr std::size_t longestForm = 6;
+
+char* writeCodePoint(char* at, char32_t codePoint)
 {
     if (codePoint < 0x800) {
-        buffer.push_back(static_cast<char>(0xC0U | (codePoint >> 6U)));
+        *at++ = static_cast<char>(0xC0U | (codePoint >> 6U));
     } else {
         if (codePoint < 0x10000) {
-            buffer.push_back(static_cast<char>(0xE0U | (codePoint >> 12U)));
+            *at++ = static_cast<char>(0xE0U | (codePoint >> 12U));
         } else {
-            buffer.push_back(static_cast<char>(0xF0U | (codePoint >> 18U)));
-            buffer.push_back(static_cast<char>(0x80U | ((codePoint >> 12U) & 0x3FU)));
+            *at++ = static_cast<char>(0xF0U | (codePoint >> 18U));
+            *at++ = static_cast<char>(0x80U | ((codePoint >> 12U) & 0x3FU));
         }
-        buffer.push_back(static_cast<char>(0x80U | ((codePoint >> 6U) & 0x3FU)));
+        *at++ = static_cast<char>(0x80U | ((codePoint >> 6U) & 0x3FU));
     }
-    buffer.push_back(static_cast<char>(0x80U | (codePoint & 0x3FU)));
+    *at++ = static_cast<char>(0x80U | (codePoint & 0x3FU));
+    return at;
+}
+
+/// The letter behind the backslash for the controls that have one; 0 for the others.
+constexpr auto shortEscapes = [] {
+    std::array<char, 0x20> letters{};
+    letters['\n'] = 'n';
+    letters['\r'] = 'r';
+    letters['\t'] = 't';
+    letters['\b'] = 'b';
+    letters['\f'] = 'f';
+    return letters;
+}();
+
+char* writeEscape(char* at, char16_t unit)
+{
+    constexpr std::string_view hex = "0123456789abcdef";
+    *at++ = '\\';
+    if (unit >= 0x20) {
+        *at++ = static_cast<char>(unit);
+    } else if (shortEscapes[unit] != 0) {
+        *at++ = shortEscapes[unit];
+    } else {
+        *at++ = 'u';
+        *at++ = '0';
+        *at++ = '0';
+        *at++ = hex[unit >> 4U];
+        *at++ = hex[unit & 0xFU];
+    }
+    return at;
 }
 
 void appendEscape(std::string& buffer, char16_t unit)
 {
-    constexpr std::string_view hex = "0123456789abcdef";
-    buffer.push_back('\\');
-    switch (unit) {
-    case u'"':
-    case u'\\':
-        buffer.push_back(static_cast<char>(unit));
-        break;
-    case u'\n':
-        buffer.push_back('n');
-        break;
-    case u'\r':
-        buffer.push_back('r');
-        break;
-    case u'\t':
-        buffer.push_back('t');
-        break;
-    case u'\b':
-        buffer.push_back('b');
-        break;
-    case u'\f':
-        buffer.push_back('f');
-        break;
-    default:
-        buffer += "u00";
-        buffer.push_back(hex[unit >> 4U]);
-        buffer.push_back(hex[unit & 0xFU]);
+    std::array<char, longestForm> escape{};
+    buffer.append(escape.data(), static_cast<std::size_t>(writeEscape(escape.data(), unit) - escape.data()));
+}
+
+bool standsForItself(char16_t unit)
+{
+    return unit >= 0x20 && unit < 0x80 && unit != u'"' && unit != u'\\';
+}
+
+constexpr std::ptrdiff_t blockSize = 16;
+
+/// Whether a block of units can be written as it is, a byte a unit. Without a branch, so that the compiler
+/// makes a few instructions of it.
+bool isPlainBlock(const char16_t* units)
+{
+    bool isPlain = true;
+    for (std::ptrdiff_t i = 0; i < blockSize; ++i)
+        isPlain = isPlain & standsForItself(units[i]);
+    return isPlain;
+}
+
+/// Writes units as UTF-8 with what JSON wants escaped; yields the end. There is room for the longest form.
+char* writeEscaped(const char16_t* at, const char16_t* end, char* to)
+{
+    while (at != end) {
+        while (end - at >= blockSize && isPlainBlock(at)) {
+            for (std::ptrdiff_t i = 0; i < blockSize; ++i)
+                to[i] = static_cast<char>(at[i]);
+            at += blockSize;
+            to += blockSize;
+        }
+        while (at != end && standsForItself(*at))
+            *to++ = static_cast<char>(*at++);
+        // Writing systems other than Latin come in runs.
+        while (at != end && !standsForItself(*at)) {
+            const char16_t unit = *at++;
+            if (unit < 0x80)
+                to = writeEscape(to, unit);
+            else if (!QChar::isSurrogate(unit))
+                to = writeCodePoint(to, unit);
+            else if (QChar::isHighSurrogate(unit) && at != end && QChar::isLowSurrogate(*at))
+                to = writeCodePoint(to, QChar::surrogateToUcs4(unit, *at++));
+            else
+                to = writeCodePoint(to, QChar::ReplacementCharacter);
+        }
     }
+    return to;
 }
 
 } // namespace
@@ -133,7 +188,7 @@ void JsonWriter::key(std::string_view key)
     level.lastKey = key;
     beginValue();
     m_buffer.push_back('"');
-    appendEscaped(QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size())));
+    appendEscaped(key);
     m_buffer += m_style == Style::Pretty ? "\": " : "\":";
     m_afterKey = true;
 }
@@ -147,26 +202,41 @@ void JsonWriter::string(QStringView text)
     flushIfLarge();
 }
 
+void JsonWriter::utf8(std::string_view text)
+{
+    beginValue();
+    m_buffer.push_back('"');
+    appendEscaped(text);
+    m_buffer.push_back('"');
+    flushIfLarge();
+}
+
+void JsonWriter::appendEscaped(std::string_view text)
+{
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || c == '"' || c == '\\')
+            appendEscape(m_buffer, byte);
+        else
+            m_buffer.push_back(c);
+    }
+}
+
 void JsonWriter::appendEscaped(QStringView text)
 {
-    const char16_t* at = text.utf16();
-    const char16_t* const end = at + text.size();
-    while (at != end) {
-        const char16_t unit = *at++;
-        if (unit < 0x80) {
-            if (unit >= 0x20 && unit != u'"' && unit != u'\\')
-                m_buffer.push_back(static_cast<char>(unit));
-            else
-                appendEscape(m_buffer, unit);
-        } else if (!QChar::isSurrogate(unit)) {
-            appendCodePoint(m_buffer, unit);
-        } else if (QChar::isHighSurrogate(unit) && at != end && QChar::isLowSurrogate(*at)) {
-            appendCodePoint(m_buffer, QChar::surrogateToUcs4(unit, *at++));
-        } else {
-            appendCodePoint(m_buffer, QChar::ReplacementCharacter);
-        }
-        if (m_buffer.size() >= 2 * flushSize)
-            flushIfLarge();
+    // In pieces whose longest form fits into the buffer, so that nothing below looks at its size.
+    while (!text.isEmpty()) {
+        qsizetype length = std::min(text.size(), pieceSize);
+        // Never between the halves of a character.
+        if (length < text.size() && text[length - 1].isHighSurrogate())
+            --length;
+        const std::size_t used = m_buffer.size();
+        m_buffer.resize(used + static_cast<std::size_t>(length) * longestForm);
+        char* const begin = m_buffer.data() + used;
+        char* const end = writeEscaped(text.utf16(), text.utf16() + length, begin);
+        m_buffer.resize(used + static_cast<std::size_t>(end - begin));
+        flushIfLarge();
+        text = text.sliced(length);
     }
 }
 
@@ -198,10 +268,11 @@ void JsonWriter::null()
     m_buffer += "null";
 }
 
-void JsonWriter::base64(QByteArrayView bytes)
+void JsonWriter::base64(QByteArrayView bytes, QStringView prefix)
 {
     beginValue();
     m_buffer.push_back('"');
+    appendEscaped(prefix);
     // In pieces that are a multiple of three bytes long, so that they can be put one behind the other.
     constexpr qsizetype pieceSize = 48 * 1024;
     for (qsizetype at = 0; at < bytes.size(); at += pieceSize) {
@@ -269,9 +340,10 @@ void JsonWriter::finish()
     m_buffer.clear();
 }
 
-QByteArray compactJson(const std::function<void(JsonWriter&)>& write)
+QByteArray compactJson(const std::function<void(JsonWriter&)>& write, qsizetype expectedSize)
 {
     QByteArray text;
+    text.reserve(expectedSize);
     JsonWriter writer(JsonWriter::Style::Compact, [&text](std::string_view piece) {
         text.append(piece.data(), static_cast<qsizetype>(piece.size()));
     });

@@ -35,12 +35,15 @@ public:
     void key(std::string_view key);
 
     void string(QStringView text);
+    /// A string given in UTF-8, which it has to be; for texts that the program makes itself.
+    void utf8(std::string_view text);
     void integer(qint64 value);
     void number(double value);
     void boolean(bool value);
     void null();
-    /// A string that holds the bytes in standard Base64 without line breaks (RFC 4648).
-    void base64(QByteArrayView bytes);
+    /// A string that holds the bytes in standard Base64 without line breaks (RFC 4648), behind a prefix such
+    /// as that of a data URL.
+    void base64(QByteArrayView bytes, QStringView prefix = {});
     /// A value of Qt's JSON types, whatever it holds.
     void value(const QJsonValue& value);
 
@@ -60,6 +63,7 @@ private:
     void close();
     void lineBreak();
     void appendEscaped(QStringView text);
+    void appendEscaped(std::string_view text);
     void flushIfLarge();
 
     Style m_style;
@@ -70,6 +74,7 @@ private:
 };
 
 /// Runs `write` with a compact writer and returns the whole text; for request bodies.
-QByteArray compactJson(const std::function<void(JsonWriter&)>& write);
+/// @param expectedSize about how many bytes it will be, so that a big text is not moved while it grows.
+QByteArray compactJson(const std::function<void(JsonWriter&)>& write, qsizetype expectedSize = 0);
 
 } // namespace varnel

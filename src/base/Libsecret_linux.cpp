@@ -43,6 +43,11 @@ std::optional<Libsecret> load()
     look(lib.strEqual, "g_str_equal");
     look(lib.cancellableNew, "g_cancellable_new");
     look(lib.cancel, "g_cancellable_cancel");
+    look(lib.contextNew, "g_main_context_new");
+    look(lib.contextUnref, "g_main_context_unref");
+    look(lib.pushContext, "g_main_context_push_thread_default");
+    look(lib.popContext, "g_main_context_pop_thread_default");
+    look(lib.iterateContext, "g_main_context_iteration");
     look(lib.ioErrorQuark, "g_io_error_quark");
     look(lib.dbusErrorQuark, "g_dbus_error_quark");
     look(lib.busGet, "g_bus_get_sync");

@@ -24,6 +24,11 @@ struct Libsecret
     decltype(&g_str_equal) strEqual;
     decltype(&g_cancellable_new) cancellableNew;
     decltype(&g_cancellable_cancel) cancel;
+    decltype(&g_main_context_new) contextNew;
+    decltype(&g_main_context_unref) contextUnref;
+    decltype(&g_main_context_push_thread_default) pushContext;
+    decltype(&g_main_context_pop_thread_default) popContext;
+    decltype(&g_main_context_iteration) iterateContext;
     decltype(&g_io_error_quark) ioErrorQuark;
     decltype(&g_dbus_error_quark) dbusErrorQuark;
     decltype(&g_bus_get_sync) busGet;

@@ -103,6 +103,34 @@ private:
     std::jthread m_watch; // joined before the object it cancels goes
 };
 
+/// Where the library leaves its last bits of work while this lives: on a thread of a pool they would wait for
+/// an event loop that never turns, and be lost with the thread.
+class OwnContext
+{
+public:
+    explicit OwnContext(const Libsecret& lib)
+        : m_lib(lib)
+        , m_context(lib.contextNew())
+    {
+        m_lib.pushContext(m_context);
+    }
+    OwnContext(const OwnContext&) = delete;
+    OwnContext& operator=(const OwnContext&) = delete;
+    OwnContext(OwnContext&&) = delete;
+    OwnContext& operator=(OwnContext&&) = delete;
+    ~OwnContext()
+    {
+        while (m_lib.iterateContext(m_context, FALSE)) {
+        }
+        m_lib.popContext(m_context);
+        m_lib.contextUnref(m_context);
+    }
+
+private:
+    const Libsecret& m_lib;
+    GMainContext* m_context;
+};
+
 /// One conversation with the Secret Service. Each operation has its own, so that a service that was restarted
 /// in between is no special case, and an idle program holds no connection.
 class Session
@@ -110,6 +138,7 @@ class Session
 public:
     explicit Session(Unlocking unlocking)
         : m_lib(Libsecret::get() ? *Libsecret::get() : throw SecretStoreError(SecretServiceStatus::NoLibrary))
+        , m_context(m_lib)
         , m_limit(m_lib, unlocking == Unlocking::Never ? 5s : 120s)
         , m_bus(nullptr, nullptr)
         , m_service(nullptr, nullptr)
@@ -222,6 +251,7 @@ private:
     }
 
     const Libsecret& m_lib;
+    OwnContext m_context; // emptied after everything below is released
     TimeLimit m_limit;
     Owned<GDBusConnection> m_bus;
     Owned<SecretService> m_service;

@@ -23,4 +23,17 @@ bool isUtf8(std::string_view bytes)
     return bytes.empty() || simdjson::validate_utf8(bytes.data(), bytes.size());
 }
 
+QByteArrayView withoutCutCharacter(QByteArrayView text)
+{
+    qsizetype length = text.size();
+    for (int back = 0; back < 3 && length > 0 && (static_cast<uchar>(text[length - 1]) & 0xC0U) == 0x80;
+         ++back)
+        --length;
+    if (length > 0 && static_cast<uchar>(text[length - 1]) >= 0xC0)
+        --length;
+    else
+        length = text.size();
+    return text.first(length);
+}
+
 } // namespace varnel

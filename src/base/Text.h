@@ -18,4 +18,7 @@ inline bool isUtf8(QByteArrayView bytes)
     return isUtf8(std::string_view(bytes.data(), static_cast<std::size_t>(bytes.size())));
 }
 
+/// A text of UTF-8 that was cut at its end, without the bytes of a character that was cut in two.
+QByteArrayView withoutCutCharacter(QByteArrayView text);
+
 } // namespace varnel

@@ -1,64 +1,130 @@
 #include "engine/AppModel.h"
 
-#include "base/Text.h"
+#include "app/DiagnosticsLog.h"
+#include "engine/AppModelPrivate.h"
 #include "store/NewConversation.h"
 #include "store/Preferences.h"
-
-#include <algorithm>
+#include "store/StorageLocation.h"
 
 namespace varnel {
 
 namespace {
 
-constexpr std::chrono::seconds undoTime(10);
-
-bool isEmptyReply(const ChatMessage& message)
-{
-    return message.role == ChatRole::Assistant && message.content.isEmpty() && message.thinking.isEmpty();
-}
+// While somebody types, the draft is saved at this pace.
+constexpr std::chrono::milliseconds draftPause(800);
 
 } // namespace
 
 AppModel::AppModel(Services services, QObject* parent)
-    : QObject(parent)
-    , m_services(services)
-    , m_connection(services.preferences.connection())
-    , m_connectionReport(QStringLiteral("Not tested"))
-    , m_connectionDetail(m_connection.hostLabel())
+    : AppState(parent)
+    , m_services(std::move(services))
+    , m_bases(m_services.environment)
+    , m_credentials(m_services.secrets, m_services.environment)
+    , m_keeper(useLocation(), m_services.clock, [this](const SaveStatus& status) { noteSave(status); })
+    , m_library(m_location.folder())
+    , m_port(m_processes, m_worker, m_services.clock)
+    , m_tunnel({m_services.secrets, m_processes, m_worker, m_services.clock}, m_services.programs)
 {
-    insertNewConversation();
-    m_selection = m_sessions.front().id;
+    m_draftTimer.setSingleShot(true);
+    connect(&m_draftTimer, &QTimer::timeout, this, [this] { m_keeper.saveDrafts(m_drafts); });
+    connect(this, &AppState::sessionQueryChanged, this, &AppModel::searchSessions);
+    connect(this, &AppState::sessionsChanged, this, &AppModel::searchSessionsAgain);
+    load();
+    m_tunnel.setOnExit([this](int status, const QString& output) { tunnelEnded(status, output); });
+}
+
+/// The data folder, known before anything that is kept in it.
+QString AppModel::useLocation()
+{
+    m_location = m_services.location ? *m_services.location : resolveLocation(systemStorageFolders());
+    return m_location.folder();
 }
 
 AppModel::~AppModel()
 {
-    m_turn.reset();
-    m_probe.reset();
-    m_running.reset();
-    m_undoTime.reset();
+    for (Task<void>* const task : {&m_turn, &m_connectionTask, &m_running, &m_pull, &m_modelSearch,
+                                   &m_sessionSearch, &m_undoTime, &m_backup})
+        task->reset();
+    m_imports.clear();
+    shutDown();
 }
 
-const ChatSession* AppModel::session(const QUuid& id) const
+void AppModel::load()
 {
-    const auto found = std::find_if(m_sessions.begin(), m_sessions.end(),
-                                    [&id](const ChatSession& session) { return session.id == id; });
-    return found == m_sessions.end() ? nullptr : &*found;
+    const Preferences& preferences = m_services.preferences;
+    m_libraryItems = m_library.items();
+    m_connection = preferences.connection();
+    m_passthroughEnabled = preferences.passthrough();
+    m_contextButtonEnabled = preferences.contextButton();
+    m_disabledProviderModels = preferences.disabledProviderModels();
+    m_workContext = preferences.workContext();
+    m_defaultModel = preferences.defaultModel();
+    StoredConversations stored = m_keeper.load(varnel::newConversation(preferences, m_services.clock.now()));
+    m_sessions = std::move(stored.sessions);
+    m_drafts = std::move(stored.drafts);
+    m_selection = m_sessions.front().id;
+    m_connectionDetail = m_connection.hostLabel();
+    QStringList problems = QStringList(stored.problems.begin(), stored.problems.end()) + m_bases.complaints();
+    if (m_library.loadProblem())
+        problems.push_back(*m_library.loadProblem());
+    if (preferences.problem())
+        problems.push_back(*preferences.problem());
+    if (const auto problem = preferences.connectionProblem())
+        problems.push_back(*problem);
+    for (const QString& problem : std::as_const(problems))
+        notify(problem);
 }
 
-ChatSession* AppModel::find(const QUuid& id)
+void AppModel::shutDown()
 {
-    return const_cast<ChatSession*>(session(id));
+    // What has come of a running reply is kept, and shown as unfinished at the next start.
+    m_stopTurn.request_stop();
+    m_stopConnection.request_stop();
+    m_tunnel.stop();
+    assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
+    m_draftTimer.stop();
+    m_keeper.saveDrafts(m_drafts);
+    if (m_isStreaming) {
+        m_keeper.replyEnded(m_streamingMessage);
+        saveSessions();
+    }
+    m_keeper.flush();
 }
 
-QString AppModel::draft() const
+void AppModel::notify(const QString& text)
 {
-    const auto found = m_drafts.find(m_selection);
-    return found == m_drafts.end() ? QString() : found->second;
+    setStatusMessage(text);
+    m_services.log.log(text);
 }
 
-QString AppModel::defaultModel() const
+void AppModel::noteSave(const SaveStatus& status)
 {
-    return m_services.preferences.defaultModel();
+    if (status.setAside)
+        notify(status.setAside->text());
+    if (status.failure)
+        notify(*status.failure);
+}
+
+bool AppModel::attempt(const std::function<void()>& action)
+{
+    try {
+        action();
+        return true;
+    } catch (const Error& error) {
+        setStatusMessage(error.message());
+        return false;
+    }
+}
+
+void AppModel::saveSessions()
+{
+    m_keeper.saveSessions(m_sessions);
+}
+
+void AppModel::saveDrafts()
+{
+    if (!m_draftTimer.isActive())
+        m_draftTimer.start(draftPause);
 }
 
 QString AppModel::selectedTitle() const
@@ -70,7 +136,9 @@ QString AppModel::selectedTitle() const
 QString AppModel::selectedModel() const
 {
     const ChatSession* const selected = selectedSession();
-    return selected ? selected->model : QString();
+    if (!selected)
+        return {};
+    return selected->answerBackend == AnswerBackend::Remote ? selected->remoteModel : selected->model;
 }
 
 bool AppModel::selectedIsEmpty() const
@@ -79,210 +147,40 @@ bool AppModel::selectedIsEmpty() const
     return !selected || selected->messages.empty();
 }
 
-ReplyFacts AppModel::factsOf(const QUuid& message) const
+ContextUse AppModel::contextUse() const
 {
-    const auto found = m_facts.find(message);
-    return found == m_facts.end() ? ReplyFacts() : found->second;
+    const ChatSession* const selected = selectedSession();
+    if (!selected)
+        return {};
+    // Reading the whole history at every keystroke would be felt in a long conversation.
+    if (!m_historyUse)
+        m_historyUse = contextUseOf(*selected);
+    ContextUse use = *m_historyUse;
+    use.tokens += estimatedTokens(draft());
+    return use;
 }
 
-void AppModel::setDraft(const QString& text)
+void AppModel::setPassthroughEnabled(bool allowed)
 {
-    if (text == draft())
-        return;
-    m_drafts[m_selection] = wellFormed(text);
-    Q_EMIT draftChanged();
+    attempt([&] { m_services.preferences.setPassthrough(allowed); });
+    assign(m_passthroughEnabled, allowed, &AppState::passthroughEnabledChanged);
 }
 
-void AppModel::setSessionQuery(const QString& text)
+void AppModel::setContextButtonEnabled(bool shown)
 {
-    if (text == m_sessionQuery)
-        return;
-    m_sessionQuery = text;
-    Q_EMIT sessionQueryChanged();
+    attempt([&] { m_services.preferences.setContextButton(shown); });
+    assign(m_contextButtonEnabled, shown, &AppState::contextButtonEnabledChanged);
 }
 
-void AppModel::select(const QUuid& id)
+void AppModel::setDisabledProviderModels(const std::set<QString>& entries)
 {
-    if (id == m_selection || !session(id))
-        return;
-    m_selection = id;
-    Q_EMIT selectionChanged();
-    Q_EMIT selectedSessionChanged();
-    Q_EMIT draftChanged();
+    attempt([&] { m_services.preferences.setDisabledProviderModels(entries); });
+    assign(m_disabledProviderModels, entries, &AppState::disabledProviderModelsChanged);
 }
 
-void AppModel::insertNewConversation()
+void AppModel::noteCredentialChange()
 {
-    m_sessions.insert(m_sessions.begin(),
-                      varnel::newConversation(m_services.preferences, m_services.clock.now()));
-}
-
-void AppModel::newConversation()
-{
-    if (const ChatSession* const selected = selectedSession(); selected && selected->messages.empty())
-        return;
-    insertNewConversation();
-    Q_EMIT sessionsChanged();
-    select(m_sessions.front().id);
-}
-
-void AppModel::announceSession(const QUuid& id)
-{
-    Q_EMIT sessionChanged(id);
-    if (id == m_selection)
-        Q_EMIT selectedSessionChanged();
-}
-
-void AppModel::touch(ChatSession& session)
-{
-    session.updatedAt = m_services.clock.now();
-    moveIntoPlace(session);
-}
-
-void AppModel::moveIntoPlace(ChatSession& session)
-{
-    const QUuid id = session.id;
-    // Only this one may stand in the wrong place now; it goes in front of those that are as new.
-    const auto place = m_sessions.begin() + (&session - m_sessions.data());
-    ChatSession moved = std::move(*place);
-    m_sessions.erase(place);
-    const auto comesBefore = [](const ChatSession& a, const ChatSession& b) {
-        return a.pinned != b.pinned ? a.pinned : a.updatedAt > b.updatedAt;
-    };
-    const auto target = std::lower_bound(m_sessions.begin(), m_sessions.end(), moved, comesBefore);
-    m_sessions.insert(target, std::move(moved));
-    Q_EMIT sessionsChanged();
-    announceSession(id);
-}
-
-void AppModel::rename(const QUuid& id, const QString& title)
-{
-    ChatSession* const session = find(id);
-    const QString trimmed = wellFormed(title).simplified();
-    if (!session || trimmed.isEmpty() || trimmed == session->title)
-        return;
-    session->title = trimmed;
-    announceSession(id);
-}
-
-void AppModel::togglePinned(const QUuid& id)
-{
-    if (ChatSession* const session = find(id)) {
-        session->pinned = !session->pinned;
-        moveIntoPlace(*session);
-    }
-}
-
-void AppModel::remove(const QUuid& id)
-{
-    const auto found = std::find_if(m_sessions.begin(), m_sessions.end(),
-                                    [&id](const ChatSession& session) { return session.id == id; });
-    if (found == m_sessions.end())
-        return;
-    if (id == m_streamingSession)
-        stop();
-    RemovedSession removed{.session = std::move(*found), .draft = m_drafts[id], .replacement = {}};
-    std::erase_if(removed.session.messages, isEmptyReply);
-    const auto next = m_sessions.erase(found);
-    m_drafts.erase(id);
-    QUuid neighbour;
-    if (m_sessions.empty()) {
-        insertNewConversation();
-        neighbour = removed.replacement = m_sessions.front().id;
-    } else {
-        neighbour = next == m_sessions.end() ? m_sessions.back().id : next->id;
-    }
-    Q_EMIT sessionsChanged();
-    if (id == m_selection)
-        select(neighbour);
-    // An empty conversation is as easily made anew.
-    if (removed.session.messages.empty() && removed.draft.isEmpty())
-        return;
-    setRemoved(std::move(removed));
-    m_undoTime = followUndoTime();
-}
-
-void AppModel::undoRemove()
-{
-    if (!m_removed)
-        return;
-    RemovedSession removed = std::move(*m_removed);
-    setRemoved(std::nullopt);
-    const QUuid id = removed.session.id;
-    const ChatSession* const replacement = session(removed.replacement);
-    if (replacement && replacement->messages.empty() && !m_drafts.contains(removed.replacement))
-        m_sessions.erase(m_sessions.begin() + (replacement - m_sessions.data()));
-    if (!removed.draft.isEmpty())
-        m_drafts[id] = removed.draft;
-    m_sessions.insert(m_sessions.begin(), std::move(removed.session));
-    moveIntoPlace(m_sessions.front());
-    select(id);
-}
-
-Task<void> AppModel::followUndoTime()
-{
-    co_await m_services.clock.sleepFor(undoTime, {});
-    setRemoved(std::nullopt);
-}
-
-void AppModel::setRemoved(std::optional<RemovedSession> removed)
-{
-    m_removed = std::move(removed);
-    Q_EMIT removedChanged();
-}
-
-QString AppModel::removedTitle() const
-{
-    return m_removed ? m_removed->session.title : QString();
-}
-
-void AppModel::chooseModel(const QString& name)
-{
-    ChatSession* const session = find(m_selection);
-    if (!session || name.isEmpty() || name == session->model)
-        return;
-    session->model = name;
-    announceSession(session->id);
-}
-
-void AppModel::setStatusMessage(const QString& text)
-{
-    if (text == m_statusMessage)
-        return;
-    m_statusMessage = text;
-    Q_EMIT statusMessageChanged();
-}
-
-void AppModel::setLinkState(LinkState state)
-{
-    if (state == m_linkState)
-        return;
-    m_linkState = state;
-    Q_EMIT linkStateChanged();
-}
-
-void AppModel::setConnectionTexts(const QString& report, const QString& detail)
-{
-    m_connectionReport = report;
-    m_connectionDetail = detail;
-    Q_EMIT connectionReportChanged();
-    Q_EMIT connectionDetailChanged();
-}
-
-void AppModel::setFailure(std::optional<TurnFailure> failure)
-{
-    if (failure == m_failure)
-        return;
-    m_failure = std::move(failure);
-    Q_EMIT failureChanged();
-}
-
-void AppModel::setStreaming(const QUuid& session, const QUuid& message)
-{
-    m_streamingSession = session;
-    m_streamingMessage = message;
-    m_isStreaming = !session.isNull();
-    Q_EMIT isStreamingChanged();
+    assign(m_credentialRevision, m_credentialRevision + 1, &AppState::credentialRevisionChanged);
 }
 
 } // namespace varnel

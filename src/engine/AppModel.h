@@ -1,134 +1,136 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "base/Environment.h"
 #include "base/HttpClient.h"
+#include "base/ProcessRunner.h"
 #include "base/Task.h"
+#include "base/Worker.h"
+#include "engine/AppState.h"
+#include "engine/PromptMaterial.h"
 #include "engine/Turn.h"
-#include "ollama/OllamaTypes.h"
-#include "store/ChatSession.h"
-#include "store/ConnectionSettings.h"
-#include "tunnel/LinkState.h"
+#include "providers/credentials/ApiBase.h"
+#include "providers/credentials/CredentialWorker.h"
+#include "store/ConversationKeeper.h"
+#include "store/LibraryStore.h"
+#include "store/ProjectPlan.h"
+#include "tunnel/TunnelController.h"
+#include "tunnel/TunnelPort.h"
+#include "websearch/PageNetwork.h"
 
-#include <QObject>
-#include <QString>
-#include <QUuid>
+#include <QTimer>
+#include <QUrl>
 
-#include <map>
-#include <optional>
+#include <memory>
 #include <stop_token>
-#include <vector>
 
 namespace varnel {
 
+class DiagnosticsLog;
 class Preferences;
 
-/// A turn that failed: what is shown beside the prompt it belongs to, until it is tried again.
-struct TurnFailure
-{
-    QUuid session;
-    /// The user's message that got no whole answer.
-    QUuid prompt;
-    /// The status text, as it stood.
-    QString text;
-
-    bool operator==(const TurnFailure&) const = default;
-};
-
-/// What is known of a reply beyond what is stored with it.
-struct ReplyFacts
-{
-    /// Pieces of text a second once the model had begun; nothing if there were too few to tell.
-    std::optional<double> tokensPerSecond;
-
-    bool operator==(const ReplyFacts&) const = default;
-};
-
-/// Everything that the screens show and what the user can do with it. Views read the properties, call the
-/// operations and look again when told that something changed. It belongs to one thread, and one turn runs at
-/// a time.
-class AppModel : public QObject
+/// What the user can do, and the state that changes by it. Views read the properties, call the operations and
+/// look again when told that something changed. It belongs to one thread; one turn, one pull and one attempt
+/// to connect run at a time.
+///
+/// Operations never throw: what goes wrong is said in `statusMessage`, or in `pullStatus` where models are
+/// managed.
+class AppModel : public AppState
 {
     Q_OBJECT
     Q_PROPERTY(QUuid selection READ selection WRITE select NOTIFY selectionChanged)
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
-    Q_PROPERTY(QString sessionQuery READ sessionQuery WRITE setSessionQuery NOTIFY sessionQueryChanged)
-    Q_PROPERTY(bool isStreaming READ isStreaming NOTIFY isStreamingChanged)
-    Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
-    Q_PROPERTY(varnel::LinkState linkState READ linkState NOTIFY linkStateChanged)
-    Q_PROPERTY(QString connectionReport READ connectionReport NOTIFY connectionReportChanged)
-    Q_PROPERTY(QString connectionDetail READ connectionDetail NOTIFY connectionDetailChanged)
-    Q_PROPERTY(QString hostLabel READ hostLabel NOTIFY connectionChanged)
-    Q_PROPERTY(QString defaultModel READ defaultModel NOTIFY defaultModelChanged)
     Q_PROPERTY(QString selectedTitle READ selectedTitle NOTIFY selectedSessionChanged)
     Q_PROPERTY(QString selectedModel READ selectedModel NOTIFY selectedSessionChanged)
     Q_PROPERTY(bool selectedIsEmpty READ selectedIsEmpty NOTIFY selectedSessionChanged)
-    Q_PROPERTY(QString removedTitle READ removedTitle NOTIFY removedChanged)
 
 public:
+    using Approval = std::function<Task<bool>(QString url, std::stop_token stop)>;
+
     /// What the model works with; all of it outlives the model.
     struct Services
     {
         Preferences& preferences;
         const Clock& clock;
+        /// Shared, because a keyring that hangs is left behind rather than waited for.
+        std::shared_ptr<SecretStore> secrets;
+        const DiagnosticsLog& log;
+        Environment environment = processEnvironment;
+        /// Where conversations and the library are; the system's place if none is given.
+        std::optional<LibraryLocation> location = std::nullopt;
+        TunnelController::Programs programs = {};
+        /// What turns images into a form that a provider reads; null if nothing does.
+        ImageConverter* images = nullptr;
+        /// Where pages are read from; the public network if null.
+        PageNetwork* pages = nullptr;
+        /// How long an Ollama server may send nothing in a turn.
+        std::chrono::milliseconds stallTime = std::chrono::seconds(600);
     };
 
-    /// Begins with one empty conversation, selected, and the saved connection, not looked at yet.
+    /// Reads what is stored; where nothing can be read, begins with one empty conversation.
     explicit AppModel(Services services, QObject* parent = nullptr);
     AppModel(const AppModel&) = delete;
     AppModel& operator=(const AppModel&) = delete;
     AppModel(AppModel&&) = delete;
     AppModel& operator=(AppModel&&) = delete;
+    /// Stops everything and writes what is not saved yet.
     ~AppModel() override;
 
-    const std::vector<ChatSession>& sessions() const { return m_sessions; }
-    /// The conversation of that identifier; null if there is none. Valid until the conversations change.
-    const ChatSession* session(const QUuid& id) const;
-    const ChatSession* selectedSession() const { return session(m_selection); }
-    const QUuid& selection() const { return m_selection; }
-    QString draft() const;
-    const QString& sessionQuery() const { return m_sessionQuery; }
-    bool isStreaming() const { return m_isStreaming; }
-    /// The conversation that is being answered; null if none is.
-    const QUuid& streamingSession() const { return m_streamingSession; }
-    /// The message that is being written; null if none is.
-    const QUuid& streamingMessage() const { return m_streamingMessage; }
-    const QString& statusMessage() const { return m_statusMessage; }
-    LinkState linkState() const { return m_linkState; }
-    const QString& connectionReport() const { return m_connectionReport; }
-    const QString& connectionDetail() const { return m_connectionDetail; }
-    const ConnectionSettings& connection() const { return m_connection; }
-    QString hostLabel() const { return m_connection.hostLabel(); }
-    QString defaultModel() const;
+    /// Ends the running reply, keeping what has come of it, stops the tunnel and saves. For the end of the
+    /// program.
+    void shutDown();
+
     QString selectedTitle() const;
+    /// The name of what answers the selected conversation.
     QString selectedModel() const;
     bool selectedIsEmpty() const;
-    const std::vector<OllamaModel>& installedModels() const { return m_installedModels; }
-    const std::vector<OllamaRunning>& runningModels() const { return m_runningModels; }
-    const std::optional<TurnFailure>& failure() const { return m_failure; }
-    ReplyFacts factsOf(const QUuid& message) const;
-    /// The title of the conversation that undoRemove() brings back; empty when there is none.
-    QString removedTitle() const;
+    /// How much of its context the selected conversation takes with what is drafted; an estimate.
+    ContextUse contextUse() const;
+    /// Where the public services are.
+    const ApiBases& apiBases() const { return m_bases; }
+    CredentialWorker& credentials() { return m_credentials; }
 
-    void setDraft(const QString& text);
-    void setSessionQuery(const QString& text);
-    /// Shows a conversation; an identifier that names none changes nothing.
+    // Conversations. An identifier that names none changes nothing.
+
+    /// Shows a conversation.
     void select(const QUuid& id);
-
     /// Makes an empty conversation in front of the others and selects it; an empty one that is selected is
     /// kept.
     Q_INVOKABLE void newConversation();
     Q_INVOKABLE void rename(const QUuid& id, const QString& title);
     Q_INVOKABLE void togglePinned(const QUuid& id);
+    /// Makes a copy of a conversation and selects it.
+    Q_INVOKABLE void duplicate(const QUuid& id);
     /// Removes a conversation; the last one is replaced by an empty one. For ten seconds it can be brought
     /// back.
     Q_INVOKABLE void remove(const QUuid& id);
     /// Brings the conversation that was removed last back, with its draft, and selects it.
     Q_INVOKABLE void undoRemove();
+    /// Adds a conversation that was read from a file, and selects it.
+    void addConversation(ChatSession session);
+    /// Changes the settings of the selected conversation; its messages, times and identity stay.
+    void changeSettings(const std::function<void(ChatSession&)>& change);
+
     /// The Ollama model that answers the selected conversation from now on.
     Q_INVOKABLE void chooseModel(const QString& name);
+    /// The provider's model that answers the selected conversation from now on.
+    /// @param model the preferred one of that provider if it is empty.
+    void chooseRemoteModel(RemoteProvider provider, const QString& model);
+    /// Switches the selected conversation to the installed model that suits a kind of work best.
+    void chooseWorkContext(WorkContext context);
+    void setSearch(SearchSource source);
+    Q_INVOKABLE void setProjectPath(const QString& path);
 
-    /// Sends the draft of the selected conversation. While a reply runs nothing is sent, and the status says
-    /// why.
+    // The composer of the selected conversation.
+
+    void setDraft(const QString& text);
+    Q_INVOKABLE void attach(const QUuid& item);
+    Q_INVOKABLE void detach(const QUuid& item);
+
+    // Turns.
+
+    /// Sends the draft of the selected conversation with its attachments. A turn that cannot be sent leaves
+    /// both where they are, and the status says why.
     Q_INVOKABLE void send();
     /// Ends the running reply; what has arrived of it stays.
     Q_INVOKABLE void stop();
@@ -136,101 +138,194 @@ public:
     Q_INVOKABLE void tryAgain();
     /// Takes the prompt of a failed turn back into the composer.
     Q_INVOKABLE void editFailed();
-    /// Asks the server whether it is there and which models it has. A newer check replaces one under way.
+    /// Asks for the last reply of the selected conversation once more.
+    Q_INVOKABLE void regenerate();
+    /// Replaces a prompt of the selected conversation and everything after it, and sends it.
+    Q_INVOKABLE void editAndResend(const QUuid& message, const QString& text);
+    /// Goes on from a message of the selected conversation in a new one.
+    Q_INVOKABLE void fork(const QUuid& message);
+    /// Brings back what the last of these three replaced; until the next send.
+    Q_INVOKABLE void undoEdit();
+    /// Opens a new conversation with a reply as its draft, to be answered by another model.
+    Q_INVOKABLE void handOffReply(const QUuid& message);
+    /// Opens a new conversation about an item of the library.
+    Q_INVOKABLE void handOffItem(const QUuid& item);
+    /// Decides about an address that the model wants to read and that nobody mentioned; by default it may.
+    void setApproval(Approval approval) { m_approval = std::move(approval); }
+    /// Why the selected conversation's model cannot read an item; empty if it can.
+    QString unreadableReason(const LibraryItem& item) const;
+
+    // The connection.
+
+    /// Opens the tunnel where there is one, then asks the server. A newer attempt replaces one under way.
+    Q_INVOKABLE void openConnection();
+    Q_INVOKABLE void closeConnection();
+    /// Asks the server whether it is there and which models it has.
     Q_INVOKABLE void checkConnection();
-    /// Asks the server which models it holds in memory. While a reply runs that is known already.
+    /// At the start of the program: looks where no tunnel has to be opened first.
+    void checkAtStart();
+    void setConnection(const ConnectionSettings& settings);
+    /// Asks the server which models it holds in memory.
     Q_INVOKABLE void refreshRunningModels();
 
-Q_SIGNALS:
-    /// Which conversations there are, or their order.
-    void sessionsChanged();
-    /// The title, model or another setting of one, or its place in time.
-    void sessionChanged(const QUuid& id);
-    /// Messages of a conversation came or went.
-    void messagesChanged(const QUuid& session);
-    /// The text of one message.
-    void messageChanged(const QUuid& session, const QUuid& message);
-    void selectionChanged();
-    /// The selected conversation is another one, or something of it other than its messages' texts changed.
-    void selectedSessionChanged();
-    void draftChanged();
-    void sessionQueryChanged();
-    void isStreamingChanged();
-    void statusMessageChanged();
-    void linkStateChanged();
-    void connectionReportChanged();
-    void connectionDetailChanged();
-    void connectionChanged();
-    void defaultModelChanged();
-    void installedModelsChanged();
-    void runningModelsChanged();
-    void failureChanged();
-    void removedChanged();
+    // Models of the server.
+
+    /// Searches the public library for `modelQuery`.
+    Q_INVOKABLE void searchModels();
+    Q_INVOKABLE void pullModel(const QString& name);
+    Q_INVOKABLE void stopPull();
+    Q_INVOKABLE void removeModel(const QString& name);
+    Q_INVOKABLE void chooseDefaultModel(const QString& name);
+
+    // The library.
+
+    /// Copies files into the library.
+    /// @param andAttach whether they go with the next message of the selected conversation.
+    void importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach);
+    void addLink(const QString& title, const QString& url, const QString& note, const QString& folder);
+    /// Changes title, note or folder of an item.
+    void changeItem(const QUuid& id, const std::function<void(LibraryItem&)>& change);
+    Q_INVOKABLE void deleteItem(const QUuid& id);
+    Q_INVOKABLE void restoreItem(const QUuid& id);
+    Q_INVOKABLE void removeItemForGood(const QUuid& id);
+    Q_INVOKABLE void backUp();
+    /// Takes a backup in place of what there is; a backup of that is made first.
+    Q_INVOKABLE void restoreBackup(const QString& name);
+
+    // Files of a project.
+
+    /// What writing the files of a reply would do; empty when it has none or no folder is chosen, and then
+    /// the status says so.
+    std::vector<PlannedProjectFile> planProjectFiles(const QUuid& message);
+    /// Writes the files of a reply.
+    /// @param paths only these; all of them if it is empty.
+    void writeProjectFiles(const QUuid& message, const QStringList& paths = {});
+    /// Puts back what the last writing overwrote.
+    void restoreProjectFiles();
+    bool canRestoreProjectFiles() const { return m_projectBackup.has_value(); }
+
+    // Preferences and credentials.
+
+    void setPassthroughEnabled(bool allowed);
+    void setContextButtonEnabled(bool shown);
+    void setDisabledProviderModels(const std::set<QString>& entries);
+    /// Says that a credential was saved or removed through credentials().
+    void noteCredentialChange();
 
 private:
-    struct RemovedSession
-    {
-        ChatSession session;
-        QString draft;
-        /// The empty conversation that took its place; null if others were left.
-        QUuid replacement;
-    };
+    struct RemovedSession;
+    struct ReplacedMessages;
 
-    ChatSession* find(const QUuid& id);
+    QString useLocation();
+    void load();
+    void noteSave(const SaveStatus& status);
+    /// Says what the user has to know, in the status and the log.
+    void notify(const QString& text);
+    /// Runs something that may throw Error, which becomes the status; whether it went well.
+    bool attempt(const std::function<void()>& action);
+    void saveSessions();
+    void saveDrafts();
+
+    ChatSession* edit(const QUuid& id);
+    ChatMessage* editMessage(const QUuid& session, const QUuid& message);
+    std::size_t placeFor(const ChatSession& session) const;
+    void insertAndSelect(ChatSession session);
     void insertNewConversation();
-    /// Marks a conversation as changed now. It and every other reference into the list are invalid
-    /// afterwards.
-    void touch(ChatSession& session);
-    void moveIntoPlace(ChatSession& session);
+    /// Marks a conversation as changed now and moves it to its place.
+    void touch(const QUuid& id);
+    void moveIntoPlace(const QUuid& id);
     void announceSession(const QUuid& id);
-    void setRemoved(std::optional<RemovedSession> removed);
+    void setRemoved(std::unique_ptr<RemovedSession> removed);
     Task<void> followUndoTime();
+    void searchSessions();
+    void searchSessionsAgain();
+    Task<void> followSessionSearch(QString query, std::stop_token stop);
 
-    void setStatusMessage(const QString& text);
-    void setLinkState(LinkState state);
-    void setConnectionTexts(const QString& report, const QString& detail);
     void setFailure(std::optional<TurnFailure> failure);
     void setStreaming(const QUuid& session, const QUuid& message);
-
-    void startTurn(ChatSession& session);
-    Task<void> followTurn(TurnRequest request, QUuid session, QUuid message, std::stop_token stop);
+    /// Whether a turn runs, which is said.
+    bool refuseWhileStreaming();
+    /// Whether the selected conversation is answered by a provider and none is allowed; it is Ollama's then.
+    bool refusesPassthrough();
+    void startTurn(const QUuid& session);
+    Task<void> followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
+                          std::stop_token stop);
+    Task<void> followResend(QUuid session, std::stop_token stop);
+    Task<void> runPrepared(QUuid session, PromptMaterial material, std::stop_token stop);
+    Task<PromptMaterial> preparePrompt(PromptQuestion question, std::stop_token stop);
+    TurnRequest turnRequest(const ChatSession& session, PromptMaterial material) const;
+    TurnServices turnServices();
+    TurnObserver observerOf(const QUuid& session, const QUuid& message);
     void showReply(const QUuid& session, const QUuid& message, const QString& thinking, const QString& reply);
     void completeReply(const QUuid& session, const QUuid& message, const TurnOutcome& outcome);
-    void endTurn(const QUuid& session, const QUuid& message, const QString& failureText);
+    void endTurn(const QUuid& session, const QUuid& message, TurnFailure failure);
+    void keep(const QUuid& session, const QUuid& message);
+    std::vector<LibraryItem> itemsOf(const std::vector<QUuid>& ids) const;
+    /// The items of the library whose media a stored prompt carries.
+    std::vector<LibraryItem> mediaItemsOf(const QString& content) const;
 
+    void setReplaced(std::unique_ptr<ReplacedMessages> replaced);
+    void replaceFrom(const QUuid& session, std::size_t index);
+    void putBack(const ReplacedMessages& replaced);
+    void openHandOff(Draft draft);
+
+    void setOffline(const QString& message);
+    Task<void> followConnection(std::stop_token stop);
     Task<void> followProbe(std::stop_token stop);
+    Task<bool> probeServer(std::stop_token stop);
     Task<void> followRunning(std::stop_token stop);
+    void tunnelEnded(int status, const QString& output);
+    void dropTunnel();
+
+    Task<void> followModelSearch(QString query, std::stop_token stop);
+    Task<void> followPull(QString name, std::stop_token stop);
+    Task<void> followRemoval(QString name, std::stop_token stop);
+    Task<void> refreshInstalledModels(std::stop_token stop);
+    void setPullStatus(const QString& text, double share = -1);
+
+    Task<void> followImport(QList<QUrl> files, QString folder, QUuid attachTo);
+    Task<void> followBackup();
+    Task<void> followRestore(QString name);
+    void showLibrary();
 
     Services m_services;
-    std::vector<ChatSession> m_sessions;
-    QUuid m_selection;
-    std::map<QUuid, QString> m_drafts;
-    QString m_sessionQuery;
-    QString m_statusMessage;
-    ConnectionSettings m_connection;
-    LinkState m_linkState = LinkState::Unknown;
-    QString m_connectionReport;
-    QString m_connectionDetail;
-    std::vector<OllamaModel> m_installedModels;
-    std::vector<OllamaRunning> m_runningModels;
-    std::optional<TurnFailure> m_failure;
-    std::optional<RemovedSession> m_removed;
-    std::map<QUuid, ReplyFacts> m_facts;
-
-    bool m_isStreaming = false;
-    QUuid m_streamingSession;
-    QUuid m_streamingMessage;
-    bool m_retried = false;
-
-    // Connections of probes; a turn has its own.
+    ApiBases m_bases;
+    SystemProcessRunner m_processes;
+    Worker m_worker{2};
+    CredentialWorker m_credentials;
+    ConversationKeeper m_keeper;
+    LibraryStore m_library;
+    TunnelPort m_port;
+    TunnelController m_tunnel;
+    // Connections of probes and of the management of models; a turn has its own.
     HttpClient m_http;
+    Approval m_approval;
+
+    QTimer m_draftTimer;
+    std::unique_ptr<RemovedSession> m_removed;
+    std::unique_ptr<ReplacedMessages> m_replaced;
+    std::optional<ProjectBackup> m_projectBackup;
+    SystemPageNetwork m_pages;
+    bool m_retried = false;
+    int m_tunnelStatus = 0; // how ssh ended last
+    // The estimate of the selected conversation without its draft.
+    mutable std::optional<ContextUse> m_historyUse;
+
     std::stop_source m_stopTurn;
-    std::stop_source m_stopProbe;
+    std::stop_source m_stopConnection;
+    std::stop_source m_stopPull;
+    std::stop_source m_stopModelSearch;
+    std::stop_source m_stopSessionSearch;
     // Last, so that they are gone before anything they use.
     Task<void> m_turn;
-    Task<void> m_probe;
+    Task<void> m_connectionTask;
     Task<void> m_running;
+    Task<void> m_pull;
+    Task<void> m_modelSearch;
+    Task<void> m_sessionSearch;
     Task<void> m_undoTime;
+    std::vector<Task<void>> m_imports;
+    Task<void> m_backup;
 };
 
 } // namespace varnel

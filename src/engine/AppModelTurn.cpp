@@ -1,10 +1,15 @@
-// The turns and the checks of the model: where its flows are started, and where they report to.
-#include "engine/AppModel.h"
+// Turns: what the user does about them, and what becomes of the conversation while one runs.
+#include "engine/AppModelPrivate.h"
 
+#include "app/DiagnosticsLog.h"
+#include "base/Text.h"
 #include "engine/ConnectionTexts.h"
 #include "engine/ConversationTitle.h"
-#include "engine/Probe.h"
+#include "engine/PromptText.h"
 #include "ollama/OllamaError.h"
+#include "providers/VarnelError.h"
+#include "store/LibraryTexts.h"
+#include "store/ModelRoles.h"
 
 #include <algorithm>
 
@@ -13,6 +18,40 @@ namespace varnel {
 namespace {
 
 const QString retryMessage = QStringLiteral("The reply stalled. Trying again…");
+
+/// What the user is told of a failure.
+TurnFailure failureOf(std::exception_ptr exception, const TurnRequest& request,
+                      const ConnectionSettings& connection, bool tunnelIsUp)
+{
+    const auto* const turn = std::get_if<ProviderTurn>(&request.question);
+    try {
+        std::rethrow_exception(std::move(exception));
+    } catch (const TransportError& error) {
+        if (turn)
+            return {
+                .session = {},
+                .prompt = {},
+                .text =
+                    QStringLiteral("%1 request failed: %2").arg(displayName(turn->provider), error.message()),
+                .detail = {}};
+        return {.session = {},
+                .prompt = {},
+                .text = unansweredMessage(connection, tunnelIsUp),
+                .detail = error.message()};
+    } catch (const OllamaError& error) {
+        const bool unreachable = error.kind() == OllamaError::Kind::Unreachable;
+        return {.session = {},
+                .prompt = {},
+                .text = unreachable ? unansweredMessage(connection, tunnelIsUp) : error.message(),
+                .detail = unreachable ? error.message() : QString()};
+    } catch (const VarnelError& error) {
+        return {.session = {}, .prompt = {}, .text = error.message(), .detail = error.detail()};
+    } catch (const Error& error) {
+        return {.session = {}, .prompt = {}, .text = error.message(), .detail = {}};
+    }
+}
+
+} // namespace
 
 ChatMessage makeMessage(ChatRole role, QString content, Instant now)
 {
@@ -27,142 +66,236 @@ ChatMessage makeMessage(ChatRole role, QString content, Instant now)
     };
 }
 
-auto findMessage(ChatSession& session, const QUuid& id)
+bool AppModel::refuseWhileStreaming()
 {
-    return std::find_if(session.messages.begin(), session.messages.end(),
-                        [&id](const ChatMessage& message) { return message.id == id; });
+    if (!isBusy())
+        return false;
+    setStatusMessage(QStringLiteral("A reply is still running. Stop it or wait until it ends."));
+    return true;
 }
-
-TurnRequest requestFor(const ChatSession& session, const ConnectionSettings& connection)
-{
-    return {
-        .baseURL = connection.baseURL(),
-        .chat = {.model = session.model,
-                 .systemText = session.systemPrompt,
-                 .history = session.messages,
-                 .media = {},
-                 .temperature = session.temperature,
-                 .contextLength = session.contextLength,
-                 .keepAlive = session.keepAlive,
-                 .predictionLimit = {}},
-        .backend = session.model,
-    };
-}
-
-} // namespace
 
 void AppModel::send()
 {
-    if (m_isStreaming) {
-        setStatusMessage(QStringLiteral("A reply is still running. Stop it or wait until it ends."));
-        return;
-    }
-    ChatSession* const session = find(m_selection);
+    const ChatSession* const session = selectedSession();
     const QString prompt = draft().trimmed();
-    if (!session || prompt.isEmpty())
+    const std::vector<QUuid> attachments = attachmentIDs();
+    if (!session || (prompt.isEmpty() && attachments.empty()) || refuseWhileStreaming() ||
+        refusesPassthrough())
         return;
-    session->messages.push_back(makeMessage(ChatRole::User, prompt, m_services.clock.now()));
-    if (session->title == QLatin1String("New conversation"))
-        session->title = titleFromPrompt(prompt);
-    m_drafts.erase(m_selection);
-    Q_EMIT draftChanged();
-    startTurn(*session);
+    m_isPreparing = true;
+    m_stopTurn = std::stop_source();
+    m_turn = followSend(session->id, prompt, attachments, m_stopTurn.get_token());
 }
 
-void AppModel::startTurn(ChatSession& session)
+bool AppModel::refusesPassthrough()
 {
-    const QUuid id = session.id;
-    TurnRequest request = requestFor(session, m_connection);
+    const ChatSession* const session = selectedSession();
+    if (!session || session->answerBackend != AnswerBackend::Remote || m_passthroughEnabled)
+        return false;
+    changeSettings([](ChatSession& changed) { changed.answerBackend = AnswerBackend::Ollama; });
+    setStatusMessage(VarnelError::passthroughDisabled().message());
+    return true;
+}
+
+/// Nothing of the conversation changes before it is known that the turn can be sent.
+Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
+                                std::stop_token stop)
+{
+    QString refusal;
+    try {
+        const ChatSession* const conversation = this->session(session);
+        PromptMaterial material = co_await preparePrompt({.conversation = *conversation,
+                                                          .prompt = prompt,
+                                                          .items = itemsOf(attachments),
+                                                          .isFollowUp = false},
+                                                         stop);
+        ChatSession* const changed = edit(session);
+        if (!changed)
+            throw Cancelled(); // removed while its prompt was made ready
+        ChatMessage message = makeMessage(ChatRole::User, material.content, m_services.clock.now());
+        changed->messages.push_back(std::move(message));
+        if (changed->title == QLatin1String("New conversation") && !prompt.isEmpty())
+            changed->title = titleFromPrompt(prompt);
+        m_drafts.erase(session);
+        saveDrafts();
+        if (session == m_selection) {
+            Q_EMIT draftChanged();
+            Q_EMIT attachmentIDsChanged();
+        }
+        setReplaced(nullptr);
+        m_isPreparing = false;
+        co_await runPrepared(session, std::move(material), stop);
+        co_return;
+    } catch (const Cancelled&) {
+        refusal = QStringLiteral("Stopped.");
+    } catch (const Error& error) {
+        refusal = error.message();
+    }
+    m_isPreparing = false;
+    setStatusMessage(refusal);
+}
+
+/// Sends the last prompt of a conversation once more.
+void AppModel::startTurn(const QUuid& session)
+{
+    m_isPreparing = true;
+    m_stopTurn = std::stop_source();
+    m_turn = followResend(session, m_stopTurn.get_token());
+}
+
+Task<void> AppModel::followResend(QUuid session, std::stop_token stop)
+{
+    QString refusal;
+    try {
+        const ChatSession* const conversation = this->session(session);
+        const QString content = conversation->messages.back().content;
+        PromptMaterial material = co_await preparePrompt({.conversation = *conversation,
+                                                          .prompt = content,
+                                                          .items = mediaItemsOf(content),
+                                                          .isFollowUp = true},
+                                                         stop);
+        m_isPreparing = false;
+        if (!this->session(session))
+            co_return;
+        co_await runPrepared(session, std::move(material), stop);
+        co_return;
+    } catch (const Cancelled&) {
+        refusal = QStringLiteral("Stopped.");
+    } catch (const Error& error) {
+        refusal = error.message();
+    }
+    m_isPreparing = false;
+    // Nothing was sent, so nothing is lost either.
+    if (m_replaced && m_replaced->session == session && m_replaced->fork.isNull()) {
+        const std::unique_ptr<ReplacedMessages> replaced = std::move(m_replaced);
+        setReplaced(nullptr);
+        putBack(*replaced);
+    }
+    setStatusMessage(refusal);
+}
+
+/// The conversation ends with the prompt; its reply is put behind it and filled.
+Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::stop_token stop)
+{
+    ChatSession* const conversation = edit(session);
+    TurnRequest request = turnRequest(*conversation, std::move(material));
     ChatMessage reply = makeMessage(ChatRole::Assistant, QString(), m_services.clock.now());
     reply.backend = request.backend;
+    const QUuid prompt = conversation->messages.back().id;
     const QUuid message = reply.id;
-    session.messages.push_back(std::move(reply));
+    conversation->messages.push_back(std::move(reply));
     setFailure(std::nullopt);
-    setStatusMessage(QString());
+    setStatusMessage(request.search ? searchingStatus(request.search->backend) : QString());
     m_retried = false;
-    setStreaming(id, message);
-    touch(session);
-    Q_EMIT messagesChanged(id);
+    setStreaming(session, message);
+    conversation->updatedAt = m_services.clock.now();
+    moveIntoPlace(session);
+    Q_EMIT messagesChanged(session);
+    if (std::holds_alternative<OllamaQuestion>(request.question))
+        m_running = followRunning(stop);
 
-    m_stopTurn = std::stop_source();
-    m_running = followRunning(m_stopTurn.get_token());
-    m_turn = followTurn(std::move(request), id, message, m_stopTurn.get_token());
-}
-
-Task<void> AppModel::followTurn(TurnRequest request, QUuid session, QUuid message, std::stop_token stop)
-{
-    QString failureText;
+    std::exception_ptr exception;
+    TurnFailure failure;
     try {
-        const TurnObserver observer{
-            .onProgress = [this, session,
-                           message](const QString& thinking,
-                                    const QString& reply) { showReply(session, message, thinking, reply); },
-            .onRetry =
-                [this](const QString&) {
-                    m_retried = true;
-                    setStatusMessage(retryMessage);
-                },
-        };
-        const TurnOutcome outcome = co_await runTurn(std::move(request), m_services.clock, observer, stop);
+        // The prompt is on the disk before it leaves; the whole follows meanwhile.
+        keep(session, prompt);
+        co_await m_keeper.flushed();
+        m_keeper.replyEnded(prompt);
+        saveSessions();
+        if (stop.stop_requested())
+            throw Cancelled();
+        const TurnOutcome outcome =
+            co_await runTurn(request, turnServices(), observerOf(session, message), stop);
         completeReply(session, message, outcome);
-        if (m_retried)
+        if (m_retried || request.search)
             setStatusMessage(QString());
     } catch (const Cancelled&) {
         setStatusMessage(QStringLiteral("Stopped."));
-    } catch (const TransportError&) {
-        failureText = unansweredMessage(m_connection, false);
-    } catch (const OllamaError& error) {
-        failureText = error.kind() == OllamaError::Kind::Unreachable ? unansweredMessage(m_connection, false)
-                                                                     : error.message();
-    } catch (const Error& error) {
-        failureText = error.message();
+    } catch (const Error&) {
+        exception = std::current_exception();
     }
-    endTurn(session, message, failureText);
+    if (exception)
+        failure = failureOf(exception, request, m_connection, m_tunnelIsUp);
+    endTurn(session, message, failure);
+}
+
+TurnObserver AppModel::observerOf(const QUuid& session, const QUuid& message)
+{
+    return {
+        .onProgress = [this, session,
+                       message](const QString& thinking,
+                                const QString& reply) { showReply(session, message, thinking, reply); },
+        .onRetry =
+            [this](const QString& description) {
+                m_retried = true;
+                setStatusMessage(retryMessage);
+                m_services.log.log(QStringLiteral("chat retry ") + description);
+            },
+        .onStep =
+            [this, session, message](const SearchStep& step) {
+                m_facts[message].steps.push_back(step);
+                Q_EMIT messageChanged(session, message);
+            },
+        .approve = m_approval,
+    };
 }
 
 void AppModel::showReply(const QUuid& session, const QUuid& message, const QString& thinking,
                          const QString& reply)
 {
-    ChatSession* const conversation = find(session);
-    if (!conversation)
+    ChatMessage* const shown = editMessage(session, message);
+    if (!shown)
         return;
-    const auto found = findMessage(*conversation, message);
-    if (found == conversation->messages.end())
-        return;
-    found->thinking = thinking;
-    found->content = reply;
+    shown->thinking = thinking;
+    shown->content = reply;
+    keep(session, message);
     Q_EMIT messageChanged(session, message);
+}
+
+void AppModel::keep(const QUuid& session, const QUuid& message)
+{
+    const ChatSession* const conversation = this->session(session);
+    const std::size_t index = conversation ? indexOf(*conversation, message) : 0;
+    if (!conversation || index == conversation->messages.size())
+        return;
+    m_keeper.keepReply({.session = session,
+                        .prompt = index > 0 ? conversation->messages[index - 1].id : QUuid(),
+                        .message = conversation->messages[index]});
 }
 
 void AppModel::completeReply(const QUuid& session, const QUuid& message, const TurnOutcome& outcome)
 {
-    ChatSession* const conversation = find(session);
-    if (!conversation)
+    ChatMessage* const reply = editMessage(session, message);
+    if (!reply)
         return;
-    const auto found = findMessage(*conversation, message);
-    if (found == conversation->messages.end())
-        return;
-    found->duration = outcome.duration.count();
+    reply->duration = outcome.duration.count();
+    ReplyFacts& facts = m_facts[message];
+    if (outcome.pieces > 0)
+        facts.untilFirstPiece = outcome.untilFirstPiece.count();
     const double writing = (outcome.duration - outcome.untilFirstPiece).count();
-    ReplyFacts facts;
     if (outcome.pieces >= 10 && writing > 0.1)
         facts.tokensPerSecond = (outcome.pieces - 1) / writing;
-    m_facts[message] = facts;
 }
 
-void AppModel::endTurn(const QUuid& session, const QUuid& message, const QString& failureText)
+void AppModel::endTurn(const QUuid& session, const QUuid& message, TurnFailure failure)
 {
     setStreaming(QUuid(), QUuid());
-    if (!failureText.isEmpty())
-        setStatusMessage(failureText);
-    ChatSession* const conversation = find(session);
+    if (!failure.text.isEmpty()) {
+        setStatusMessage(failure.text);
+        m_services.log.log(QStringLiteral("chat failed ") + failure.text);
+    }
+    ChatSession* const conversation = edit(session);
     if (!conversation)
         return;
-    const auto found = findMessage(*conversation, message);
+    const auto found = findMessage(conversation->messages, message);
     if (found == conversation->messages.end())
         return;
-    if (!failureText.isEmpty() && found != conversation->messages.begin())
-        setFailure(TurnFailure{session, std::prev(found)->id, failureText});
+    if (!failure.text.isEmpty() && found != conversation->messages.begin()) {
+        failure.session = session;
+        failure.prompt = std::prev(found)->id;
+        setFailure(std::move(failure));
+    }
+    m_keeper.replyEnded(message);
     // A reply of which nothing came is none.
     if (found->content.isEmpty() && found->thinking.isEmpty()) {
         conversation->messages.erase(found);
@@ -170,7 +303,8 @@ void AppModel::endTurn(const QUuid& session, const QUuid& message, const QString
     } else {
         Q_EMIT messageChanged(session, message);
     }
-    touch(*conversation);
+    touch(session);
+    Q_EMIT replyEnded(session, message);
 }
 
 void AppModel::stop()
@@ -178,93 +312,18 @@ void AppModel::stop()
     m_stopTurn.request_stop();
 }
 
-void AppModel::tryAgain()
+void AppModel::setFailure(std::optional<TurnFailure> failure)
 {
-    if (!m_failure || m_isStreaming)
-        return;
-    ChatSession* const conversation = find(m_failure->session);
-    if (!conversation)
-        return;
-    const auto prompt = findMessage(*conversation, m_failure->prompt);
-    if (prompt == conversation->messages.end())
-        return;
-    conversation->messages.erase(std::next(prompt), conversation->messages.end());
-    startTurn(*conversation);
+    assign(m_failure, std::move(failure), &AppState::failureChanged);
 }
 
-void AppModel::editFailed()
+void AppModel::setStreaming(const QUuid& session, const QUuid& message)
 {
-    if (!m_failure || m_isStreaming)
-        return;
-    const QUuid session = m_failure->session;
-    ChatSession* const conversation = find(session);
-    if (!conversation)
-        return;
-    const auto prompt = findMessage(*conversation, m_failure->prompt);
-    if (prompt == conversation->messages.end())
-        return;
-    // What was typed since is not lost: it stays behind what comes back.
-    const QString typed = m_drafts[session];
-    m_drafts[session] = typed.isEmpty() ? prompt->content : prompt->content + QStringLiteral("\n\n") + typed;
-    conversation->messages.erase(prompt, conversation->messages.end());
-    setFailure(std::nullopt);
-    Q_EMIT messagesChanged(session);
-    announceSession(session);
-    if (session == m_selection)
-        Q_EMIT draftChanged();
-}
-
-void AppModel::checkConnection()
-{
-    m_stopProbe.request_stop();
-    m_stopProbe = std::stop_source();
-    setLinkState(LinkState::Connecting);
-    m_probe = followProbe(m_stopProbe.get_token());
-}
-
-Task<void> AppModel::followProbe(std::stop_token stop)
-{
-    QString failureText;
-    try {
-        const ProbeResult result =
-            co_await probe(OllamaClient(m_connection.baseURL(), m_http, std::chrono::seconds(5)), stop);
-        const QString host = m_connection.hostLabel();
-        const QString report = reportOf(result);
-        m_installedModels = result.models;
-        setConnectionTexts(report, QStringLiteral("Connected to %1. %2").arg(host, report));
-        setStatusMessage(
-            QStringLiteral("Connected to %1 · %2 models").arg(host, QString::number(result.models.size())));
-        setLinkState(LinkState::Connected);
-        Q_EMIT installedModelsChanged();
-        refreshRunningModels();
-        co_return;
-    } catch (const Cancelled&) {
-        co_return; // a newer check says what is to be said
-    } catch (const Error&) {
-        failureText = unansweredMessage(m_connection, false);
-    }
-    setLinkState(LinkState::Offline);
-    setConnectionTexts(failureText, failureText);
-    setStatusMessage(failureText);
-}
-
-void AppModel::refreshRunningModels()
-{
-    if (!m_isStreaming)
-        m_running = followRunning({});
-}
-
-Task<void> AppModel::followRunning(std::stop_token stop)
-{
-    try {
-        const OllamaClient client(m_connection.baseURL(), m_http, std::chrono::seconds(5));
-        m_runningModels = co_await client.listRunning(stop);
-        Q_EMIT runningModelsChanged();
-    } catch (const Cancelled&) {
-        co_return;
-    } catch (const Error&) {
-        co_return; // it only tells whether a model is being loaded; the turn itself says what is wrong
-    }
+    m_streamingSession = session;
+    m_streamingMessage = message;
+    m_isStreaming = !session.isNull();
+    m_historyUse.reset();
+    Q_EMIT isStreamingChanged();
 }
 
 } // namespace varnel

@@ -2,6 +2,10 @@
 
 #include "engine/TurnBuffers.h"
 #include "ollama/OllamaClient.h"
+#include "providers/chat/ProviderClient.h"
+#include "websearch/OllamaToolModel.h"
+#include "websearch/ProviderToolModel.h"
+#include "websearch/ToolLoop.h"
 
 #include <exception>
 
@@ -12,29 +16,27 @@ namespace {
 using std::chrono::steady_clock;
 
 /// One attempt. The outcome is counted on, so that a second attempt begins anew.
-Task<TurnOutcome> streamOnce(const TurnRequest& request, TurnBuffers& buffers, const Clock& clock,
-                             const TurnObserver& observer, std::stop_token stop)
+Task<TurnOutcome> streamOnce(OllamaQuestion question, TurnServices services, TurnBuffers* buffers,
+                             TurnObserver observer, std::stop_token stop)
 {
     HttpClient http;
-    const OllamaClient client(request.baseURL, http);
-    ChatStream stream = client.chatStream(request.chat, stop);
+    const OllamaClient client(question.baseURL, http, services.stallTime);
+    ChatStream stream = client.chatStream(question.chat, stop);
     TurnOutcome outcome;
-    const steady_clock::time_point started = clock.steadyNow();
+    const steady_clock::time_point started = services.clock.steadyNow();
     while (const std::optional<ChatDelta> delta = co_await stream.next()) {
-        const steady_clock::time_point now = clock.steadyNow();
+        const steady_clock::time_point now = services.clock.steadyNow();
         if (outcome.pieces++ == 0)
             outcome.untilFirstPiece = now - started;
-        if (buffers.take(*delta, now))
-            observer.onProgress(buffers.thinking(), buffers.reply());
+        if (buffers->take(*delta, now))
+            observer.onProgress(buffers->thinking(), buffers->reply());
     }
-    outcome.duration = clock.steadyNow() - started;
+    outcome.duration = services.clock.steadyNow() - started;
     co_return outcome;
 }
 
-} // namespace
-
-Task<TurnOutcome> runTurn(TurnRequest request, const Clock& clock, TurnObserver observer,
-                          std::stop_token stop)
+Task<TurnOutcome> runStreamed(OllamaQuestion question, TurnServices services, TurnObserver observer,
+                              std::stop_token stop)
 {
     TurnBuffers buffers;
     TurnOutcome outcome;
@@ -43,7 +45,7 @@ Task<TurnOutcome> runTurn(TurnRequest request, const Clock& clock, TurnObserver 
         QString description;
         bool mayRetry = false;
         try {
-            outcome = co_await streamOnce(request, buffers, clock, observer, stop);
+            outcome = co_await streamOnce(question, services, &buffers, observer, stop);
         } catch (const TransportError& error) {
             failure = std::current_exception();
             description = error.message();
@@ -62,6 +64,85 @@ Task<TurnOutcome> runTurn(TurnRequest request, const Clock& clock, TurnObserver 
         if (stop.stop_requested())
             throw Cancelled();
     }
+}
+
+/// What the user wrote: an address in it was mentioned by them.
+QStringList userTexts(const TurnRequest& request)
+{
+    QStringList texts;
+    if (const auto* const ollama = std::get_if<OllamaQuestion>(&request.question)) {
+        for (const ChatMessage& message : ollama->chat.history) {
+            if (message.role == ChatRole::User)
+                texts.push_back(message.content);
+        }
+        return texts;
+    }
+    for (const ProviderMessage& message : std::get<ProviderTurn>(request.question).messages) {
+        if (message.role == ChatRole::User)
+            texts.push_back(message.text);
+    }
+    return texts;
+}
+
+WebToolHooks hooksOf(const TurnObserver& observer)
+{
+    return {
+        .onLookup =
+            [observer](const WebLookup& lookup) {
+                observer.onStep({lookup.kind == WebLookup::Kind::Search ? SearchStep::Kind::Search
+                                                                        : SearchStep::Kind::Read,
+                                 lookup.subject});
+            },
+        .approve = observer.approve,
+    };
+}
+
+/// Everything one turn with the web tools needs, alive as long as it runs.
+Task<QString> askWithTools(TurnRequest request, TurnServices services, TurnObserver observer,
+                           std::stop_token stop)
+{
+    HttpClient http;
+    WebTools tools(*request.search, http, services.pages, hooksOf(observer), userTexts(request));
+    std::unique_ptr<ToolModel> model;
+    if (auto* const ollama = std::get_if<OllamaQuestion>(&request.question))
+        model = std::make_unique<OllamaToolModel>(OllamaClient(ollama->baseURL, http, services.stallTime),
+                                                  std::move(ollama->chat));
+    else
+        model = std::make_unique<ProviderToolModel>(ProviderClient(services.bases, http, services.images),
+                                                    std::move(std::get<ProviderTurn>(request.question)));
+    co_return co_await runToolLoop(model.get(), &tools, stop);
+}
+
+Task<TurnOutcome> runWhole(TurnRequest request, TurnServices services, TurnObserver observer,
+                           std::stop_token stop)
+{
+    const steady_clock::time_point started = services.clock.steadyNow();
+    QString thinking;
+    QString reply;
+    if (request.search) {
+        reply = co_await askWithTools(std::move(request), services, observer, stop);
+    } else {
+        HttpClient http;
+        const ProviderClient client(services.bases, http, services.images);
+        const ProviderAnswer answer =
+            co_await client.ask(std::move(std::get<ProviderTurn>(request.question)), stop);
+        thinking = answer.thinking;
+        reply = textWithSources(answer);
+    }
+    observer.onProgress(thinking, reply);
+    TurnOutcome outcome;
+    outcome.duration = services.clock.steadyNow() - started;
+    co_return outcome;
+}
+
+} // namespace
+
+Task<TurnOutcome> runTurn(TurnRequest request, TurnServices services, TurnObserver observer,
+                          std::stop_token stop)
+{
+    if (auto* const ollama = std::get_if<OllamaQuestion>(&request.question); ollama && !request.search)
+        return runStreamed(std::move(*ollama), services, std::move(observer), std::move(stop));
+    return runWhole(std::move(request), services, std::move(observer), std::move(stop));
 }
 
 } // namespace varnel

@@ -151,6 +151,7 @@ QStringList tableCells(QStringView line)
     if (line.startsWith(u'|'))
         line = line.sliced(1);
     QStringList cells;
+    cells.reserve(line.count(u'|') + 1);
     QString begun; // what comes before the last escaped bar of the cell
     qsizetype begin = 0;
     const auto endCell = [&](qsizetype end) {

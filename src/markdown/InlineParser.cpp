@@ -113,9 +113,8 @@ MarkdownText InlineParser::parseMarkup(QStringView text, const LinkDefinitions& 
         if (md_parse(m_document.data(), size, &parser, this) != 0)
             return {text.toString(), {}, {}};
     }
-    return {QString::fromUtf16(m_text.data(), static_cast<qsizetype>(m_text.size())),
-            {m_ranges.begin(), m_ranges.end()},
-            {m_links.begin(), m_links.end()}};
+    return {
+        QStringView(m_text).toString(), {m_ranges.begin(), m_ranges.end()}, {m_links.begin(), m_links.end()}};
 }
 
 /// Lays the text out for the parser: a paragraph for each segment, then the definitions it refers to.

@@ -31,7 +31,7 @@ bool isSent(const ChatMessage& message)
     return !message.content.isEmpty() && message.role != ChatRole::System;
 }
 
-void writeMessages(JsonWriter& writer, const ChatRequest& request)
+void writeMessages(JsonWriter& writer, const ChatRequest& request, const ToolOffer* offer)
 {
     std::vector<PromptMedia> images;
     std::copy_if(request.media.begin(), request.media.end(), std::back_inserter(images),
@@ -43,6 +43,8 @@ void writeMessages(JsonWriter& writer, const ChatRequest& request)
 
     bool empty = true;
     writer.beginArray();
+    if (offer && !offer->guidance.isEmpty())
+        writeMessage(writer, u"system", offer->guidance, {});
     if (!request.systemText.trimmed().isEmpty()) {
         writeMessage(writer, u"system", request.systemText, {});
         empty = false;
@@ -58,18 +60,22 @@ void writeMessages(JsonWriter& writer, const ChatRequest& request)
     // The server is never sent an empty list.
     if (empty)
         writeMessage(writer, u"user", u"", {});
+    if (offer) {
+        for (const QJsonValue& message : offer->messages)
+            writer.value(message);
+    }
     writer.endArray();
 }
 
-void writeBody(JsonWriter& writer, const ChatRequest& request, bool streamed, const QJsonArray* tools)
+void writeBody(JsonWriter& writer, const ChatRequest& request, const ToolOffer* offer)
 {
     writer.beginObject();
     writer.key("model");
     writer.string(request.model);
     writer.key("messages");
-    writeMessages(writer, request);
+    writeMessages(writer, request, offer);
     writer.key("stream");
-    writer.boolean(streamed);
+    writer.boolean(!offer);
     writer.key("options");
     writer.beginObject();
     writer.key("temperature");
@@ -83,9 +89,9 @@ void writeBody(JsonWriter& writer, const ChatRequest& request, bool streamed, co
     writer.endObject();
     writer.key("keep_alive");
     writer.string(request.keepAlive);
-    if (tools) {
+    if (offer) {
         writer.key("tools");
-        writer.value(*tools);
+        writer.value(offer->tools);
     }
     writer.endObject();
 }
@@ -94,12 +100,12 @@ void writeBody(JsonWriter& writer, const ChatRequest& request, bool streamed, co
 
 QByteArray streamedChatBody(const ChatRequest& request)
 {
-    return compactJson([&request](JsonWriter& writer) { writeBody(writer, request, true, nullptr); });
+    return compactJson([&request](JsonWriter& writer) { writeBody(writer, request, nullptr); });
 }
 
-QByteArray wholeChatBody(const ChatRequest& request, const QJsonArray& tools)
+QByteArray wholeChatBody(const ChatRequest& request, const ToolOffer& offer)
 {
-    return compactJson([&request, &tools](JsonWriter& writer) { writeBody(writer, request, false, &tools); });
+    return compactJson([&request, &offer](JsonWriter& writer) { writeBody(writer, request, &offer); });
 }
 
 } // namespace varnel

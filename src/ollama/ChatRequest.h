@@ -30,10 +30,23 @@ struct ChatRequest
     bool operator==(const ChatRequest&) const = default;
 };
 
+/// What a request adds for a model that may call functions.
+struct ToolOffer
+{
+    /// The functions, in Ollama's form.
+    QJsonArray tools;
+    /// Says how to use them; the first system message unless it is empty.
+    QString guidance{};
+    /// The calls and results since the user's message, in Ollama's form; they follow the history.
+    QJsonArray messages{};
+
+    bool operator==(const ToolOffer&) const = default;
+};
+
 /// The JSON body of POST /api/chat for a reply streamed line by line.
 QByteArray streamedChatBody(const ChatRequest& request);
 
-/// The JSON body of POST /api/chat for a reply in one piece, with the functions that the model may call.
-QByteArray wholeChatBody(const ChatRequest& request, const QJsonArray& tools);
+/// The JSON body of POST /api/chat for a reply in one piece, from a model that may call functions.
+QByteArray wholeChatBody(const ChatRequest& request, const ToolOffer& offer);
 
 } // namespace varnel

@@ -1,10 +1,13 @@
 #include "ollama/OllamaClient.h"
 
 #include "base/JsonReader.h"
+#include "base/Text.h"
 #include "ollama/OllamaError.h"
 #include "ollama/OllamaStatus.h"
 
 #include <QJsonDocument>
+#include <QJsonObject>
+#include <QUrlQuery>
 
 namespace varnel {
 
@@ -12,6 +15,21 @@ namespace {
 
 // Far above any list of models; it keeps a server that never stops sending from filling the memory.
 constexpr qint64 replyLimit = 64 * 1024 * 1024;
+constexpr qint64 libraryPageLimit = 16 * 1024 * 1024;
+
+QByteArray jsonBody(const QJsonObject& object)
+{
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+QUrl endpointOf(QUrl base, QLatin1String endpoint)
+{
+    QString path = base.path(QUrl::FullyEncoded);
+    while (path.endsWith(QLatin1Char('/')))
+        path.chop(1); // a doubled slash is answered with a redirect
+    base.setPath(path + QLatin1Char('/') + endpoint, QUrl::TolerantMode);
+    return base;
+}
 
 Task<QByteArray> fetch(HttpClient* http, HttpRequest request, std::stop_token stop)
 {
@@ -106,6 +124,32 @@ Task<WholeChatReply> fetchWholeReply(HttpClient* http, HttpRequest request, std:
     co_return decodeWholeReply(body);
 }
 
+Task<void> sendRemoval(HttpClient* http, HttpRequest request, std::stop_token stop)
+{
+    co_await fetch(http, std::move(request), std::move(stop));
+}
+
+Task<std::vector<OllamaLibraryHit>> fetchLibraryPage(HttpClient* http, QUrl page, QString query,
+                                                     std::stop_token stop)
+{
+    if (query.isEmpty())
+        co_return std::vector<OllamaLibraryHit>();
+    QUrlQuery items;
+    // What is typed is data: a "+" must not arrive as a blank.
+    items.addQueryItem(QStringLiteral("q"), QString::fromLatin1(QUrl::toPercentEncoding(query)));
+    page.setQuery(items);
+    HttpRequest request;
+    request.url = page;
+    request.headers.push_back({"Accept", "text/html"});
+    HttpResponse response = co_await http->send(std::move(request), std::move(stop));
+    if (!response.isSuccess())
+        throw OllamaError::api(
+            QStringLiteral("Ollama library search failed (HTTP %1).").arg(response.status()));
+    const QByteArray body = co_await response.readAll(libraryPageLimit);
+    co_return isUtf8(body) ? parseLibraryPage(QString::fromUtf8(body), query)
+                           : std::vector<OllamaLibraryHit>();
+}
+
 } // namespace
 
 OllamaClient::OllamaClient(QUrl baseURL, HttpClient& http, std::chrono::milliseconds idleTimeout)
@@ -116,15 +160,9 @@ OllamaClient::OllamaClient(QUrl baseURL, HttpClient& http, std::chrono::millisec
 
 HttpRequest OllamaClient::request(const QByteArray& method, const char* endpoint, QByteArray body) const
 {
-    QString path = m_baseURL.path(QUrl::FullyEncoded);
-    while (path.endsWith(QLatin1Char('/')))
-        path.chop(1); // a doubled slash is answered with a redirect
-    QUrl url = m_baseURL;
-    url.setPath(path + QLatin1Char('/') + QLatin1String(endpoint), QUrl::TolerantMode);
-
     HttpRequest request;
     request.method = method;
-    request.url = url;
+    request.url = endpointOf(m_baseURL, QLatin1String(endpoint));
     request.idleTimeout = m_idleTimeout;
     request.connectTimeout = std::min(request.connectTimeout, m_idleTimeout);
     if (!body.isEmpty()) {
@@ -154,10 +192,29 @@ ChatStream OllamaClient::chatStream(const ChatRequest& chat, std::stop_token sto
     return {*m_http, request("POST", "api/chat", streamedChatBody(chat)), std::move(stop)};
 }
 
-Task<WholeChatReply> OllamaClient::chatOnce(const ChatRequest& chat, const QJsonArray& tools,
+Task<WholeChatReply> OllamaClient::chatOnce(const ChatRequest& chat, const ToolOffer& offer,
                                             std::stop_token stop) const
 {
-    return fetchWholeReply(m_http, request("POST", "api/chat", wholeChatBody(chat, tools)), std::move(stop));
+    return fetchWholeReply(m_http, request("POST", "api/chat", wholeChatBody(chat, offer)), std::move(stop));
+}
+
+PullStream OllamaClient::pull(const QString& model, std::stop_token stop) const
+{
+    const QJsonObject body{{QStringLiteral("name"), model}, {QStringLiteral("stream"), true}};
+    return {*m_http, request("POST", "api/pull", jsonBody(body)), std::move(stop)};
+}
+
+Task<void> OllamaClient::remove(const QString& model, std::stop_token stop) const
+{
+    return sendRemoval(m_http, request("DELETE", "api/delete", jsonBody({{QStringLiteral("model"), model}})),
+                       std::move(stop));
+}
+
+Task<std::vector<OllamaLibraryHit>> OllamaClient::searchLibrary(const QUrl& site, const QString& query,
+                                                                std::stop_token stop) const
+{
+    return fetchLibraryPage(m_http, endpointOf(site, QLatin1String("search")), query.trimmed(),
+                            std::move(stop));
 }
 
 } // namespace varnel

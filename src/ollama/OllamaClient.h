@@ -4,7 +4,9 @@
 #include "base/Task.h"
 #include "ollama/ChatRequest.h"
 #include "ollama/ChatStream.h"
+#include "ollama/LibrarySearch.h"
 #include "ollama/OllamaTypes.h"
+#include "ollama/PullStream.h"
 
 #include <QJsonArray>
 #include <QString>
@@ -51,8 +53,18 @@ public:
     /// A reply piece by piece as the model writes it.
     ChatStream chatStream(const ChatRequest& request, std::stop_token stop) const;
     /// A reply in one piece, to a model that may call functions.
-    Task<WholeChatReply> chatOnce(const ChatRequest& request, const QJsonArray& tools,
+    Task<WholeChatReply> chatOnce(const ChatRequest& request, const ToolOffer& offer,
                                   std::stop_token stop) const;
+
+    /// Fetches a model onto the server, chunk by chunk of its progress.
+    PullStream pull(const QString& model, std::stop_token stop) const;
+    /// Removes a model from the server.
+    Task<void> remove(const QString& model, std::stop_token stop) const;
+    /// Searches the public library, which is a web site and not this server. White space around the query
+    /// does not count; without a query there is no request and no hit.
+    /// @param site the address of the library's web site, without "/search".
+    Task<std::vector<OllamaLibraryHit>> searchLibrary(const QUrl& site, const QString& query,
+                                                      std::stop_token stop) const;
 
 private:
     HttpRequest request(const QByteArray& method, const char* endpoint, QByteArray body = {}) const;

@@ -21,20 +21,6 @@ std::optional<QString> reportedError(QByteArrayView body)
     }
 }
 
-/// Without the bytes of a character that was cut in two at the end.
-QByteArrayView withoutCutCharacter(QByteArrayView text)
-{
-    qsizetype length = text.size();
-    for (int back = 0; back < 3 && length > 0 && (static_cast<uchar>(text[length - 1]) & 0xC0U) == 0x80;
-         ++back)
-        --length;
-    if (length > 0 && static_cast<uchar>(text[length - 1]) >= 0xC0)
-        --length;
-    else
-        length = text.size();
-    return text.first(length);
-}
-
 } // namespace
 
 Task<OllamaError> errorOfStatus(HttpResponse& response)

@@ -2,9 +2,10 @@
 
 namespace varnel {
 
-VarnelError::VarnelError(Kind kind, QString message)
+VarnelError::VarnelError(Kind kind, QString message, QString detail)
     : Error(std::move(message))
     , m_kind(kind)
+    , m_detail(std::move(detail))
 {}
 
 VarnelError VarnelError::missingKey(const QString& displayName)
@@ -13,9 +14,9 @@ VarnelError VarnelError::missingKey(const QString& displayName)
             displayName + QStringLiteral(" API key is not in the Keychain or the environment.")};
 }
 
-VarnelError VarnelError::api(const QString& message)
+VarnelError VarnelError::api(const QString& message, const QString& detail)
 {
-    return {Kind::Api, message};
+    return {Kind::Api, message, detail};
 }
 
 VarnelError VarnelError::passthroughDisabled()

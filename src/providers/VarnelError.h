@@ -17,15 +17,20 @@ public:
     /// @param displayName the provider's name as it is shown.
     static VarnelError missingKey(const QString& displayName);
     /// @param message the complete text for the user.
-    static VarnelError api(const QString& message);
+    /// @param detail what the service itself said, where the message does not.
+    static VarnelError api(const QString& message, const QString& detail = {});
     static VarnelError passthroughDisabled();
 
     Kind kind() const noexcept { return m_kind; }
+    /// The words of the service for whoever wants to know more than message() says; foreign text, often
+    /// empty.
+    const QString& detail() const noexcept { return m_detail; }
 
 private:
-    VarnelError(Kind kind, QString message);
+    VarnelError(Kind kind, QString message, QString detail = {});
 
     Kind m_kind;
+    QString m_detail;
 };
 
 } // namespace varnel

@@ -46,7 +46,7 @@ std::optional<struct stat> regularFile(const FileDescriptor& parent, const QByte
                                        const char* action)
 {
     struct stat status{};
-    if (::fstatat(parent.number(), lastName(path).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+    if (::fstatat(parent.get(), lastName(path).constData(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
         if (errno == ENOENT)
             return std::nullopt;
         throw failure(action, path, errno);
@@ -62,10 +62,10 @@ std::optional<struct stat> regularFile(const FileDescriptor& parent, const QByte
 FileDescriptor openFolder(const FileDescriptor& parent, const QByteArray& name)
 {
     FileDescriptor folder(
-        ::openat(parent.number(), name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        ::openat(parent.get(), name.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (!folder.isOpen() && errno == ENOTDIR) {
         struct stat status{};
-        const bool isLink = ::fstatat(parent.number(), name.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+        const bool isLink = ::fstatat(parent.get(), name.constData(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
                             S_ISLNK(status.st_mode);
         errno = isLink ? ELOOP : ENOTDIR;
     }
@@ -76,7 +76,7 @@ QByteArray readUpTo(const FileDescriptor& file, const QByteArray& path, qint64 l
 {
     constexpr qint64 pieceSize = qint64(64) * 1024;
     struct stat status{};
-    if (::fstat(file.number(), &status) != 0)
+    if (::fstat(file.get(), &status) != 0)
         throw failure("read", path, errno);
     if (!S_ISREG(status.st_mode))
         throw notRegular(path);
@@ -85,7 +85,7 @@ QByteArray readUpTo(const FileDescriptor& file, const QByteArray& path, qint64 l
     std::array<char, pieceSize> piece{};
     while (bytes.size() < limit) {
         const qint64 wanted = std::min(pieceSize, limit - bytes.size());
-        const ssize_t count = ::read(file.number(), piece.data(), static_cast<std::size_t>(wanted));
+        const ssize_t count = ::read(file.get(), piece.data(), static_cast<std::size_t>(wanted));
         if (count == 0)
             break;
         if (count < 0 && errno != EINTR)
@@ -98,7 +98,7 @@ QByteArray readUpTo(const FileDescriptor& file, const QByteArray& path, qint64 l
 bool writeAll(const FileDescriptor& file, const QByteArray& bytes)
 {
     for (qsizetype written = 0; written < bytes.size();) {
-        const ssize_t count = ::write(file.number(), bytes.constData() + written,
+        const ssize_t count = ::write(file.get(), bytes.constData() + written,
                                       static_cast<std::size_t>(bytes.size() - written));
         if (count < 0 && errno != EINTR)
             return false;
@@ -110,7 +110,7 @@ bool writeAll(const FileDescriptor& file, const QByteArray& bytes)
 bool sync(const FileDescriptor& file)
 {
     // Some file systems know no syncing.
-    return ::fsync(file.number()) == 0 || errno == EINVAL || errno == ENOTSUP;
+    return ::fsync(file.get()) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
 /// A new file beside the one it is to replace; removed at its end unless it was renamed.
@@ -124,7 +124,7 @@ public:
         constexpr int attempts = 100;
         for (int i = 0; i < attempts && !m_file.isOpen(); ++i) {
             m_name = ".varnel-" + QByteArray::number(QRandomGenerator::global()->generate64(), 16) + ".tmp";
-            m_file = FileDescriptor(::openat(parent.number(), m_name.constData(),
+            m_file = FileDescriptor(::openat(parent.get(), m_name.constData(),
                                              O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
             if (!m_file.isOpen() && errno != EEXIST)
                 break;
@@ -138,13 +138,13 @@ public:
     ~FreshFile()
     {
         if (m_isPresent)
-            ::unlinkat(m_parent.number(), m_name.constData(), 0);
+            ::unlinkat(m_parent.get(), m_name.constData(), 0);
     }
 
     const FileDescriptor& file() const { return m_file; }
     bool renameTo(const QByteArray& name)
     {
-        if (::renameat(m_parent.number(), m_name.constData(), m_parent.number(), name.constData()) != 0)
+        if (::renameat(m_parent.get(), m_name.constData(), m_parent.get(), name.constData()) != 0)
             return false;
         m_isPresent = false;
         return true;
@@ -171,10 +171,10 @@ FileDescriptor ConfinedFolder::openParent(const QByteArray& path, Missing missin
 {
     const qsizetype end = path.lastIndexOf('/');
     if (end < 0)
-        return FileDescriptor(::openat(m_folder.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        return FileDescriptor(::openat(m_folder.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     const QByteArray parentPath = path.first(end);
     if (m_lookup == Lookup::WholePath) {
-        FileDescriptor parent(openWholePath(m_folder.number(), parentPath.constData()));
+        FileDescriptor parent(openWholePath(m_folder.get(), parentPath.constData()));
         const bool walkHelps = errno == ENOSYS || errno == ENOTDIR || errno == ENOENT;
         if (parent.isOpen() || !walkHelps)
             return parent;
@@ -184,7 +184,7 @@ FileDescriptor ConfinedFolder::openParent(const QByteArray& path, Missing missin
         const FileDescriptor& above = folder.isOpen() ? folder : m_folder;
         FileDescriptor next = openFolder(above, name);
         if (!next.isOpen() && errno == ENOENT && missing == Missing::IsMade &&
-            (::mkdirat(above.number(), name.constData(), permissionBits) == 0 || errno == EEXIST))
+            (::mkdirat(above.get(), name.constData(), permissionBits) == 0 || errno == EEXIST))
             next = openFolder(above, name);
         folder = std::move(next);
         if (!folder.isOpen())
@@ -204,7 +204,7 @@ std::optional<QByteArray> ConfinedFolder::read(const QString& relativePath, qint
     if (!regularFile(parent, path, "read"))
         return std::nullopt;
     // Should it have become a pipe by now, opening must not wait for a writer.
-    const FileDescriptor descriptor(::openat(parent.number(), lastName(path).constData(),
+    const FileDescriptor descriptor(::openat(parent.get(), lastName(path).constData(),
                                              O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!descriptor.isOpen())
         throw failure("read", path, errno);
@@ -230,7 +230,7 @@ void ConfinedFolder::replace(const QString& relativePath, const QByteArray& byte
     FreshFile fresh(parent, earlier ? ownerOnly : everybody);
     const bool isDone =
         fresh.file().isOpen() && writeAll(fresh.file(), bytes) &&
-        (!earlier || ::fchmod(fresh.file().number(), earlier->st_mode & permissionBits) == 0) &&
+        (!earlier || ::fchmod(fresh.file().get(), earlier->st_mode & permissionBits) == 0) &&
         sync(fresh.file()) && fresh.renameTo(lastName(path));
     if (!isDone)
         throw failure(action, path, errno);

@@ -32,7 +32,7 @@ public:
     }
 
     bool isOpen() const noexcept { return m_number >= 0; }
-    int number() const noexcept { return m_number; }
+    int get() const noexcept { return m_number; }
 
 private:
     int m_number = -1;

@@ -1,13 +1,10 @@
 #include "store/IniFile.h"
 
-#include "base/Clock.h"
 #include "base/Error.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-
-#include <filesystem>
 
 namespace varnel {
 
@@ -51,26 +48,6 @@ std::optional<QString> whyNotIni(const QString& file)
     if (opened.error() != QFileDevice::NoError)
         return opened.errorString();
     return std::nullopt;
-}
-
-void setAsideUnreadable(const QString& file)
-{
-    const QFileInfo info(file);
-    QString stamp = toIso8601(SystemClock().now()).replace(QLatin1Char(':'), QLatin1Char('-'));
-    const auto name = [&info, &stamp] {
-        return QStringLiteral("%1/%2.unreadable-%3.%4")
-            .arg(info.path(), info.completeBaseName(), stamp, info.suffix());
-    };
-    const QString firstStamp = stamp;
-    for (int copy = 2; QFileInfo::exists(name()); ++copy)
-        stamp = QStringLiteral("%1-%2").arg(firstStamp).arg(copy);
-    // Unlike Qt's, this rename takes folders and links too, and never copies.
-    std::error_code error;
-    std::filesystem::rename(QFile::encodeName(file).toStdString(), QFile::encodeName(name()).toStdString(),
-                            error);
-    if (error)
-        throw Error(QStringLiteral("%1 cannot be read and could not be renamed to %2: %3")
-                        .arg(file, name(), QString::fromStdString(error.message())));
 }
 
 void createPrivateFile(const QString& file)

@@ -10,10 +10,6 @@ namespace varnel {
 /// if it can, or if there is no file.
 std::optional<QString> whyNotIni(const QString& file);
 
-/// Renames a file to "<name>.unreadable-<stamp>.<suffix>" in its folder, so that a new one can take its
-/// place. Throws Error when that fails; the file is then where it was.
-void setAsideUnreadable(const QString& file);
-
 /// Makes an empty file that only the user can read, with its folder, unless it is there already. Throws Error
 /// when that fails.
 void createPrivateFile(const QString& file);

@@ -4,6 +4,7 @@
 #include "base/JsonReader.h"
 #include "base/JsonWriter.h"
 #include "base/Text.h"
+#include "store/FileAccess.h"
 #include "store/HttpUrl.h"
 #include "store/IniFile.h"
 #include "store/PreferencesFile.h"

@@ -59,7 +59,8 @@ Kind decodeRawValue(JsonValue value)
 template <typename Kind>
 void writeRawValue(JsonWriter& writer, Kind kind)
 {
-    writer.string(QString(rawValue(kind)));
+    const QLatin1String text = rawValue(kind);
+    writer.utf8({text.data(), static_cast<std::size_t>(text.size())});
 }
 
 } // namespace varnel

@@ -43,7 +43,8 @@ QUuid decodeUuid(JsonValue value)
 
 void writeUuid(JsonWriter& writer, const QUuid& id)
 {
-    writer.string(uuidText(id));
+    const QByteArray text = id.toByteArray(QUuid::WithoutBraces).toUpper();
+    writer.utf8({text.constData(), static_cast<std::size_t>(text.size())});
 }
 
 Instant decodeInstant(JsonValue value)
@@ -59,7 +60,9 @@ Instant decodeInstant(JsonValue value)
 
 void writeInstant(JsonWriter& writer, Instant instant)
 {
-    writer.string(toIso8601(instant));
+    if (!canBeWritten(instant))
+        throw Error(QStringLiteral("A date outside the years 0000 to 9999 cannot be saved."));
+    writer.utf8(iso8601Bytes(instant));
 }
 
 DecodeError unknownValue(const QString& text)

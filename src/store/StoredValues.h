@@ -17,6 +17,7 @@ void writeUuid(JsonWriter& writer, const QUuid& id);
 /// Reads the internet date-time form of ISO 8601; anything else is a DecodeError, and so is a moment outside
 /// the years 0000 to 9999, because it could not be written again.
 Instant decodeInstant(JsonValue value);
+/// Throws Error for a moment that decodeInstant() would refuse.
 void writeInstant(JsonWriter& writer, Instant instant);
 
 /// For a text that is none of the texts allowed at its place.

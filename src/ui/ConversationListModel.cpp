@@ -1,6 +1,6 @@
 #include "ui/ConversationListModel.h"
 
-#include "ui/ConversationSearch.h"
+#include "engine/SessionSearch.h"
 
 #include <QTimeZone>
 
@@ -19,7 +19,9 @@ ConversationListModel::ConversationListModel(AppModel& app, const Clock& clock, 
     connect(&app, &AppModel::messageChanged, this, &ConversationListModel::refreshRow);
     connect(&app, &AppModel::selectionChanged, this, &ConversationListModel::noteSelection);
     connect(&app, &AppModel::isStreamingChanged, this, &ConversationListModel::noteStreaming);
-    connect(&app, &AppModel::sessionQueryChanged, this, &ConversationListModel::searchAnew);
+    connect(&app, &AppModel::sessionQueryChanged, this, &ConversationListModel::refresh);
+    connect(&app, &AppModel::sessionQueryChanged, this, &ConversationListModel::searchingChanged);
+    connect(&app, &AppModel::sessionHitsChanged, this, &ConversationListModel::takeHits);
     m_midnight.setSingleShot(true);
     connect(&m_midnight, &QTimer::timeout, this, [this] {
         refresh();
@@ -57,6 +59,10 @@ QVariant ConversationListModel::data(const QModelIndex& index, int role) const
         return row.unseen;
     case CurrentRole:
         return row.current;
+    case HitStartRole:
+        return row.hitStart;
+    case HitLengthRole:
+        return row.hitLength;
     default:
         return {};
     }
@@ -64,9 +70,10 @@ QVariant ConversationListModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> ConversationListModel::roleNames() const
 {
-    return {{TitleRole, "title"},   {PreviewRole, "preview"}, {TimeRole, "time"},
-            {GroupRole, "group"},   {PinnedRole, "pinned"},   {StreamingRole, "streaming"},
-            {UnseenRole, "unseen"}, {CurrentRole, "current"}};
+    return {{TitleRole, "title"},        {PreviewRole, "preview"}, {TimeRole, "time"},
+            {GroupRole, "group"},        {PinnedRole, "pinned"},   {StreamingRole, "streaming"},
+            {UnseenRole, "unseen"},      {CurrentRole, "current"}, {HitStartRole, "hitStart"},
+            {HitLengthRole, "hitLength"}};
 }
 
 int ConversationListModel::currentRow() const
@@ -132,12 +139,17 @@ ConversationRow ConversationListModel::describe(const ChatSession& session, cons
     row.streaming = session.id == m_app.streamingSession();
     row.unseen = m_unseen.contains(session.id);
     row.current = session.id == m_app.selection();
+    if (const SessionHit* const hit = hitIn(session.id); hit && !hit->snippet.isEmpty()) {
+        row.preview = hit->snippet;
+        row.hitStart = static_cast<int>(hit->hitStart);
+        row.hitLength = static_cast<int>(hit->hitLength);
+    }
     return row;
 }
 
 bool ConversationListModel::isShown(const ChatSession& session) const
 {
-    return !searching() || m_textHits.contains(session.id) || holdsWords(session.title, m_app.sessionQuery());
+    return !searching() || m_hits.contains(session.id) || holdsWords(session.title, m_app.sessionQuery());
 }
 
 void ConversationListModel::refresh()
@@ -234,25 +246,25 @@ const QUuid* ConversationListModel::sessionAt(int row) const
     return row < 0 || row >= count() ? nullptr : &m_rows[static_cast<std::size_t>(row)].id;
 }
 
-void ConversationListModel::searchAnew()
+const SessionHit* ConversationListModel::hitIn(const QUuid& session) const
 {
-    m_stopSearch.request_stop();
-    m_textHits.clear();
-    if (searching()) {
-        m_stopSearch = std::stop_source();
-        m_search = followSearch(
-            conversationsWith(&m_worker, m_app.sessions(), m_app.sessionQuery(), m_stopSearch.get_token()));
-    }
-    refresh();
-    Q_EMIT searchingChanged();
+    const auto found = m_hits.find(session);
+    return found == m_hits.end() ? nullptr : &found->second;
 }
 
-Task<void> ConversationListModel::followSearch(Task<std::set<QUuid>> search)
+QUuid ConversationListModel::hitMessage(int row) const
 {
-    try {
-        m_textHits = co_await search;
-    } catch (const Cancelled&) {
-        co_return; // a newer search is under way
+    const QUuid* const id = sessionAt(row);
+    const SessionHit* const hit = id ? hitIn(*id) : nullptr;
+    return hit ? hit->message : QUuid();
+}
+
+void ConversationListModel::takeHits()
+{
+    m_hits.clear();
+    if (m_app.sessionHits()) {
+        for (const SessionHit& hit : *m_app.sessionHits())
+            m_hits.emplace(hit.session, hit);
     }
     refresh();
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Clock.h"
-#include "base/Worker.h"
 #include "engine/AppModel.h"
 #include "ui/ConversationRow.h"
 #include "ui/EngineObjects.h"
@@ -10,6 +9,7 @@
 #include <QTimer>
 #include <QtQml/qqmlregistration.h>
 
+#include <map>
 #include <set>
 #include <vector>
 
@@ -35,7 +35,9 @@ public:
         PinnedRole,
         StreamingRole,
         UnseenRole,
-        CurrentRole
+        CurrentRole,
+        HitStartRole,
+        HitLengthRole
     };
 
     /// Both outlive the list. Days change at midnight of this computer's zone.
@@ -57,6 +59,8 @@ public:
 
     /// Operations on the conversation of a row; a row that is not there does nothing.
     Q_INVOKABLE void open(int row);
+    /// The message in which the search found its words; null if it is the title, or nothing is searched.
+    Q_INVOKABLE QUuid hitMessage(int row) const;
     Q_INVOKABLE void rename(int row, const QString& title);
     Q_INVOKABLE void togglePinned(int row);
     Q_INVOKABLE void remove(int row);
@@ -74,6 +78,8 @@ Q_SIGNALS:
 private:
     ConversationRow describe(const ChatSession& session, const QDateTime& now) const;
     QDateTime now() const;
+    /// What the search found in a conversation; null while nothing is, or only its title is known to fit.
+    const SessionHit* hitIn(const QUuid& session) const;
     bool isShown(const ChatSession& session) const;
     /// Makes the rows what they should be, with as few changes as possible.
     void refresh();
@@ -83,8 +89,7 @@ private:
     int rowOfSession(const QUuid& id) const;
     const QUuid* sessionAt(int row) const;
 
-    void searchAnew();
-    Task<void> followSearch(Task<std::set<QUuid>> search);
+    void takeHits();
     void noteStreaming();
     void noteSelection();
     void awaitMidnight();
@@ -92,14 +97,10 @@ private:
     AppModel& m_app;
     const Clock& m_clock;
     std::vector<ConversationRow> m_rows;
-    std::set<QUuid> m_textHits;
+    std::map<QUuid, SessionHit> m_hits;
     std::set<QUuid> m_unseen;
     QUuid m_streaming;
     QTimer m_midnight;
-
-    Worker m_worker;
-    std::stop_source m_stopSearch;
-    Task<void> m_search;
 };
 
 } // namespace varnel

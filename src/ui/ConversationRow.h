@@ -22,6 +22,9 @@ struct ConversationRow
     bool streaming = false;
     bool unseen = false;
     bool current = false;
+    /// Where the words of a search stand in the preview; a length of 0 for nowhere.
+    int hitStart = 0;
+    int hitLength = 0;
 
     bool operator==(const ConversationRow&) const = default;
 };

@@ -181,6 +181,28 @@ private Q_SLOTS:
         QCOMPARE(read[5].toObject(), nested);
     }
 
+    // The writer looks at several units at a time and takes long texts in pieces.
+    void writingDoesNotDependOnThePlace()
+    {
+        const QStringList specials{QStringLiteral("\n"),
+                                   QStringLiteral("\""),
+                                   QStringLiteral("\\\x01"),
+                                   QStringLiteral("\u00fc"),
+                                   QString::fromUtf8("\xf0\x9f\x98\x80"),
+                                   QString(QChar(0xd83d)),
+                                   QString(QChar(0xde00))};
+        for (const QString& special : specials) {
+            for (const qsizetype base : {qsizetype(0), qsizetype(8180)}) {
+                for (qsizetype at = base; at < base + 40; ++at) {
+                    const QString text = QString(at, u'a') + special + QString(20, u'b') + special;
+                    const QByteArray json = compactJson([&](JsonWriter& writer) { writer.string(text); });
+                    JsonParser parser;
+                    QCOMPARE(parser.parse(view(json)).string(), wellFormed(text));
+                }
+            }
+        }
+    }
+
     void prettyTextsAreStreamed()
     {
         QByteArray text;

@@ -11,10 +11,11 @@ using namespace varnel::test;
 
 namespace {
 
-Task<int> statusOf(HttpClient& http, QUrl url)
+Task<int> statusOf(HttpClient& http, QUrl url, QByteArray pinnedAddress = {})
 {
     HttpRequest request;
     request.url = std::move(url);
+    request.pinnedAddress = std::move(pinnedAddress);
     const HttpResponse response = co_await http.send(std::move(request), {});
     co_return response.status();
 }
@@ -38,7 +39,7 @@ private Q_SLOTS:
                     QStringLiteral("ec"), QStringLiteral("-pkeyopt"),
                     QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes"),
                     QStringLiteral("-subj"), QStringLiteral("/CN=varnel test"), QStringLiteral("-addext"),
-                    QStringLiteral("subjectAltName=IP:127.0.0.1"), QStringLiteral("-days"),
+                    QStringLiteral("subjectAltName=IP:127.0.0.1,DNS:pinned.test"), QStringLiteral("-days"),
                     QStringLiteral("2"), QStringLiteral("-keyout"), key, QStringLiteral("-out"),
                     m_certificate});
         QVERIFY(waitUntil([&] { return make.state() == QProcess::NotRunning; }));
@@ -88,6 +89,12 @@ private Q_SLOTS:
         QUrl otherName = url;
         otherName.setHost(QStringLiteral("localhost"));
         QVERIFY_THROWS_EXCEPTION(TransportError, await(statusOf(trusting, otherName)));
+
+        // A pinned address changes nothing of whose certificate it has to be.
+        otherName.setHost(QStringLiteral("pinned.test"));
+        QCOMPARE(await(statusOf(trusting, otherName, "127.0.0.1")), 200);
+        otherName.setHost(QStringLiteral("other.test"));
+        QVERIFY_THROWS_EXCEPTION(TransportError, await(statusOf(trusting, otherName, "127.0.0.1")));
     }
 
 private:

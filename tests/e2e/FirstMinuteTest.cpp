@@ -12,8 +12,10 @@ using namespace std::chrono_literals;
 namespace {
 
 // Where things are at the size of the display, which the window fills.
-constexpr QRect readingColumn(330, 60, 640, 540);
-constexpr QRect scrollBar(1096, 60, 24, 560);
+constexpr QRect readingColumn(330, 60, 640, 500); // above what lies over the text: the way back to its end
+constexpr QRect scrollBar(1108, 50, 12, 582);
+constexpr QRect scrollBarBegin(1108, 50, 12, 200);
+constexpr QRect scrollBarEnd(1108, 618, 12, 14);
 constexpr QPoint middleOfTranscript(690, 300);
 constexpr QPoint sendButton(1026, 720);
 
@@ -23,6 +25,14 @@ QByteArray preferencesFor(const QUrl& url)
            "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
            "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
            "varnel.defaultModel=practice-chat:70b\n";
+}
+
+/// Whether a picture has one colour only.
+bool isPlain(const QImage& picture)
+{
+    QImage filled = picture;
+    filled.fill(picture.pixelColor(0, 0));
+    return picture == filled;
 }
 
 } // namespace
@@ -36,6 +46,16 @@ class FirstMinuteTest : public QObject
     std::unique_ptr<XDisplay> m_display;
     ProgramRun m_program;
 
+    /// Starts the program on the display and waits until its window takes what is typed.
+    bool open(ProgramRun& program) const
+    {
+        program.setPreferences(preferencesFor(m_host.url()));
+        program.setVariable("DISPLAY", m_display->name());
+        program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
+        program.setVariable("LANG", QStringLiteral("C.UTF-8"));
+        program.start({});
+        return waitUntil([&] { return m_display->focusWindow(program.process().processId()); });
+    }
     /// Sends what stands in the composer by Enter and waits until the reply runs.
     bool sendByEnter()
     {
@@ -63,12 +83,7 @@ private Q_SLOTS:
                 qPrintable(QStringLiteral("not installed: %1; scripts/setup does").arg(missing.join(u", "))));
         m_host.listen();
         m_display = std::make_unique<XDisplay>();
-        m_program.setPreferences(preferencesFor(m_host.url()));
-        m_program.setVariable("DISPLAY", m_display->name());
-        m_program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
-        m_program.setVariable("LANG", QStringLiteral("C.UTF-8"));
-        m_program.start({});
-        QVERIFY(waitUntil([this] { return m_display->focusWindow(m_program.process().processId()); }));
+        QVERIFY(open(m_program));
     }
 
     void aModelIsChosenAndAPromptIsStreamed()
@@ -88,15 +103,19 @@ private Q_SLOTS:
         const QImage early = m_display->picture(readingColumn);
         QVERIFY(
             waitUntil([&] { return m_display->picture(readingColumn) != early; })); // it follows the reply
-        // Until there is something to scroll.
-        const QImage bar = m_display->picture(scrollBar);
-        QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != bar; }));
-        m_display->click(middleOfTranscript, 4, 3);
+        // Until there is something to scroll, and the view has gone along with it.
+        QVERIFY(waitUntil([&] {
+            return isPlain(m_display->picture(scrollBarBegin)) && !isPlain(m_display->picture(scrollBarEnd));
+        }));
+        m_display->click(middleOfTranscript, 4);
+        QVERIFY(waitUntil([&] { return isPlain(m_display->picture(scrollBarEnd)); })); // it has let go
         const QImage read = pictureAtRest(readingColumn);
-        const QImage length = m_display->picture(scrollBar);
-        QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != length; })); // more has arrived
+        for (int arrival = 0; arrival < 3; ++arrival) {
+            const QImage length = m_display->picture(scrollBar);
+            QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != length; })); // more has arrived
+            QCOMPARE(m_display->picture(readingColumn), read);
+        }
         QCOMPARE(m_host.activeStreams(), 1);
-        QCOMPARE(m_display->picture(readingColumn), read);
     }
 
     void aReplyIsStoppedByMouseAndByKey()
@@ -119,6 +138,20 @@ private Q_SLOTS:
         QCOMPARE(m_program.process().exitCode(), 0);
         QVERIFY(waitUntil([this] { return m_host.activeStreams() == 0; }));
         QCOMPARE(m_program.errors(), QByteArray()); // not a word from the screens either
+    }
+
+    void theEndOfTheSessionIsAnOrdinaryQuit()
+    {
+        ProgramRun program;
+        QVERIFY(open(program));
+        m_display->type(QStringLiteral("Still talking when the session ends"));
+        QVERIFY(sendByEnter());
+        program.process().terminate();
+        QVERIFY(program.wait());
+        QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.process().exitCode(), 0);
+        QVERIFY(waitUntil([this] { return m_host.activeStreams() == 0; }));
+        QCOMPARE(program.errors(), QByteArray());
     }
 };
 

@@ -2,11 +2,10 @@
 #include "engine/ConversationTitle.h"
 #include "engine/TurnBuffers.h"
 #include "practice_host/HttpServer.h"
-#include "store/Preferences.h"
 #include "support/Await.h"
+#include "support/ModelProfile.h"
 
 #include <QSignalSpy>
-#include <QTemporaryDir>
 #include <QTest>
 
 using namespace varnel;
@@ -33,14 +32,10 @@ class Stage
 public:
     Stage()
         : server([this](const Exchange& exchange) { answer(exchange); })
-        , preferences(folder.filePath(QStringLiteral("preferences.ini")))
     {
         server.listen();
-        ConnectionSettings connection;
-        connection.mode = ConnectionMode::Direct;
-        connection.directURL = server.url().toString();
-        preferences.setConnection(connection);
-        model = std::make_unique<AppModel>(AppModel::Services{preferences, clock});
+        profile.connectTo(server.url());
+        model = std::make_unique<AppModel>(profile.services());
     }
 
     const ChatSession& session() const { return *model->selectedSession(); }
@@ -64,11 +59,10 @@ public:
         return waitUntil([this] { return !model->isStreaming(); });
     }
 
-    QTemporaryDir folder;
     std::vector<Exchange> chats;
     HttpServer server;
-    Preferences preferences;
     SystemClock clock;
+    ModelProfile profile{clock};
     std::unique_ptr<AppModel> model;
 
 private:
@@ -252,8 +246,9 @@ private Q_SLOTS:
         tunnel.mode = ConnectionMode::SshTunnel;
         tunnel.sshHost = QStringLiteral("gpu-box");
         tunnel.localPort = 1;
-        stage.preferences.setConnection(tunnel);
-        AppModel other({stage.preferences, stage.clock});
+        ModelProfile profile(stage.clock);
+        profile.preferences.setConnection(tunnel);
+        AppModel other(profile.services());
         other.checkConnection();
         QVERIFY(waitUntil([&] { return other.linkState() == LinkState::Offline; }));
         QCOMPARE(other.statusMessage(),

@@ -59,7 +59,8 @@ private Q_SLOTS:
         const QByteArray common = R"({"model":"m:1b","messages":[{"role":"user","content":"hi"}],"stream":%,)"
                                   R"("options":{"temperature":0.7,"num_ctx":8192},"keep_alive":"5m")";
         QCOMPARE(streamedChatBody(chat), QByteArray(common).replace("%", "true") + "}");
-        QCOMPARE(wholeChatBody(chat, {QJsonObject{{QStringLiteral("type"), QStringLiteral("function")}}}),
+        QCOMPARE(wholeChatBody(
+                     chat, {.tools = {QJsonObject{{QStringLiteral("type"), QStringLiteral("function")}}}}),
                  QByteArray(common).replace("%", "false") + R"(,"tools":[{"type":"function"}]})");
     }
 

@@ -1,5 +1,6 @@
 #include "store/ChatSession.h"
 #include "store/ConnectionSettings.h"
+#include "store/LibraryItem.h"
 #include "store/SessionModelChoice.h"
 
 #include <QDir>
@@ -82,6 +83,20 @@ const ConnectionSettings fullConnection{.mode = ConnectionMode::Direct,
                                         .directURL = QStringLiteral("https://box.example"),
                                         .sshIdentityFile = QStringLiteral("/keys/ü")};
 
+/// An item in which no field has its default.
+LibraryItem fullItem()
+{
+    return {.id = QUuid::createUuid(),
+            .kind = LibraryKind::Image,
+            .title = QStringLiteral("Grüße"),
+            .note = QStringLiteral("a\nb"),
+            .folder = QStringLiteral("F/G"),
+            .relativePath = QStringLiteral("F/G/x.png"),
+            .urlString = QStringLiteral("https://x.example/?a=b"),
+            .createdAt = *fromIso8601(u"2026-11-15T20:25:40Z"),
+            .deletedAt = *fromIso8601(u"2026-11-15T20:26:00Z")};
+}
+
 QJsonValue wrongTypeFor(const QJsonValue& value)
 {
     return value.isBool() ? QJsonValue(1) : QJsonValue(true);
@@ -124,6 +139,8 @@ private Q_SLOTS:
         QCOMPARE(QJsonDocument::fromJson(text).array().first().toObject().size(), 16);
         QVERIFY(decoded(decodeConnectionSettings, pretty(writeConnectionSettings, fullConnection)) ==
                 fullConnection);
+        const std::vector<LibraryItem> items{fullItem(), fullItem()};
+        QVERIFY(decoded(decodeLibraryItems, pretty(writeLibraryItems, items)) == items);
     }
 
     void everyKeyIsCheckedByName()
@@ -149,6 +166,12 @@ private Q_SLOTS:
                       QJsonDocument::fromJson(pretty(writeConnectionSettings, fullConnection)).object(),
                       {QStringLiteral("sshIdentityFile")}, QString(),
                       [](const QJsonObject& changed) { return QJsonDocument(changed); });
+        const QJsonObject item = QJsonDocument::fromJson(pretty(writeLibraryItem, fullItem())).object();
+        checkEveryKey(
+            decodeLibraryItems, item,
+            {QStringLiteral("relativePath"), QStringLiteral("urlString"), QStringLiteral("deletedAt")},
+            QStringLiteral("[0]."),
+            [](const QJsonObject& changed) { return QJsonDocument(QJsonArray{changed}); });
     }
 
     void missingOptionalKeysHaveTheirFallbacks()

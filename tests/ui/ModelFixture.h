@@ -1,32 +1,26 @@
 #pragma once
 
-#include "engine/AppModel.h"
 #include "practice_host/PracticeHost.h"
-#include "store/Preferences.h"
 #include "support/Await.h"
 #include "support/ManualClock.h"
-
-#include <QTemporaryDir>
+#include "support/ModelProfile.h"
 
 namespace varnel::test {
 
-/// A practice host and preferences that lead to it, in a profile of their own.
+/// A practice host and a profile that leads to it.
 struct ProfileFixture
 {
     explicit ProfileFixture(practice::PracticePace pace)
         : host(pace)
     {
         host.listen();
-        ConnectionSettings connection;
-        connection.mode = ConnectionMode::Direct;
-        connection.directURL = host.url().toString();
-        preferences.setConnection(connection);
-        preferences.setDefaultModel(QStringLiteral("practice-chat:70b"));
+        profile.connectTo(host.url());
+        profile.preferences.setDefaultModel(QStringLiteral("practice-chat:70b"));
     }
 
-    QTemporaryDir profile;
+    ManualClock clock;
     practice::PracticeHost host;
-    Preferences preferences{profile.filePath(QStringLiteral("preferences.ini"))};
+    ModelProfile profile{clock};
 };
 
 /// A model that talks with a practice host.
@@ -41,7 +35,7 @@ struct ModelFixture : ProfileFixture
     {
         app.setDraft(prompt);
         app.send();
-        return waitUntil([this] { return !app.isStreaming(); });
+        return waitUntil([this] { return !app.isBusy(); });
     }
     /// Begins a conversation with a prompt that is answered.
     bool begin(const QString& prompt)
@@ -50,8 +44,7 @@ struct ModelFixture : ProfileFixture
         return say(prompt);
     }
 
-    ManualClock clock;
-    AppModel app{{preferences, clock}};
+    AppModel app{profile.services()};
 };
 
 } // namespace varnel::test

@@ -4,6 +4,7 @@
 #include <QAccessible>
 #include <QGuiApplication>
 #include <QInputMethodEvent>
+#include <QPalette>
 #include <QQuickItem>
 #include <QTest>
 
@@ -46,13 +47,17 @@ struct WindowFixture : ModelFixture
         for (const QChar character : text)
             QTest::keyClick(window, character.toLatin1());
     }
+    Appearance* appearance()
+    {
+        return screens.engine().singletonInstance<Appearance*>(qmlTypeId("Varnel", 1, 0, "Appearance"));
+    }
     QString focusName() const
     {
         QAccessibleInterface* const focus = QAccessible::queryAccessibleInterface(window->activeFocusItem());
         return focus ? focus->text(QAccessible::Name) : QString();
     }
 
-    WindowScreens screens{app, clock, profile.filePath(QStringLiteral("window.ini"))};
+    WindowScreens screens{app, clock, profile.folder.filePath(QStringLiteral("window.ini"))};
     QQuickWindow* window;
 };
 
@@ -66,6 +71,18 @@ void collectNames(QAccessibleInterface* item, QStringList& unnamed, QStringList&
     names.append(name);
     for (int i = 0; i < item->childCount(); ++i)
         collectNames(item->child(i), unnamed, names);
+}
+
+/// The first item that shows with a name; null without one.
+QAccessibleInterface* find(QAccessibleInterface* item, const QString& name)
+{
+    if (!item || item->state().invisible || item->text(QAccessible::Name) == name)
+        return item && !item->state().invisible ? item : nullptr;
+    for (int i = 0; i < item->childCount(); ++i) {
+        if (QAccessibleInterface* const found = find(item->child(i), name))
+            return found;
+    }
+    return nullptr;
 }
 
 } // namespace
@@ -215,6 +232,103 @@ private Q_SLOTS:
                                 order.join(QStringLiteral(", "))));
     }
 
+    void coloursFollowTheSystemUntilSomeAreChosen()
+    {
+        const QColor light(0xFB, 0xFA, 0xF8);
+        const QColor dark(0x19, 0x1A, 0x1B);
+        WindowFixture fixture;
+        Appearance* const appearance = fixture.appearance();
+        QVERIFY(appearance);
+        QVERIFY(fixture.begin(QStringLiteral("hello")));
+        QCOMPARE(fixture.window->color(), light);
+        const auto showsAllIn = [&](const QColor& background) {
+            if (fixture.window->color() != background)
+                return false;
+            const QImage picture = fixture.window->grabWindow();
+            // In the header, between two messages, and where the status is told.
+            return picture.pixelColor(700, 4) == background && picture.pixelColor(700, 500) == background &&
+                   picture.pixelColor(300, 640) == background;
+        };
+        QVERIFY(showsAllIn(light));
+        QGuiApplication::setPalette(QPalette(Qt::black));
+        QVERIFY(waitUntil([&] { return showsAllIn(dark); }));
+        appearance->setScheme(Appearance::Light);
+        QVERIFY(waitUntil([&] { return showsAllIn(light); }));
+        appearance->setScheme(Appearance::System);
+        QVERIFY(waitUntil([&] { return showsAllIn(dark); }));
+        QGuiApplication::setPalette(QPalette(Qt::white));
+        QVERIFY(waitUntil([&] { return showsAllIn(light); }));
+    }
+
+    void theWheelZoomsWithControl()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("hello")));
+        const auto* const appearance = fixture.appearance();
+        const auto turn = [&](int angle) {
+            const QPointF point(700, 300);
+            QWheelEvent event(point, fixture.window->mapToGlobal(point), {}, {0, angle}, Qt::NoButton,
+                              Qt::ControlModifier, Qt::NoScrollPhase, false);
+            QCoreApplication::sendEvent(fixture.window, &event);
+        };
+        turn(120);
+        QCOMPARE(appearance->zoom(), 1.1);
+        turn(-60);
+        QCOMPARE(appearance->zoom(), 1.1);
+        turn(-60);
+        turn(-120);
+        QCOMPARE(appearance->zoom(), 0.9);
+    }
+
+    void theMenuOfAConversationOpensByKeyboard()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("whales")));
+        fixture.clock.advance(1min);
+        QVERIFY(fixture.begin(QStringLiteral("trains")));
+        for (int i = 0; i < 40 && !fixture.focusName().startsWith(QStringLiteral("trains,")); ++i)
+            fixture.press(Qt::Key_Tab);
+        fixture.press(Qt::Key_Down); // to the older one
+        QCOMPARE(fixture.app.selectedTitle(), QStringLiteral("whales"));
+        fixture.press(Qt::Key_F10, Qt::ShiftModifier);
+        QVERIFY(waitUntil([&] {
+            fixture.press(Qt::Key_Down);
+            return fixture.focusName() == QStringLiteral("Pin");
+        }));
+        fixture.press(Qt::Key_Return);
+        QVERIFY(fixture.app.selectedSession()->pinned);
+        QCOMPARE(fixture.app.sessions().front().title, QStringLiteral("whales"));
+    }
+
+    void theWindowIsWholeAtEverySize_data()
+    {
+        QTest::addColumn<QSize>("size");
+        QTest::addColumn<int>("zoomSteps");
+        QTest::newRow("smallest") << QSize(920, 560) << 0;
+        QTest::newRow("smallest, large") << QSize(920, 560) << 3;
+        QTest::newRow("smallest, largest") << QSize(920, 560) << 7;
+    }
+    void theWindowIsWholeAtEverySize()
+    {
+        QFETCH(QSize, size);
+        QFETCH(int, zoomSteps);
+        const WindowFixture fixture;
+        QCOMPARE(fixture.window->minimumSize(), QSize(920, 560));
+        fixture.window->resize(size);
+        for (int step = 0; step < zoomSteps; ++step)
+            fixture.press(Qt::Key_Plus, Qt::ControlModifier);
+        fixture.press(Qt::Key_Slash, Qt::ControlModifier);
+        const QRectF area({}, QSizeF(size));
+        const auto reaches = [&](const QString& name) {
+            QAccessibleInterface* const item =
+                find(QAccessible::queryAccessibleInterface(fixture.window), name);
+            const QPoint corner = fixture.window->position();
+            return item && area.contains(QRectF(item->rect().translated(-corner)));
+        };
+        for (const char* const name : {"Search conversations", "New conversation", "Menu", "Message", "Send"})
+            QVERIFY2(waitUntil([&] { return reaches(QString::fromLatin1(name)); }), name);
+    }
+
     void shapesAndDirectionsLoadWithoutAWarning()
     {
         QGuiApplication::setLayoutDirection(Qt::RightToLeft);
@@ -230,7 +344,7 @@ private Q_SLOTS:
         }
         QGuiApplication::setLayoutDirection(Qt::LeftToRight);
         const WindowFixture again;
-        QCOMPARE(loadWindowState(again.profile.filePath(QStringLiteral("window.ini"))).zoom, 1.0);
+        QCOMPARE(loadWindowState(again.profile.folder.filePath(QStringLiteral("window.ini"))).zoom, 1.0);
     }
 };
 

@@ -37,6 +37,8 @@ ListView {
     Keys.onPressed: event => {
         if (event.key === Qt.Key_F2)
             renameCurrent()
+        else if (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier)
+            openMenu(currentIndex) // many keyboards have no key for menus
         else if (event.key === Qt.Key_Home)
             ConversationListModel.open(0)
         else if (event.key === Qt.Key_End)

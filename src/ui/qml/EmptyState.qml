@@ -6,7 +6,9 @@ Item {
     id: empty
 
     readonly property bool narrow: wide < Theme.px(500)
-    readonly property int hintWidth: narrow ? Math.min(wide, Theme.px(300)) : (wide - Theme.turn) / 2
+    // Four lines do not fit; four words do.
+    readonly property bool brief: narrow && height < Theme.px(380)
+    readonly property int hintWidth: brief ? Theme.px(140) : narrow ? Math.min(wide, Theme.px(300)) : (wide - Theme.turn) / 2
     readonly property int wide: Math.min(width - 2 * Theme.gutter, Theme.px(560))
 
     Column {
@@ -35,30 +37,34 @@ Item {
         Grid {
             anchors.horizontalCenter: parent.horizontalCenter
             columnSpacing: Theme.turn
-            columns: empty.narrow ? 1 : 2
+            columns: empty.narrow && !empty.brief ? 1 : 2
             rowSpacing: Theme.px(20)
             // The greeting stays where the window is too low for all.
-            visible: empty.height > (empty.narrow ? Theme.px(380) : Theme.px(260))
+            visible: empty.height > Theme.px(260)
 
             WorkHint {
+                brief: empty.brief
                 detail: qsTr("Think aloud, draft, ask, translate")
                 drawing: "chat"
                 title: qsTr("Chat")
                 width: empty.hintWidth
             }
             WorkHint {
+                brief: empty.brief
                 detail: qsTr("Write, explain and mend programs")
                 drawing: "coding"
                 title: qsTr("Coding")
                 width: empty.hintWidth
             }
             WorkHint {
+                brief: empty.brief
                 detail: qsTr("Take a hard question step by step")
                 drawing: "reasoning"
                 title: qsTr("Reasoning")
                 width: empty.hintWidth
             }
             WorkHint {
+                brief: empty.brief
                 detail: qsTr("Look at pictures and documents")
                 drawing: "vision"
                 title: qsTr("Vision")

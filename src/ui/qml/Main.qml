@@ -22,6 +22,23 @@ T.ApplicationWindow {
         // What nothing else took: popups and the search come first.
         Keys.onEscapePressed: AppModel.stop()
 
+        WheelHandler {
+            // Touch pads send a notch in many parts.
+            property real turned: 0
+
+            acceptedModifiers: Qt.ControlModifier
+            target: null
+            onWheel: event => {
+                turned += event.angleDelta.y
+                if (Math.abs(turned) < 120)
+                    return
+                if (turned > 0)
+                    Appearance.zoomIn()
+                else
+                    Appearance.zoomOut()
+                turned = 0
+            }
+        }
         Sidebar {
             id: sidebar
 

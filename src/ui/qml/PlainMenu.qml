@@ -15,8 +15,10 @@ T.Menu {
     background: PopupSurface {
     }
     contentItem: ListView {
+        clip: true
         implicitHeight: contentHeight
-        interactive: false
+        // In a low window it scrolls.
+        interactive: contentHeight > height
         keyNavigationEnabled: true
         currentIndex: menu.currentIndex
         model: menu.contentModel

@@ -27,35 +27,50 @@ T.Popup {
     anchors.centerIn: T.Overlay.overlay
     dim: true
     focus: true
-    height: column.height + 2 * padding
+    height: Math.min(column.height + 2 * padding, T.Overlay.overlay ? T.Overlay.overlay.height - 2 * Theme.gutter : 0)
     modal: true
     padding: Theme.turn
-    width: Theme.px(440)
+    width: Math.min(Theme.px(440), T.Overlay.overlay ? T.Overlay.overlay.width - 2 * Theme.gutter : 0)
 
     T.Overlay.modal: Rectangle {
         color: Qt.rgba(0, 0, 0, Theme.dark ? 0.5 : 0.25)
     }
     background: PopupSurface {
     }
-    Column {
-        id: column
+    // A low window shows a part of it.
+    Flickable {
+        id: view
 
-        anchors.left: parent.left
-        anchors.right: parent.right
-        Accessible.name: qsTr("Keyboard shortcuts")
-        Accessible.role: Accessible.Dialog
-        spacing: Theme.gap
-
-        PlainText {
-            Accessible.role: Accessible.Heading
-            bottomPadding: Theme.gap
-            font: Theme.titleFont
-            text: qsTr("Keyboard shortcuts")
+        anchors.fill: parent
+        boundsBehavior: Flickable.StopAtBounds
+        clip: true
+        contentHeight: column.height
+        focus: true
+        interactive: contentHeight > height
+        Keys.onDownPressed: contentY = Math.max(0, Math.min(contentHeight - height, contentY + Theme.control))
+        Keys.onUpPressed: contentY = Math.max(0, contentY - Theme.control)
+        T.ScrollBar.vertical: PlainScrollBar {
         }
-        Repeater {
-            model: sheet.entries
 
-            ShortcutLine {
+        Column {
+            id: column
+
+            Accessible.name: qsTr("Keyboard shortcuts")
+            Accessible.role: Accessible.Dialog
+            spacing: Theme.gap
+            width: parent.width
+
+            PlainText {
+                Accessible.role: Accessible.Heading
+                bottomPadding: Theme.gap
+                font: Theme.titleFont
+                text: qsTr("Keyboard shortcuts")
+            }
+            Repeater {
+                model: sheet.entries
+
+                ShortcutLine {
+                }
             }
         }
     }

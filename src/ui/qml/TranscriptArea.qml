@@ -34,6 +34,25 @@ FocusScope {
         onLinkActivated: url => Qt.openUrlExternally(url)
         onTryAgainRequested: AppModel.tryAgain()
     }
+    // A line that runs out of the view fades instead of being cut.
+    Rectangle {
+        anchors.bottom: parent.bottom
+        anchors.left: parent.left
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.paragraph
+        height: Theme.gutter
+
+        gradient: Gradient {
+            GradientStop {
+                color: Qt.rgba(Theme.background.r, Theme.background.g, Theme.background.b, 0)
+                position: 0
+            }
+            GradientStop {
+                color: Theme.background
+                position: 1
+            }
+        }
+    }
     // What a link really leads to, before it is followed.
     PlainToolTip {
         delay: 0

@@ -5,6 +5,8 @@ import Varnel
 Item {
     id: hint
 
+    // The title alone, where there is little room.
+    property bool brief: false
     required property string drawing
     required property string title
     required property string detail
@@ -49,6 +51,7 @@ Item {
             font: Theme.metadataFont
             line: Theme.metadataLine
             text: hint.detail
+            visible: !hint.brief
             width: parent.width
         }
     }

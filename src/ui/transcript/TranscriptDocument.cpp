@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace varnel {
 namespace {
@@ -135,6 +136,8 @@ RowRef TranscriptDocument::update(int message, bool mayReflow)
     Message& held = m_messages[at(message)];
     Heights& heights = m_measures.messages[at(message)];
     ++held.revision;
+    const bool hasThought = m_model.message(message).thinkingTook.has_value();
+    const bool thinkingEnded = std::exchange(held.hasThought, hasThought) != hasThought;
     if (!held.rows || heights.missing < 0) {
         heights = {};
         m_measures.totals.setHeight(message, estimateMessage(message));
@@ -144,7 +147,9 @@ RowRef TranscriptDocument::update(int message, bool mayReflow)
     const int first = held.rows->update(m_model.message(message), isThinkingOpen(message));
     fillEstimates(message, first);
     m_idleBelow = m_idleBelow < 0 ? m_idleBelow : std::min(m_idleBelow, message);
-    return {message, mayReflow ? reflowTables(message, first) : first};
+    const int changed = mayReflow ? reflowTables(message, first) : first;
+    // The row that said "Thinking…" says something else now, in the same place.
+    return {message, thinkingEnded ? 0 : changed};
 }
 
 /// Estimates the heights of a message's rows from `from` on; those before it stay.

@@ -105,6 +105,7 @@ private:
         std::map<int, GroupState> groups;
         std::optional<bool> thinkingOpen;
         quint32 revision = 1;
+        bool hasThought = false; ///< it was known how long the thinking took
     };
     /// What heights depend on.
     struct Key

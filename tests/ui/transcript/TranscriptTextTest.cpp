@@ -1,44 +1,34 @@
 #include "support/Await.h"
 #include "ui/transcript/CodeHighlighter.h"
-#include "ui/transcript/SampleConversation.h"
-#include "ui/transcript/TranscriptView.h"
+#include "ui/transcript/TranscriptStage.h"
 
 #include <QAccessible>
 #include <QClipboard>
 #include <QDir>
 #include <QGuiApplication>
 #include <QMimeData>
-#include <QQuickWindow>
 #include <QSignalSpy>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
-#include <QTest>
 
+#include <array>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace varnel;
 using namespace varnel::test;
 
 namespace {
 
-struct Stage : QObject
+struct Stage : QObject, TranscriptStage
 {
     ulong lastPress = 0; ///< when a button was pressed twice
-    TranscriptModel model;
-    QQuickWindow window;
-    TranscriptView view{window.contentItem()};
 
-    explicit Stage(std::vector<TranscriptMessage> messages, QSize size = {1000, 700})
-    {
-        window.resize(size);
-        view.setSize(size);
-        view.setModel(&model);
-        model.setMessages(std::move(messages));
-        window.show();
-        if (!QTest::qWaitForWindowExposed(&window))
-            qFatal("the window does not show");
-        view.rowsInView();
-    }
+    explicit Stage(std::vector<TranscriptMessage> messages)
+        : TranscriptStage(std::move(messages))
+    {}
     bool eventFilter(QObject*, QEvent* event) override
     {
         if (event->type() == QEvent::MouseButtonDblClick)
@@ -72,6 +62,56 @@ int openDescriptors()
 {
     return static_cast<int>(
         QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::AllEntries | QDir::System).size());
+}
+
+/// Tells whether anybody opened something in a folder, however briefly.
+class OpenWatch
+{
+public:
+    explicit OpenWatch(const QString& folder)
+        : m_watch(inotify_init1(IN_NONBLOCK | IN_CLOEXEC))
+    {
+        if (inotify_add_watch(m_watch, qPrintable(folder), IN_OPEN) < 0)
+            qFatal("the folder cannot be watched");
+    }
+    OpenWatch(const OpenWatch&) = delete;
+    OpenWatch& operator=(const OpenWatch&) = delete;
+    OpenWatch(OpenWatch&&) = delete;
+    OpenWatch& operator=(OpenWatch&&) = delete;
+    ~OpenWatch() { close(m_watch); }
+
+    bool sawOne() const
+    {
+        std::array<char, 4096> events{};
+        return read(m_watch, events.data(), events.size()) > 0;
+    }
+
+private:
+    int m_watch;
+};
+
+/// Replies that try to have `url` and `file` opened, and others made to be slow.
+std::vector<TranscriptMessage> hostileMessages(const QString& url, const QString& file)
+{
+    const QString images = QStringLiteral("![i](%1) ![r][ref] <img src=\"%1\"> ![f](file://%2) ![p](%2)\n\n"
+                                          "|![t](%1)|\n|-|\n|<img src='%1'>|\n\n> - # ![h](%1)\n\n"
+                                          "<style>@import url(%1)</style><link href=\"%1\">\n\n[ref]: %1\n");
+    const auto message = [](const char* id, const QString& text) { return reply(QLatin1String(id), text); };
+    std::vector<TranscriptMessage> messages{
+        message("images", images.arg(url, file)),
+        message("brackets", QString(100000, QLatin1Char('['))),
+        message("quotes", QString(100000, QLatin1Char('>'))),
+        message("bidi",
+                QStringLiteral("\u202Egnp.exe\u202C \u2066\u2067\u0001\u001B[31m\u009B ").repeated(500)),
+        message("word", QString(1000000, QLatin1Char('x'))),
+        message("code", QStringLiteral("```js\n") + QString(500000, QLatin1Char('"'))),
+        message("table", QStringLiteral("|a").repeated(300) + QStringLiteral("\n") +
+                             QStringLiteral("|-").repeated(300) + QStringLiteral("\n") +
+                             QStringLiteral("|b").repeated(3000)),
+        message("marks", QString::fromUcs4(U"a\u0301\u0302\u0303").repeated(20000)),
+    };
+    messages.push_back(prompt(QStringLiteral("prompt"), images.arg(url, file)));
+    return messages;
 }
 
 } // namespace
@@ -250,30 +290,11 @@ private Q_SLOTS:
         QTemporaryDir folder;
         const QString fifo = folder.filePath(QStringLiteral("fifo"));
         QCOMPARE(mkfifo(qPrintable(fifo), 0600), 0);
+        const OpenWatch watch(folder.path());
         QTcpServer server;
         QVERIFY(server.listen(QHostAddress::LocalHost));
         const QString url = QStringLiteral("http://127.0.0.1:%1/x.png").arg(server.serverPort());
-        const QString images =
-            QStringLiteral("![i](%1) ![r][ref] <img src=\"%1\"> ![f](file://%2) ![p](%2)\n\n"
-                           "|![t](%1)|\n|-|\n|<img src='%1'>|\n\n> - # ![h](%1)\n\n"
-                           "<style>@import url(%1)</style><link href=\"%1\">\n\n[ref]: %1\n");
-        const auto message = [](const char* id, const QString& text) {
-            return reply(QLatin1String(id), text);
-        };
-        std::vector<TranscriptMessage> messages{
-            message("images", images.arg(url, fifo)),
-            message("brackets", QString(100000, QLatin1Char('['))),
-            message("quotes", QString(100000, QLatin1Char('>'))),
-            message("bidi",
-                    QStringLiteral("\u202Egnp.exe\u202C \u2066\u2067\u0001\u001B[31m\u009B ").repeated(500)),
-            message("word", QString(1000000, QLatin1Char('x'))),
-            message("code", QStringLiteral("```js\n") + QString(500000, QLatin1Char('"'))),
-            message("table", QStringLiteral("|a").repeated(300) + QStringLiteral("\n") +
-                                 QStringLiteral("|-").repeated(300) + QStringLiteral("\n") +
-                                 QStringLiteral("|b").repeated(3000)),
-            message("marks", QString::fromUcs4(U"a\u0301\u0302\u0303").repeated(20000)),
-        };
-        messages.push_back(prompt(QStringLiteral("prompt"), images.arg(url, fifo)));
+        const std::vector<TranscriptMessage> messages = hostileMessages(url, fifo);
         Stage stage({});
         stage.window.grabWindow();
         const int before = openDescriptors();
@@ -283,9 +304,27 @@ private Q_SLOTS:
             stage.view.rowsInView();
             stage.window.grabWindow();
         }
+        // The same as it comes in pieces, each of which is shown, and as it is copied.
+        TranscriptMessage streamed = reply(QStringLiteral("streamed"), {});
+        streamed.streaming = true;
+        stage.model.appendMessage(streamed);
+        for (qsizetype size = 1; size <= messages.front().content.size(); size += 3) {
+            streamed.content = messages.front().content.left(size);
+            stage.model.updateMessage(streamed);
+            stage.window.grabWindow();
+        }
+        QVERIFY(!stage.selectAll(stage.model.count() - 1).isEmpty());
         QTest::qWait(100);
         QVERIFY(!server.hasPendingConnections());
+        QVERIFY(!watch.sawOne());
         QCOMPARE(openDescriptors(), before);
+        // Both would have noticed.
+        QFile image(fifo);
+        QVERIFY(image.open(QIODevice::ReadWrite));
+        QVERIFY(watch.sawOne());
+        QTcpSocket caller;
+        caller.connectToHost(QHostAddress::LocalHost, server.serverPort());
+        QVERIFY(waitUntil([&] { return server.hasPendingConnections(); }));
     }
 
     void whatDeceivesIsShown()

@@ -1,0 +1,331 @@
+// The list of conversations, their settings and the composer.
+#include "engine/AppModelPrivate.h"
+
+#include "base/Text.h"
+#include "store/ModelRoles.h"
+#include "store/NewConversation.h"
+#include "store/Preferences.h"
+#include "store/ProjectFiles.h"
+
+#include <algorithm>
+
+namespace varnel {
+
+namespace {
+
+constexpr std::chrono::seconds undoTime(10);
+
+bool isEmptyReply(const ChatMessage& message)
+{
+    return message.role == ChatRole::Assistant && message.content.isEmpty() && message.thinking.isEmpty();
+}
+
+} // namespace
+
+ChatSession* AppModel::edit(const QUuid& id)
+{
+    const std::size_t index = m_sessions.indexOf(id);
+    return index < m_sessions.size() ? &m_sessions.edit(index) : nullptr;
+}
+
+ChatMessage* AppModel::editMessage(const QUuid& session, const QUuid& message)
+{
+    ChatSession* const conversation = edit(session);
+    if (!conversation)
+        return nullptr;
+    const auto found = findMessage(conversation->messages, message);
+    return found == conversation->messages.end() ? nullptr : &*found;
+}
+
+std::size_t AppModel::placeFor(const ChatSession& session) const
+{
+    const auto comesBefore = [](const ChatSession& a, const ChatSession& b) {
+        return a.pinned != b.pinned ? a.pinned : a.updatedAt > b.updatedAt;
+    };
+    std::size_t place = 0;
+    while (place < m_sessions.size() && comesBefore(m_sessions[place], session))
+        ++place;
+    return place;
+}
+
+void AppModel::moveIntoPlace(const QUuid& id)
+{
+    // Only this one may stand in the wrong place now; it goes in front of those that are as new.
+    const std::size_t index = m_sessions.indexOf(id);
+    ChatSession session = m_sessions[index];
+    m_sessions.remove(index);
+    m_sessions.insert(placeFor(session), std::move(session));
+    Q_EMIT sessionsChanged();
+    announceSession(id);
+}
+
+void AppModel::touch(const QUuid& id)
+{
+    edit(id)->updatedAt = m_services.clock.now();
+    moveIntoPlace(id);
+    saveSessions();
+}
+
+void AppModel::announceSession(const QUuid& id)
+{
+    if (id == m_selection)
+        m_historyUse.reset();
+    Q_EMIT sessionChanged(id);
+    if (id == m_selection)
+        Q_EMIT selectedSessionChanged();
+}
+
+void AppModel::select(const QUuid& id)
+{
+    if (id == m_selection || !session(id))
+        return;
+    m_selection = id;
+    m_historyUse.reset();
+    Q_EMIT selectionChanged();
+    Q_EMIT selectedSessionChanged();
+    Q_EMIT draftChanged();
+    Q_EMIT attachmentIDsChanged();
+}
+
+void AppModel::insertNewConversation()
+{
+    ChatSession session = varnel::newConversation(m_services.preferences, m_services.clock.now());
+    const std::size_t place = placeFor(session);
+    m_sessions.insert(place, std::move(session));
+}
+
+void AppModel::insertAndSelect(ChatSession session)
+{
+    const QUuid id = session.id;
+    m_sessions.insert(placeFor(session), std::move(session));
+    Q_EMIT sessionsChanged();
+    saveSessions();
+    select(id);
+}
+
+void AppModel::newConversation()
+{
+    if (const ChatSession* const selected = selectedSession(); selected && selected->messages.empty())
+        return;
+    insertAndSelect(varnel::newConversation(m_services.preferences, m_services.clock.now()));
+}
+
+void AppModel::addConversation(ChatSession session)
+{
+    insertAndSelect(std::move(session));
+}
+
+void AppModel::rename(const QUuid& id, const QString& title)
+{
+    const QString trimmed = wellFormed(title).simplified();
+    const ChatSession* const renamed = session(id);
+    if (!renamed || trimmed.isEmpty() || trimmed == renamed->title)
+        return;
+    edit(id)->title = trimmed;
+    announceSession(id);
+    saveSessions();
+}
+
+void AppModel::togglePinned(const QUuid& id)
+{
+    ChatSession* const pinned = edit(id);
+    if (!pinned)
+        return;
+    pinned->pinned = !pinned->pinned;
+    moveIntoPlace(id);
+    saveSessions();
+}
+
+void AppModel::duplicate(const QUuid& id)
+{
+    const ChatSession* const original = session(id);
+    if (!original)
+        return;
+    ChatSession copy = *original;
+    copy.id = QUuid::createUuid();
+    copy.title = tr("Copy of %1").arg(original->title);
+    copy.createdAt = copy.updatedAt = m_services.clock.now();
+    // A reply that is still being written belongs to the original.
+    std::erase_if(copy.messages,
+                  [this](const ChatMessage& message) { return message.id == m_streamingMessage; });
+    for (ChatMessage& message : copy.messages)
+        message.id = QUuid::createUuid();
+    insertAndSelect(std::move(copy));
+}
+
+void AppModel::remove(const QUuid& id)
+{
+    const std::size_t index = m_sessions.indexOf(id);
+    if (index == m_sessions.size())
+        return;
+    if (id == m_streamingSession)
+        stop();
+    auto removed = std::make_unique<RemovedSession>();
+    removed->session = m_sessions[index];
+    if (const auto draft = m_drafts.find(id); draft != m_drafts.end()) {
+        removed->draft = draft->second;
+        m_drafts.erase(draft);
+        saveDrafts();
+    }
+    std::erase_if(removed->session.messages, isEmptyReply);
+    m_sessions.remove(index);
+    if (m_sessions.empty()) {
+        insertNewConversation();
+        removed->replacement = m_sessions.front().id;
+    }
+    Q_EMIT sessionsChanged();
+    saveSessions();
+    if (id == m_selection)
+        select(m_sessions[std::min(index, m_sessions.size() - 1)].id);
+    // An empty conversation is as easily made anew.
+    if (removed->session.messages.empty() && removed->draft.isEmpty())
+        return;
+    setRemoved(std::move(removed));
+    m_undoTime = followUndoTime();
+}
+
+void AppModel::undoRemove()
+{
+    if (!m_removed)
+        return;
+    const std::unique_ptr<RemovedSession> removed = std::move(m_removed);
+    setRemoved(nullptr);
+    const QUuid id = removed->session.id;
+    const ChatSession* const replacement = session(removed->replacement);
+    if (replacement && replacement->messages.empty() && !m_drafts.contains(removed->replacement))
+        m_sessions.remove(m_sessions.indexOf(removed->replacement));
+    if (!removed->draft.isEmpty()) {
+        m_drafts[id] = removed->draft;
+        saveDrafts();
+    }
+    insertAndSelect(std::move(removed->session));
+}
+
+Task<void> AppModel::followUndoTime()
+{
+    co_await m_services.clock.sleepFor(undoTime, {});
+    setRemoved(nullptr);
+}
+
+void AppModel::setRemoved(std::unique_ptr<RemovedSession> removed)
+{
+    m_removed = std::move(removed);
+    assign(m_removedTitle, m_removed ? m_removed->session.title : QString(), &AppState::removedTitleChanged);
+}
+
+void AppModel::changeSettings(const std::function<void(ChatSession&)>& change)
+{
+    ChatSession* const selected = edit(m_selection);
+    if (!selected)
+        return;
+    ChatSession changed = *selected;
+    change(changed);
+    changed.id = selected->id;
+    changed.messages = selected->messages;
+    changed.createdAt = selected->createdAt;
+    changed.updatedAt = selected->updatedAt;
+    changed.systemPrompt = wellFormed(changed.systemPrompt);
+    if (changed == *selected)
+        return;
+    *selected = std::move(changed);
+    announceSession(m_selection);
+    saveSessions();
+}
+
+void AppModel::chooseModel(const QString& name)
+{
+    if (name.isEmpty())
+        return;
+    changeSettings([&name](ChatSession& session) {
+        session.model = name;
+        session.answerBackend = AnswerBackend::Ollama;
+    });
+}
+
+void AppModel::chooseRemoteModel(RemoteProvider provider, const QString& model)
+{
+    changeSettings([&](ChatSession& session) {
+        session.answerBackend = AnswerBackend::Remote;
+        session.remoteProvider = provider;
+        session.remoteModel = model.isEmpty() ? m_services.preferences.remoteModel(provider) : model;
+    });
+}
+
+void AppModel::chooseWorkContext(WorkContext context)
+{
+    attempt([&] { m_services.preferences.setWorkContext(context); });
+    assign(m_workContext, context, &AppState::workContextChanged);
+    const std::optional<BestModel> best = bestModel(context, m_installedModels);
+    if (best)
+        chooseModel(best->name);
+    setStatusMessage(workContextStatus(context, best));
+}
+
+void AppModel::setSearch(SearchSource source)
+{
+    changeSettings([source](ChatSession& session) { session.search = source; });
+}
+
+void AppModel::setProjectPath(const QString& path)
+{
+    changeSettings([&path](ChatSession& session) { session.projectPath = wellFormed(path); });
+    setStatusMessage(projectDirectoryStatus(path));
+}
+
+void AppModel::setDraft(const QString& text)
+{
+    if (text == draft())
+        return;
+    m_drafts[m_selection].text = wellFormed(text);
+    Q_EMIT draftChanged();
+    saveDrafts();
+}
+
+void AppModel::attach(const QUuid& item)
+{
+    const LibraryItem* const found = libraryItem(item);
+    std::vector<QUuid>& attachments = m_drafts[m_selection].attachments;
+    if (!found || !found->isLive() ||
+        std::find(attachments.begin(), attachments.end(), item) != attachments.end())
+        return;
+    attachments.push_back(item);
+    Q_EMIT attachmentIDsChanged();
+    saveDrafts();
+}
+
+void AppModel::detach(const QUuid& item)
+{
+    if (std::erase(m_drafts[m_selection].attachments, item) == 0)
+        return;
+    Q_EMIT attachmentIDsChanged();
+    saveDrafts();
+}
+
+void AppModel::searchSessions()
+{
+    m_stopSessionSearch.request_stop();
+    m_stopSessionSearch = std::stop_source();
+    assign(m_sessionHits, std::nullopt, &AppState::sessionHitsChanged);
+    const QString query = m_sessionQuery.simplified();
+    if (!query.isEmpty())
+        m_sessionSearch = followSessionSearch(query, m_stopSessionSearch.get_token());
+}
+
+void AppModel::searchSessionsAgain()
+{
+    // New conversations are searched as well; those known to hold the words stay shown meanwhile.
+    if (m_sessionHits)
+        m_sessionSearch = followSessionSearch(m_sessionQuery.simplified(), m_stopSessionSearch.get_token());
+}
+
+Task<void> AppModel::followSessionSearch(QString query, std::stop_token stop)
+{
+    try {
+        assign(m_sessionHits, co_await varnel::searchSessions(&m_worker, m_sessions, std::move(query), stop),
+               &AppState::sessionHitsChanged);
+    } catch (const Cancelled&) {
+        co_return; // a newer search is under way
+    }
+}
+
+} // namespace varnel

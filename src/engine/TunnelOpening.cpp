@@ -1,0 +1,69 @@
+#include "engine/TunnelOpening.h"
+
+#include "base/Error.h"
+
+namespace varnel {
+
+namespace {
+
+using std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+constexpr auto provingTime = 1500ms;
+constexpr auto longestLogin = 20s;
+constexpr auto betweenLooks = 100ms;
+
+Error didNotStayOpen(const QString& host, const QString& summary)
+{
+    QString message = QStringLiteral("The tunnel to %1 did not stay open.").arg(host);
+    if (!summary.isEmpty())
+        message += QLatin1Char(' ') + summary;
+    return Error(message);
+}
+
+} // namespace
+
+QString tunnelDescription(const ConnectionSettings& settings)
+{
+    return QStringLiteral("%1 %2").arg(sshDestination(settings).value_or(QString()),
+                                       sshForward(settings).value_or(QString()));
+}
+
+QString tunnelExitDetail(int status, const QString& summary)
+{
+    const QString detail = QStringLiteral("status=%1").arg(status);
+    return summary.isEmpty() ? detail : detail + QLatin1Char(' ') + summary;
+}
+
+Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Clock& clock,
+                      ConnectionSettings settings, TunnelObserver observer, std::stop_token stop)
+{
+    const QString host = settings.hostLabel();
+    const int local = tunnelLocalPort(settings);
+    co_await port.reclaim(settings, stop);
+    const bool isHeld =
+        !(co_await port.occupants(local, stop)).empty() || co_await port.isBlocked(local, stop);
+    if (isHeld)
+        throw Error(QStringLiteral("Local port %1 is already in use, so the tunnel to %2 could not open.")
+                        .arg(QString::number(local), host));
+    co_await tunnel.start(settings, stop);
+    bool isRunning = co_await tunnel.waitUntilStable(provingTime, stop);
+    if (isRunning) {
+        observer.onStarted();
+        // A login that asks for a password takes longer than that.
+        const steady_clock::time_point deadline = clock.steadyNow() + longestLogin;
+        while (clock.steadyNow() < deadline) {
+            if (!tunnel.isRunning() || co_await tunnel.isListening(stop))
+                break;
+            co_await clock.sleepFor(betweenLooks, stop);
+        }
+        isRunning = tunnel.isRunning();
+    }
+    if (!isRunning) {
+        const QString summary = TunnelController::summary(tunnel.output());
+        observer.onExited(summary);
+        throw didNotStayOpen(host, summary);
+    }
+}
+
+} // namespace varnel

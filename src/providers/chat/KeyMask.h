@@ -1,0 +1,17 @@
+#pragma once
+
+#include "providers/credentials/ProviderRequest.h"
+
+#include <QString>
+
+namespace varnel {
+
+/// The text with a key blotted out wherever it occurs, also percent-encoded or escaped for JSON:
+/// services repeat it in their errors, which are shown, logged and pasted into reports. A text may have been
+/// cut, so the beginning of a key at its end goes too.
+QString withoutKey(QString text, const QString& key);
+
+/// The same for the key in the request's headers.
+QString withoutKey(QString text, const ProviderRequest& request);
+
+} // namespace varnel

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "base/Clock.h"
+#include "store/LibraryItem.h"
+#include "store/SessionList.h"
+
+#include <QString>
+
+#include <vector>
+
+namespace varnel {
+
+/// One backup in the data folder.
+struct Backup
+{
+    /// The name of its folder, which is the time it was made.
+    QString name;
+    QString folder;
+
+    bool operator==(const Backup&) const = default;
+
+    /// What the status says once it was made.
+    QString statusText() const { return QStringLiteral("Backup ") + name; }
+};
+
+/// What a backup holds.
+struct BackupContents
+{
+    SessionList sessions;
+    std::vector<LibraryItem> items;
+};
+
+/// The folder that holds the backups of a data folder.
+QString backupsFolder(const QString& root);
+
+/// Copies the conversations, the library's index and its stored files into a folder named after the time.
+/// What is to be in it has to be saved before. Blocks for as long as the disk does; touches nothing but the
+/// new folder, so it may run on any thread. Throws Error, also for a second backup within the same second;
+/// nothing remains of a backup that failed.
+Backup makeBackup(const QString& root, const std::vector<LibraryItem>& items, Instant now);
+
+/// The backups of a data folder, the newest first.
+std::vector<Backup> listBackups(const QString& root);
+
+/// Reads a backup and copies those of its stored files back that the data folder no longer has; nothing is
+/// overwritten. The caller puts the contents into the place of what there was and saves them. Throws Error
+/// when the backup cannot be read; nothing was copied then.
+BackupContents restoreBackup(const QString& root, const Backup& backup);
+
+} // namespace varnel

@@ -1,0 +1,10 @@
+#include "store/CloudContainer.h"
+
+namespace varnel {
+
+std::optional<QString> cloudContainer()
+{
+    return std::nullopt;
+}
+
+} // namespace varnel

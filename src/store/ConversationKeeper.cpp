@@ -1,0 +1,165 @@
+#include "store/ConversationKeeper.h"
+
+namespace varnel {
+
+namespace {
+
+/// What `load` reads; a failure is put among the problems.
+template <typename Load>
+auto loadOrReport(std::vector<QString>& problems, Load load) -> decltype(load())
+{
+    try {
+        return load();
+    } catch (const Error& error) {
+        problems.push_back(error.message());
+        return {};
+    }
+}
+
+} // namespace
+
+ConversationKeeper::ConversationKeeper(const QString& dataFolder, const Clock& clock,
+                                       SaveQueue::Report report)
+    : m_dataFolder(dataFolder)
+    , m_clock(clock)
+    , m_stores(std::make_shared<Stores>(dataFolder))
+    , m_queue(std::move(report))
+{}
+
+ConversationKeeper::~ConversationKeeper()
+{
+    putReply();
+}
+
+ConversationKeeper::Found ConversationKeeper::find(Stores& stores)
+{
+    Found found;
+    std::vector<QString>& problems = found.stored.problems;
+    found.stored.sessions = loadOrReport(problems, [&stores] { return stores.sessions.load(); });
+    const bool isReadable = problems.empty();
+    found.stored.drafts = loadOrReport(problems, [&stores] { return stores.drafts.load(); });
+    found.replies = loadOrReport(problems, [&stores] { return stores.recovery.load(); });
+    if (!isReadable && !found.replies.empty()) {
+        // They belong to conversations that cannot be read, and go the same way.
+        loadOrReport(problems, [&stores] { return stores.recovery.setAside(); });
+        found.replies.clear();
+    }
+    return found;
+}
+
+StoredConversations ConversationKeeper::take(Found found, const ChatSession& fresh)
+{
+    StoredConversations& stored = found.stored;
+    const bool isFresh = stored.sessions.empty();
+    if (isFresh)
+        stored.sessions.append(fresh);
+    if (!found.replies.empty()) {
+        stored.sessions = withKeptReplies(std::move(stored.sessions), found.replies);
+        stored.sessions.sort();
+        for (const KeptReply& reply : found.replies)
+            m_ended.push_back(reply.message.id);
+    }
+    if (isFresh || !found.replies.empty())
+        saveSessions(stored.sessions);
+    return std::move(stored);
+}
+
+StoredConversations ConversationKeeper::load(const ChatSession& fresh)
+{
+    return take(find(*m_stores), fresh);
+}
+
+Task<StoredConversations> ConversationKeeper::loadBehind(ChatSession fresh)
+{
+    return findBehind(this, std::move(fresh));
+}
+
+Task<StoredConversations> ConversationKeeper::findBehind(ConversationKeeper* keeper, ChatSession fresh)
+{
+    Found found = co_await keeper->m_queue.runBehind([stores = keeper->m_stores] { return find(*stores); });
+    co_return keeper->take(std::move(found), fresh);
+}
+
+void ConversationKeeper::saveSessions(SessionList sessions)
+{
+    m_queue.put(SavedFile::Conversations,
+                [stores = m_stores, sessions = std::move(sessions), ended = m_ended] {
+                    std::optional<SetAside> kept = stores->sessions.save(sessions);
+                    try {
+                        stores->recovery.forget(ended);
+                    } catch (const Error&) {
+                        // It does no harm that it is still there, and the next save tries again.
+                    }
+                    return kept;
+                });
+}
+
+void ConversationKeeper::saveDrafts(Drafts drafts)
+{
+    m_queue.put(SavedFile::Drafts,
+                [stores = m_stores, drafts = std::move(drafts)] { return stores->drafts.save(drafts); });
+}
+
+void ConversationKeeper::keepReply(KeptReply reply)
+{
+    m_reply = std::move(reply);
+    if (!m_pacing.isValid() || m_pacing.isFinished())
+        m_pacing = pace(this);
+}
+
+Task<void> ConversationKeeper::pace(ConversationKeeper* keeper)
+{
+    while (keeper->m_reply) {
+        keeper->putReply();
+        co_await keeper->m_clock.sleepFor(replyPeriod, {});
+    }
+}
+
+void ConversationKeeper::putReply()
+{
+    if (!m_reply)
+        return;
+    m_queue.put(SavedFile::Recovery, [stores = m_stores, reply = std::move(*m_reply)] {
+        stores->recovery.keep(reply);
+        return std::optional<SetAside>();
+    });
+    m_reply.reset();
+}
+
+void ConversationKeeper::replyEnded(const QUuid& message)
+{
+    if (m_reply && m_reply->message.id == message)
+        m_reply.reset();
+    m_ended.push_back(message);
+}
+
+Task<void> ConversationKeeper::flushed()
+{
+    putReply();
+    return m_queue.flushed();
+}
+
+void ConversationKeeper::flush()
+{
+    putReply();
+    m_queue.flush();
+}
+
+Task<Backup> ConversationKeeper::backUp(std::vector<LibraryItem> items)
+{
+    return makeBackupBehind(this, std::move(items));
+}
+
+Task<Backup> ConversationKeeper::makeBackupBehind(ConversationKeeper* keeper, std::vector<LibraryItem> items)
+{
+    co_await keeper->m_queue.flushed();
+    if (const std::optional<QString> failure = keeper->failure(SavedFile::Conversations))
+        throw Error(QStringLiteral("No backup was made, because the conversations could not be saved. ") +
+                    *failure);
+    co_return co_await keeper->m_queue.runBehind(
+        [root = keeper->m_dataFolder, items = std::move(items), now = keeper->m_clock.now()] {
+            return makeBackup(root, items, now);
+        });
+}
+
+} // namespace varnel

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "base/Task.h"
+#include "base/Worker.h"
+#include "store/DataFile.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace varnel {
+
+/// The files that are saved behind the user's back.
+enum class SavedFile { Conversations, Recovery, Drafts };
+
+/// How one save ended.
+struct SaveStatus
+{
+    SavedFile file = SavedFile::Conversations;
+    /// Why it failed, in one line for the user; nothing when the file is on the disk.
+    std::optional<QString> failure;
+    /// What had to be kept beside the file.
+    std::optional<SetAside> setAside;
+};
+
+/// Saves files on a thread of its own, one after the other. Of several saves of the same file that wait, only
+/// the latest is done. A save that failed is tried again along with the next one, whatever that is for.
+class SaveQueue
+{
+public:
+    /// Writes a snapshot that it owns; runs on the queue's thread and throws Error.
+    using Save = std::function<std::optional<SetAside>()>;
+    using Report = std::function<void(const SaveStatus&)>;
+
+    /// @param report told on the caller's thread, from the event loop or from flush(), how each save ended.
+    explicit SaveQueue(Report report);
+    SaveQueue(const SaveQueue&) = delete;
+    SaveQueue& operator=(const SaveQueue&) = delete;
+    SaveQueue(SaveQueue&&) = delete;
+    SaveQueue& operator=(SaveQueue&&) = delete;
+    /// Does what still waits; nobody is told any more.
+    ~SaveQueue();
+
+    /// Takes the latest state of a file. Returns at once.
+    void put(SavedFile file, Save save);
+
+    /// Ends when everything that was put before is on the disk or has failed, and was reported.
+    Task<void> flushed();
+    /// The same at once, blocking: for the end of the program. What had failed is tried once more.
+    void flush();
+    /// Why the latest save of a file failed; nothing if it did not, or is yet to begin.
+    std::optional<QString> failure(SavedFile file) const;
+
+    /// Runs work on the queue's thread when everything that was put before is saved.
+    template <typename Work>
+    Task<std::invoke_result_t<Work>> runBehind(Work work)
+    {
+        return m_worker.run([state = m_state, work = std::move(work)](const std::stop_token&) mutable {
+            drain(*state);
+            return work();
+        });
+    }
+
+private:
+    struct Entry
+    {
+        SavedFile file;
+        Save save;
+        QString failure;
+    };
+    /// Shared with the thread, which may outlive the queue when the disk hangs.
+    struct State
+    {
+        std::mutex mutex;
+        std::vector<Entry> waiting;
+        std::vector<Entry> failed;
+        std::vector<SaveStatus> ended;
+        /// Held by whoever saves.
+        std::mutex saving;
+    };
+
+    static void drain(State& state);
+    static void retryFailed(State& state);
+    static SaveStatus saveOne(State& state, Entry entry);
+    static Task<void> follow(SaveQueue* queue);
+    static Task<void> waitUntilSaved(SaveQueue* queue);
+    void deliver();
+
+    Report m_report;
+    std::shared_ptr<State> m_state = std::make_shared<State>();
+    bool m_isFollowing = false;
+    Worker m_worker;
+    Task<void> m_following;
+};
+
+} // namespace varnel
