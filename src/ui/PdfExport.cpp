@@ -2,18 +2,15 @@
 
 #include "base/Error.h"
 #include "markdown/Markdown.h"
+#include "store/ReplacingFile.h"
 #include "ui/PdfRows.h"
 #include "ui/transcript/RowBuilder.h"
 
 #include <QDateTime>
-#include <QFileInfo>
-#include <QTemporaryFile>
+#include <QIODevice>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <memory>
-#include <unistd.h>
+#include <optional>
 
 namespace varnel {
 
@@ -21,11 +18,6 @@ namespace {
 
 /// Fifteen pixels of the transcript's text become ten and a half points, each ten units of the pages.
 constexpr qreal printZoom = 7;
-
-Error cannotWrite(const QString& path, const QString& reason)
-{
-    return Error(QStringLiteral("The PDF cannot be written to %1 (%2).").arg(path, reason));
-}
 
 QString headingOf(const ChatMessage& message, const QTimeZone& zone)
 {
@@ -81,29 +73,62 @@ void setConversation(PdfPages& pages, const TranscriptStyle& style, const ChatSe
     pages.finish();
 }
 
-/// The user's file keeps the permissions it had; a new one is for its owner alone.
-void replace(QTemporaryFile& file, const QString& path)
+/// What a PDF is written through. Qt's writer does not look at failures, so the first one is kept for the
+/// end.
+class PdfFile final : public QIODevice
 {
-    if (!file.flush() || file.error() != QFileDevice::NoError)
-        throw cannotWrite(path, file.errorString());
-    if (const QFileInfo old(path); old.isFile())
-        file.setPermissions(old.permissions());
-    if (fsync(file.handle()) != 0 ||
-        std::rename(QFile::encodeName(file.fileName()).constData(), QFile::encodeName(path).constData()) != 0)
-        throw cannotWrite(path, QString::fromLocal8Bit(std::strerror(errno)));
-    file.setAutoRemove(false);
-}
+public:
+    explicit PdfFile(const QString& path)
+        : m_file(path)
+    {
+        open(QIODevice::WriteOnly);
+    }
+    ~PdfFile() override { close(); }
+
+    bool isSequential() const override { return true; }
+
+    void commit()
+    {
+        flush();
+        if (m_failure)
+            throw Error(*m_failure);
+        m_file.commit();
+    }
+
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char* bytes, qint64 count) override
+    {
+        m_waiting.append(bytes, static_cast<qsizetype>(count));
+        if (m_waiting.size() >= 1 << 18)
+            flush();
+        return m_failure ? -1 : count;
+    }
+
+private:
+    void flush()
+    {
+        try {
+            if (!m_failure)
+                m_file.write({m_waiting.constData(), static_cast<std::size_t>(m_waiting.size())});
+        } catch (const Error& error) {
+            m_failure = error.message();
+        }
+        m_waiting.clear();
+    }
+
+    ReplacingFile m_file;
+    QByteArray m_waiting;
+    std::optional<QString> m_failure;
+};
 
 void writePdf(const TranscriptStyle& style, const ChatSession& session, const QString& path,
               const PdfOptions& options, const std::stop_token& stop)
 {
-    // In the same folder: a file system renames only what it holds itself.
-    QTemporaryFile file(path + QStringLiteral(".XXXXXX"));
-    if (!file.open())
-        throw cannotWrite(path, file.errorString());
+    PdfFile file(path);
     PdfPages pages(&file, options.pageSize, style, session.title, stop);
     setConversation(pages, style, session, options);
-    replace(file, path);
+    file.commit();
 }
 
 std::shared_ptr<TranscriptStyle> printStyle()

@@ -24,6 +24,7 @@ public:
     QPainter& painter() { return m_painter; }
     qreal left() const { return m_left; }
     qreal width() const { return m_width; }
+    qreal height() const { return m_bottom - m_top; }
 
     /// The top of a piece that is this high, on a new page if this one has no room for it. Throws Cancelled
     /// once a stop is requested.

@@ -1,6 +1,7 @@
 #include "ui/PdfRows.h"
 
 #include "markdown/LinkTarget.h"
+#include "ui/transcript/MathLayout.h"
 #include "ui/transcript/RowLayout.h"
 
 #include <QFontMetricsF>
@@ -14,6 +15,14 @@ namespace {
 
 constexpr qreal codePadding = 12;
 constexpr qreal promptPadding = 12;
+constexpr qreal smallestFormula = 0.6; // of its size: a wider one is shown as its source
+
+/// A spacing that nobody sees keeps letters from being joined: who searches for "flow" must find it.
+QFont searchable(QFont font)
+{
+    font.setLetterSpacing(QFont::AbsoluteSpacing, 1.0 / 64);
+    return font;
+}
 
 QFont fontOf(const TranscriptRow& row, const TranscriptStyle& style)
 {
@@ -72,7 +81,7 @@ void PdfRows::set(const TranscriptRow& row)
 void PdfRows::setLine(const QString& text, const QFont& font, const QColor& colour, qreal spaceAbove)
 {
     StyledText::Options options;
-    options.font = font;
+    options.font = searchable(font);
     options.pitch = QFontMetricsF(font).height();
     options.width = m_pages.width();
     QString line = harmless(text, true);
@@ -82,6 +91,8 @@ void PdfRows::setLine(const QString& text, const QFont& font, const QColor& colo
     m_pages.space(height);
     m_pages.keepTogether(styled.height() + 3 * px(TranscriptStyle::bodyPitch));
     setLines({}, styled, m_pages.left(), colour, {});
+    height = px(4);
+    m_pages.space(height);
 }
 
 qreal PdfRows::indentOf(const RowFrame& frame) const
@@ -98,7 +109,7 @@ StyledText PdfRows::styled(const MarkdownText& text, const QFont& font, qreal pi
                            Qt::Alignment alignment) const
 {
     StyledText::Options options;
-    options.font = font;
+    options.font = searchable(font);
     options.pitch = px(pitch);
     options.width = std::max(1.0, width);
     options.alignment = alignment;
@@ -110,7 +121,7 @@ StyledText PdfRows::styled(const MarkdownText& text, const QFont& font, qreal pi
         formats[i].format.setAnchor(true);
         formats[i].format.setAnchorHref(text.links[link].destination);
     }
-    return {shownText(text), formats, options};
+    return {shownText(text), formats, options, formulasOf(text, font, options.width)};
 }
 
 void PdfRows::paintBars(const RowFrame& frame, qreal top, qreal height)
@@ -174,6 +185,8 @@ void PdfRows::paintMarker(const RowFrame& frame, const StyledText& text, qreal l
 
 void PdfRows::setText(const TranscriptRow& row)
 {
+    if (row.kind == RowKind::Maths && setFormula(row))
+        return;
     const bool isPrompt = row.kind == RowKind::Bubble;
     const qreal indent = isPrompt ? px(promptPadding) : indentOf(row.frame);
     MarkdownText shown = row.text;
@@ -191,6 +204,29 @@ void PdfRows::setText(const TranscriptRow& row)
     setLines(row.frame, text, left, inkOf(row), ground);
     if (isPrompt && row.ends)
         piece(row.frame, px(promptPadding / 2), ground, {});
+}
+
+bool PdfRows::setFormula(const TranscriptRow& row)
+{
+    const auto box = row.begins && row.ends
+                         ? layOutMaths(row.text.text, m_style.bodyFont(), MathPlace::Displayed)
+                         : nullptr;
+    const qreal indent = indentOf(row.frame);
+    const qreal available = m_pages.width() - indent;
+    const qreal scale = box ? std::min(1.0, available / std::max(1.0, box->width)) : 0;
+    if (scale < smallestFormula || box->height() * scale > m_pages.height() / 2)
+        return false;
+    space(row);
+    piece(row.frame, box->height() * scale + px(12), {}, [&](QPainter& painter, qreal top) {
+        painter.save();
+        painter.setPen(inkOf(row));
+        painter.translate(m_pages.left() + indent + (available - box->width * scale) / 2,
+                          top + px(6) + box->ascent * scale);
+        painter.scale(scale, scale);
+        box->paint(painter, {});
+        painter.restore();
+    });
+    return true;
 }
 
 void PdfRows::setCode(const TranscriptRow& row)

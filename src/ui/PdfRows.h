@@ -30,6 +30,8 @@ private:
     void space(const TranscriptRow& row);
     void paintBars(const RowFrame& frame, qreal top, qreal height);
     void setText(const TranscriptRow& row);
+    /// False for a formula that is to be shown as its source.
+    bool setFormula(const TranscriptRow& row);
     void setCode(const TranscriptRow& row);
     void setTable(const TranscriptRow& row);
     void setTableLine(const TranscriptRow& row, int number, const std::vector<qreal>& widths);

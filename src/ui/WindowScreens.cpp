@@ -41,6 +41,11 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     QObject::connect(&m_appearance, &Appearance::zoomChanged, &m_saveSoon, saveSoon);
     QObject::connect(&m_composer, &ComposerState::sendsWithControlChanged, &m_saveSoon, saveSoon);
 
+    QObject::connect(&m_feed, &TranscriptFeed::editRequested, &m_promptEdit,
+                     [this](const QString& id) { m_promptEdit.begin(QUuid::fromString(id)); });
+    QObject::connect(&m_feed, &TranscriptFeed::writeRequested, &m_projectPreview,
+                     [this](const QString& id) { m_projectPreview.show(QUuid::fromString(id)); });
+
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     provide(m_engine, app);
     provide(m_engine, m_appearance);

@@ -98,8 +98,11 @@ qreal partHeight(const TranscriptRow& row, const RowContext& context)
 std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& context)
 {
     switch (row.kind) {
-    case RowKind::Text:
     case RowKind::Maths:
+        if (auto formula = layOutMathsRow(row, context))
+            return formula;
+        return layOutText(row, context);
+    case RowKind::Text:
     case RowKind::Bubble:
     case RowKind::ThinkingText:
         return layOutText(row, context);

@@ -131,6 +131,8 @@ bool isHeightKnown(const TranscriptRow& row, const RowContext& context);
 
 // One for each family of rows.
 std::unique_ptr<RowLayout> layOutText(const TranscriptRow& row, const RowContext& context);
+/// Null for a formula that is to be shown as its source.
+std::unique_ptr<RowLayout> layOutMathsRow(const TranscriptRow& row, const RowContext& context);
 std::unique_ptr<RowLayout> layOutCode(const TranscriptRow& row, const RowContext& context);
 std::unique_ptr<RowLayout> layOutTable(const TranscriptRow& row, const RowContext& context);
 std::unique_ptr<RowLayout> layOutMessageRow(const TranscriptRow& row, const RowContext& context);

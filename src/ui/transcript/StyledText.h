@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/transcript/MathBox.h"
+
 #include <QFont>
 #include <QTextLayout>
 
@@ -28,7 +30,9 @@ public:
     using Formats = QList<QTextLayout::FormatRange>;
 
     /// @param text lines are separated by QChar::LineSeparator.
-    StyledText(const QString& text, const Formats& formats, const Options& options);
+    /// @param formulas stand where their sources are in the text, in order.
+    StyledText(const QString& text, const Formats& formats, const Options& options,
+               std::vector<InlineFormula> formulas = {});
 
     qreal height() const { return m_height; }
     /// The width of the longest line.
@@ -61,6 +65,10 @@ private:
     void fillSelection(QPainter& painter, QPointF origin, int number, int start, int end,
                        const QColor& colour) const;
 
+    void layOut(const Options& options);
+    void paintFormulas(QPainter& painter, QPointF origin, const QTextLine& line) const;
+
+    std::vector<InlineFormula> m_formulas;
     QString m_text;
     std::unique_ptr<QTextLayout> m_layout;
     std::vector<qreal> m_tops; ///< of the space of each line

@@ -1,4 +1,5 @@
 // Paragraphs, headings, formulas, the user's bubbles and what the model thought.
+#include "ui/transcript/MathLayout.h"
 #include "ui/transcript/RowLayout.h"
 
 #include <QPainter>
@@ -53,7 +54,8 @@ public:
         , m_column(context.column)
         , m_look(lookOf(row, context.style))
         , m_muted(row.kind == RowKind::ThinkingText || !row.frame.bars.isEmpty())
-        , m_text(shownLines(row), formatsOf(row.text, m_look.font, context.style), options(row))
+        , m_text(shownLines(row), formatsOf(row.text, m_look.font, context.style), options(row),
+                 formulasOf(row.text, m_look.font, options(row).width))
     {
         place();
     }
