@@ -162,7 +162,7 @@ QDateTime ConversationListModel::now() const
 
 ConversationRow ConversationListModel::describe(const ChatSession& session, const QDateTime& now) const
 {
-    ConversationRow row = rowOf(session, now);
+    ConversationRow row = varnel::rowOf(session, now);
     row.streaming = session.id == m_app.streamingSession();
     row.unseen = m_unseen.contains(session.id);
     row.current = session.id == m_app.selection();

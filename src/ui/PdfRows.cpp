@@ -74,6 +74,9 @@ void PdfRows::set(const TranscriptRow& row)
     case RowKind::Waiting:
     case RowKind::Error:
     case RowKind::Actions:
+    case RowKind::Chips: // the prompt of a document names its attachments itself
+    case RowKind::Step:
+    case RowKind::Unfinished:
         break; // they belong to the window
     }
 }
