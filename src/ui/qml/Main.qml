@@ -77,7 +77,6 @@ T.ApplicationWindow {
         id: firstRun
 
         sourceComponent: FirstRunSheet {
-            onModelsAsked: models.openSheet()
         }
     }
     SheetLoader {
@@ -90,12 +89,27 @@ T.ApplicationWindow {
         id: settings
 
         sourceComponent: SettingsSheet {
-            onFirstRunAsked: firstRun.openSheet()
-            onModelsAsked: models.openSheet()
         }
     }
     ShortcutSheet {
         id: shortcutSheet
+    }
+    Connections {
+        function onModelsAsked() {
+            models.openSheet()
+        }
+
+        target: firstRun.item as FirstRunSheet
+    }
+    Connections {
+        function onFirstRunAsked() {
+            firstRun.openSheet()
+        }
+        function onModelsAsked() {
+            models.openSheet()
+        }
+
+        target: settings.item as SettingsSheet
     }
     Shortcuts {
         pane: pane
