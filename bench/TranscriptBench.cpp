@@ -142,6 +142,57 @@ double measureAll(Stage& stage)
     return processCpu() - cpu;
 }
 
+/// Replies into a conversation without much else; the share of a core with two messages before, in percent.
+double measureShort()
+{
+    Stage stage;
+    const auto reportShare = [](const char* name, double share) {
+        bench::report(name, share, "% of a core", "< 10");
+        return share;
+    };
+    reportShare("transcript: 200 pieces/s, empty", streamingShare(stage));
+    // A view that is full from the start: what a longer conversation is compared with.
+    stage.model.setMessages(test::longConversation(2, messageLength));
+    const double share = reportShare("transcript: 200 pieces/s, two messages", streamingShare(stage));
+    const QString source = test::sampleConversation()[1].content + QStringLiteral("\n\n");
+    stage.model.setMessages({});
+    reportShare("transcript: 200 pieces/s, after 500 kB", streamingShare(stage, source.repeated(200)));
+    stage.model.setMessages({});
+    const QString code = QStringLiteral("```c\n") + QStringLiteral("int a = 1;\n").repeated(45000);
+    reportShare("transcript: 200 pieces/s, in 500 kB of code", streamingShare(stage, code));
+    stage.window.hide();
+    return share;
+}
+
+/// @param shortShare what streaming into a short conversation takes.
+void measureLong(double shortShare)
+{
+    std::vector<TranscriptMessage> messages = test::longConversation(messageCount, messageLength);
+    double characters = 0;
+    for (const TranscriptMessage& message : messages)
+        characters += static_cast<double>(message.content.size());
+    bench::report("transcript: characters", characters / 1e6, "M", "");
+    Stage stage;
+    const double started = bench::now();
+    stage.model.setMessages(std::move(messages));
+    stage.waitForFrame();
+    bench::report("transcript: open 10,000 messages", bench::now() - started, "ms", "< 1000");
+
+    const double wheelFrame = stage.worstFrame(600, [&](int) { stage.wheel(3); });
+    bench::report("transcript: worst frame, wheel", wheelFrame, "ms", "< 50");
+    std::mt19937 random(7);
+    const double jumpFrame = stage.worstFrame(200, [&](int) {
+        Q_EMIT stage.view.scrollBar().moved(static_cast<double>(random() % 10000) / 10000.0);
+    });
+    bench::report("transcript: worst frame, jumps", jumpFrame, "ms", "< 50");
+
+    bench::report("transcript: measuring everything", measureAll(stage), "ms", "");
+    stage.view.jumpToLatest();
+    const double share = streamingShare(stage);
+    bench::report("transcript: 200 pieces/s, 10,000 messages", share, "% of a core", "< 10");
+    bench::report("transcript: 200 pieces/s, 10,000 over two", share / shortShare, "x", "<= 1.2");
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -149,51 +200,7 @@ int main(int argc, char** argv)
     qputenv("QT_QUICK_BACKEND", "software");
     if (!qEnvironmentVariableIsSet("DISPLAY"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication application(argc, argv);
-
-    Stage small;
-    const double inEmpty = streamingShare(small);
-    // A view that is full from the start: what a longer conversation is compared with.
-    small.model.setMessages(test::longConversation(2, messageLength));
-    const double inShort = streamingShare(small);
-    const QString source = test::sampleConversation()[1].content + QStringLiteral("\n\n");
-    small.model.setMessages({});
-    const double inLongReply = streamingShare(small, source.repeated(200));
-    small.model.setMessages({});
-    const double inLongCode =
-        streamingShare(small, QStringLiteral("```c\n") + QStringLiteral("int a = 1;\n").repeated(45000));
-    small.window.hide();
-
-    std::vector<TranscriptMessage> messages = test::longConversation(messageCount, messageLength);
-    double characters = 0;
-    for (const TranscriptMessage& message : messages)
-        characters += static_cast<double>(message.content.size());
-    Stage large;
-    const double started = bench::now();
-    large.model.setMessages(std::move(messages));
-    large.waitForFrame();
-    const double opened = bench::now() - started;
-
-    const double wheelFrame = large.worstFrame(600, [&](int) { large.wheel(3); });
-    std::mt19937 random(7);
-    const double jumpFrame = large.worstFrame(200, [&](int) {
-        Q_EMIT large.view.scrollBar().moved(static_cast<double>(random() % 10000) / 10000.0);
-    });
-
-    const double idle = measureAll(large);
-    large.view.jumpToLatest();
-    const double inLong = streamingShare(large);
-
-    bench::report("transcript: characters", characters / 1e6, "M", "");
-    bench::report("transcript: open 10,000 messages", opened, "ms", "< 1000");
-    bench::report("transcript: worst frame, wheel", wheelFrame, "ms", "< 50");
-    bench::report("transcript: worst frame, jumps", jumpFrame, "ms", "< 50");
-    bench::report("transcript: measuring everything", idle, "ms", "");
-    bench::report("transcript: 200 pieces/s, empty", inEmpty, "% of a core", "< 10");
-    bench::report("transcript: 200 pieces/s, two messages", inShort, "% of a core", "< 10");
-    bench::report("transcript: 200 pieces/s, after 500 kB", inLongReply, "% of a core", "< 10");
-    bench::report("transcript: 200 pieces/s, in 500 kB of code", inLongCode, "% of a core", "< 10");
-    bench::report("transcript: 200 pieces/s, 10,000 messages", inLong, "% of a core", "< 10");
-    bench::report("transcript: 200 pieces/s, 10,000 over two", inLong / inShort, "x", "<= 1.2");
+    const QGuiApplication application(argc, argv);
+    measureLong(measureShort());
     return 0;
 }

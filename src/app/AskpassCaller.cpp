@@ -4,7 +4,6 @@
 
 #include <QDir>
 #include <QFile>
-#include <QStandardPaths>
 
 #include <cerrno>
 #include <csignal>
@@ -46,21 +45,13 @@ void removeOldCounts(const QDir& folder)
 
 } // namespace
 
-QString runtimeFolder()
-{
-    const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    return folder.isEmpty() ? QString() : folder + QStringLiteral("/varnel");
-}
-
-bool mayAnswer(const AskpassCaller& caller, const QString& folder)
+bool mayAnswer(const AskpassCaller& caller, const std::function<QString()>& countingFolder)
 {
     if (caller.name != QLatin1String("ssh"))
         return true;
     if (caller.hasSshAbove || parseSshCommandLine(caller.arguments).carriesConnection)
         return false;
-    if (folder.isEmpty())
-        return false;
-    QDir().mkpath(folder);
+    const QString folder = countingFolder();
     const qint64 count =
         countAnswer(folder + QStringLiteral("/askpass-%1-%2").arg(caller.pid).arg(caller.started));
     if (count == 1)

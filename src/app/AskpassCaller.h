@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <functional>
+
 namespace varnel {
 
 /// The process that started this one, as far as askpass has to know it.
@@ -22,15 +24,12 @@ struct AskpassCaller
 /// Error if the system tells nothing of one that is there.
 AskpassCaller askpassCaller();
 
-/// The folder for what lives as long as the user's session; only the user can look into it.
-/// Empty if there is no such place.
-QString runtimeFolder();
-
 /// Whether the saved password may be given to the caller. Anybody who runs askpass by hand gets it, as from
 /// any other tool of the user's; ssh asks on behalf of a server, so it gets at most eight answers (an unknown
 /// host key is asked about for as long as answers come), and none when it is only the way to another host.
-/// @param folder where answers are counted, one small file for each ssh; made if it is missing. When they
-/// cannot be counted, there is no answer.
-bool mayAnswer(const AskpassCaller& caller, const QString& folder);
+/// @param countingFolder yields the folder where answers are counted, one small file for each ssh; asked for
+/// only when there is something to count, and what it throws is passed on. When answers cannot be counted,
+/// there is none.
+bool mayAnswer(const AskpassCaller& caller, const std::function<QString()>& countingFolder);
 
 } // namespace varnel

@@ -7,8 +7,11 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 namespace varnel {
 
@@ -78,41 +81,55 @@ bool standsForItself(char16_t unit)
 }
 
 constexpr std::ptrdiff_t blockSize = 16;
+// Vectors of the compiler: it makes a few instructions of what is done to all their elements.
+using Units [[gnu::vector_size(blockSize * sizeof(char16_t))]] = std::uint16_t;
+using Bytes [[gnu::vector_size(blockSize)]] = std::uint8_t;
 
-/// Whether a block of units can be written as it is, a byte a unit. Without a branch, so that the compiler
-/// makes a few instructions of it.
-bool isPlainBlock(const char16_t* units)
+/// Writes a block of units as a byte each and yields how many of them, from the front, may be written so.
+std::ptrdiff_t copyPlain(const char16_t* from, char* to)
 {
-    bool isPlain = true;
-    for (std::ptrdiff_t i = 0; i < blockSize; ++i)
-        isPlain = isPlain & standsForItself(units[i]);
-    return isPlain;
+    static_assert(std::endian::native == std::endian::little, "the first byte of a word is its lowest");
+    Units units{};
+    std::memcpy(&units, from, sizeof units);
+    const Bytes bytes = __builtin_convertvector(units, Bytes);
+    std::memcpy(to, &bytes, sizeof bytes);
+    const auto special = (units < 0x20) | (units >= 0x80) | (units == '"') | (units == '\\');
+    const auto marks = __builtin_convertvector(special, Bytes);
+    std::array<std::uint64_t, 2> words{};
+    std::memcpy(words.data(), &marks, sizeof marks);
+    return (words[0] != 0 ? std::countr_zero(words[0]) : 64 + std::countr_zero(words[1])) / 8;
+}
+
+/// Writes one unit, or the two of a character, that does not stand for itself.
+char* writeSpecial(const char16_t*& at, const char16_t* end, char* to)
+{
+    const char16_t unit = *at++;
+    if (unit < 0x80)
+        return writeEscape(to, unit);
+    if (!QChar::isSurrogate(unit))
+        return writeCodePoint(to, unit);
+    if (QChar::isHighSurrogate(unit) && at != end && QChar::isLowSurrogate(*at))
+        return writeCodePoint(to, QChar::surrogateToUcs4(unit, *at++));
+    return writeCodePoint(to, QChar::ReplacementCharacter);
 }
 
 /// Writes units as UTF-8 with what JSON wants escaped; yields the end. There is room for the longest form.
 char* writeEscaped(const char16_t* at, const char16_t* end, char* to)
 {
     while (at != end) {
-        while (end - at >= blockSize && isPlainBlock(at)) {
-            for (std::ptrdiff_t i = 0; i < blockSize; ++i)
-                to[i] = static_cast<char>(at[i]);
-            at += blockSize;
-            to += blockSize;
+        std::ptrdiff_t plain = blockSize;
+        while (plain == blockSize && end - at >= blockSize) {
+            plain = copyPlain(at, to);
+            at += plain;
+            to += plain;
         }
-        while (at != end && standsForItself(*at))
-            *to++ = static_cast<char>(*at++);
+        if (plain == blockSize) {
+            while (at != end && standsForItself(*at))
+                *to++ = static_cast<char>(*at++);
+        }
         // Writing systems other than Latin come in runs.
-        while (at != end && !standsForItself(*at)) {
-            const char16_t unit = *at++;
-            if (unit < 0x80)
-                to = writeEscape(to, unit);
-            else if (!QChar::isSurrogate(unit))
-                to = writeCodePoint(to, unit);
-            else if (QChar::isHighSurrogate(unit) && at != end && QChar::isLowSurrogate(*at))
-                to = writeCodePoint(to, QChar::surrogateToUcs4(unit, *at++));
-            else
-                to = writeCodePoint(to, QChar::ReplacementCharacter);
-        }
+        while (at != end && !standsForItself(*at))
+            to = writeSpecial(at, end, to);
     }
     return to;
 }
@@ -213,12 +230,15 @@ void JsonWriter::utf8(std::string_view text)
 
 void JsonWriter::appendEscaped(std::string_view text)
 {
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || c == '"' || c == '\\')
-            appendEscape(m_buffer, byte);
-        else
-            m_buffer.push_back(c);
+    const auto isEscaped = [](char c) {
+        return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
+    };
+    for (auto at = text.begin(); at != text.end();) {
+        const auto special = std::find_if(at, text.end(), isEscaped);
+        m_buffer.append(at, special);
+        at = special;
+        if (at != text.end())
+            appendEscape(m_buffer, static_cast<unsigned char>(*at++));
     }
 }
 

@@ -25,15 +25,14 @@ bool isUtf8(std::string_view bytes)
 
 QByteArrayView withoutCutCharacter(QByteArrayView text)
 {
-    qsizetype length = text.size();
-    for (int back = 0; back < 3 && length > 0 && (static_cast<uchar>(text[length - 1]) & 0xC0U) == 0x80;
-         ++back)
-        --length;
-    if (length > 0 && static_cast<uchar>(text[length - 1]) >= 0xC0)
-        --length;
-    else
-        length = text.size();
-    return text.first(length);
+    qsizetype start = text.size();
+    while (start > 0 && text.size() - start < 3 && (static_cast<uchar>(text[start - 1]) & 0xC0U) == 0x80U)
+        --start;
+    if (start == 0)
+        return text;
+    const auto lead = static_cast<uchar>(text[--start]);
+    const qsizetype length = lead >= 0xF0U ? 4 : lead >= 0xE0U ? 3 : lead >= 0xC0U ? 2 : 1;
+    return text.size() - start < length ? text.first(start) : text;
 }
 
 } // namespace varnel

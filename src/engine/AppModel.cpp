@@ -21,7 +21,7 @@ AppModel::AppModel(Services services, QObject* parent)
     , m_bases(m_services.environment)
     , m_credentials(m_services.secrets, m_services.environment)
     , m_keeper(useLocation(), m_services.clock, [this](const SaveStatus& status) { noteSave(status); })
-    , m_library(m_location.folder())
+    , m_library(m_location.folder(), [this](SaveQueue::Save save) { m_keeper.saveLibrary(std::move(save)); })
     , m_port(m_processes, m_worker, m_services.clock)
     , m_tunnel({m_services.secrets, m_processes, m_worker, m_services.clock}, m_services.programs)
 {
@@ -43,9 +43,9 @@ QString AppModel::useLocation()
 AppModel::~AppModel()
 {
     for (Task<void>* const task : {&m_turn, &m_connectionTask, &m_running, &m_pull, &m_modelSearch,
-                                   &m_sessionSearch, &m_undoTime, &m_backup})
+                                   &m_sessionSearch, &m_undoTime, &m_page, &m_backup})
         task->reset();
-    m_imports.clear();
+    m_fileTasks.clear();
     shutDown();
 }
 
@@ -80,14 +80,15 @@ void AppModel::shutDown()
     // What has come of a running reply is kept, and shown as unfinished at the next start.
     m_stopTurn.request_stop();
     m_stopConnection.request_stop();
-    m_tunnel.stop();
-    assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
     m_draftTimer.stop();
     m_keeper.saveDrafts(m_drafts);
     if (m_isStreaming) {
         m_keeper.replyEnded(m_streamingMessage);
         saveSessions();
     }
+    // Saving goes on behind while ssh is given its time to end.
+    m_tunnel.stop();
+    assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
     m_keeper.flush();
 }
 

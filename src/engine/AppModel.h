@@ -7,6 +7,7 @@
 #include "base/Task.h"
 #include "base/Worker.h"
 #include "engine/AppState.h"
+#include "engine/ConversationFiles.h"
 #include "engine/PromptMaterial.h"
 #include "engine/Turn.h"
 #include "providers/credentials/ApiBase.h"
@@ -22,6 +23,7 @@
 #include <QUrl>
 
 #include <memory>
+#include <set>
 #include <stop_token>
 
 namespace varnel {
@@ -42,6 +44,8 @@ class AppModel : public AppState
     Q_PROPERTY(QString draft READ draft WRITE setDraft NOTIFY draftChanged)
     Q_PROPERTY(QString selectedTitle READ selectedTitle NOTIFY selectedSessionChanged)
     Q_PROPERTY(QString selectedModel READ selectedModel NOTIFY selectedSessionChanged)
+    Q_PROPERTY(bool needsCloudConfirmation READ needsCloudConfirmation NOTIFY selectedSessionChanged)
+    Q_PROPERTY(QString toolsHint READ toolsHint NOTIFY selectedSessionChanged)
     Q_PROPERTY(bool selectedIsEmpty READ selectedIsEmpty NOTIFY selectedSessionChanged)
 
 public:
@@ -86,6 +90,18 @@ public:
     bool selectedIsEmpty() const;
     /// How much of its context the selected conversation takes with what is drafted; an estimate.
     ContextUse contextUse() const;
+    /// What the settings of a new conversation are.
+    ChatSession newSettings() const;
+    /// What is to be said when that is more than there is; empty while it is not. Follows the draft too.
+    QString contextWarning() const;
+    /// What is to be said when the selected conversation searches the web and its model was found to have no
+    /// tools; empty otherwise.
+    QString toolsHint() const;
+    /// Whether the selected conversation is about to be sent to a provider to which none has gone yet, so
+    /// that the user is to be asked first.
+    bool needsCloudConfirmation() const;
+    /// The user agrees to send to the provider of the selected conversation, from now on.
+    Q_INVOKABLE void confirmCloud();
     /// Where the public services are.
     const ApiBases& apiBases() const { return m_bases; }
     CredentialWorker& credentials() { return m_credentials; }
@@ -124,7 +140,25 @@ public:
     void setSearch(SearchSource source);
     Q_INVOKABLE void setProjectPath(const QString& path);
 
+    // Copies outside the program. The status says what became of them.
+
+    /// Saves a conversation to a file, in place of what is there.
+    void exportConversation(const QUuid& id, const QString& file, ConversationForm form);
+    /// Has something else written to a file on the model's worker, with the same words about it. The model
+    /// keeps the task and ends it before the worker.
+    void saveWith(const std::function<Task<void>(Worker*)>& write, const QString& file);
+    /// Saves the selected conversation as Markdown.
+    Q_INVOKABLE void saveTranscript(const QString& file);
+    /// Saves one message of the selected conversation as it stands.
+    Q_INVOKABLE void saveReply(const QUuid& message, const QString& file);
+    /// Adds a conversation that was exported as JSON, and selects it.
+    Q_INVOKABLE void importConversation(const QString& file);
+
     // The composer of the selected conversation.
+
+    /// Puts the text of a web page below the draft. A newer page replaces one that is still being read.
+    Q_INVOKABLE void readPage(const QString& url);
+    Q_INVOKABLE void stopReadingPage();
 
     void setDraft(const QString& text);
     Q_INVOKABLE void attach(const QUuid& item);
@@ -139,6 +173,9 @@ public:
     Q_INVOKABLE void stop();
     /// Sends the prompt of a failed turn again.
     Q_INVOKABLE void tryAgain();
+    /// The same with what its failure offers: the temperature 1, or no web tools.
+    Q_INVOKABLE void resetTemperatureAndTryAgain();
+    Q_INVOKABLE void turnSearchOffAndTryAgain();
     /// Takes the prompt of a failed turn back into the composer.
     Q_INVOKABLE void editFailed();
     /// Asks for the last reply of the selected conversation once more.
@@ -185,6 +222,11 @@ public:
     /// Copies files into the library.
     /// @param andAttach whether they go with the next message of the selected conversation.
     void importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach);
+    /// Puts something into the library that no file holds yet, such as a picture that was pasted.
+    /// @param contents makes the bytes, on another thread.
+    /// @param fileName what such a file would be called.
+    void importContents(const std::function<QByteArray()>& contents, const QString& fileName,
+                        const QString& folder, bool andAttach);
     void addLink(const QString& title, const QString& url, const QString& note, const QString& folder);
     /// Changes title, note or folder of an item.
     void changeItem(const QUuid& id, const std::function<void(LibraryItem&)>& change);
@@ -200,10 +242,10 @@ public:
     /// What writing the files of a reply would do; empty when it has none or no folder is chosen, and then
     /// the status says so.
     std::vector<PlannedProjectFile> planProjectFiles(const QUuid& message);
-    /// Writes the files of a reply.
+    /// Writes the files of a reply on another thread; the status says how it went.
     /// @param paths only these; all of them if it is empty.
     void writeProjectFiles(const QUuid& message, const QStringList& paths = {});
-    /// Puts back what the last writing overwrote.
+    /// Puts back what the last writing overwrote, in the same way.
     void restoreProjectFiles();
     bool canRestoreProjectFiles() const { return m_projectBackup.has_value(); }
 
@@ -238,6 +280,10 @@ private:
     void touch(const QUuid& id);
     void moveIntoPlace(const QUuid& id);
     void announceSession(const QUuid& id);
+    void announceSelection();
+    void addToDraft(const QUuid& session, const QString& text);
+    void takeFromDraft(const QUuid& session, const QString& prompt, const std::vector<QUuid>& attachments);
+    void detachEverywhere(const QUuid& item);
     void setRemoved(std::unique_ptr<RemovedSession> removed);
     Task<void> followUndoTime();
     void searchSessions();
@@ -245,11 +291,12 @@ private:
     Task<void> followSessionSearch(QString query, std::stop_token stop);
 
     void setFailure(std::optional<TurnFailure> failure);
+    void setPreparing(bool preparing);
     void setStreaming(const QUuid& session, const QUuid& message);
     /// Whether a turn runs, which is said.
     bool refuseWhileStreaming();
-    /// Whether the selected conversation is answered by a provider and none is allowed; it is Ollama's then.
-    bool refusesPassthrough();
+    /// Whether a conversation is answered by a provider and none is allowed; it is Ollama's then.
+    bool refusesPassthrough(const QUuid& session);
     void startTurn(const QUuid& session);
     Task<void> followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
                           std::stop_token stop);
@@ -266,6 +313,8 @@ private:
     std::vector<LibraryItem> itemsOf(const std::vector<QUuid>& ids) const;
     /// The items of the library whose media a stored prompt carries.
     std::vector<LibraryItem> mediaItemsOf(const QString& content) const;
+    /// The items of the library that are attached to a stored prompt.
+    std::vector<LibraryItem> attachedItems(const QString& content) const;
 
     void setReplaced(std::unique_ptr<ReplacedMessages> replaced);
     void replaceFrom(const QUuid& session, std::size_t index);
@@ -286,15 +335,26 @@ private:
     Task<void> refreshInstalledModels(std::stop_token stop);
     void setPullStatus(const QString& text, double share = -1);
 
-    Task<void> followImport(QList<QUrl> files, QString folder, QUuid attachTo);
+    void keepTask(Task<void> task);
+    Task<void> followSaving(Task<void> saving, QString file);
+    Task<void> followConversationImport(QString file);
+    Task<void> followPage(QUuid session, QString url, std::stop_token stop);
+    void changeFailedAndTryAgain(const std::function<void(ChatSession&)>& change);
+
+    void countImports(int change);
+    Task<void> followImport(std::vector<std::function<LibraryItem()>> makers, QUuid attachTo);
     Task<void> followBackup();
     Task<void> followRestore(QString name);
+    Task<void> followProjectWrite(ChatSession session, std::vector<ProjectFile> files);
+    Task<void> followProjectRestore(ProjectBackup backup);
     void showLibrary();
 
     Services m_services;
     ApiBases m_bases;
     SystemProcessRunner m_processes;
     Worker m_worker{2};
+    // One after the other, in the order they were asked for.
+    Worker m_projectWorker;
     CredentialWorker m_credentials;
     ConversationKeeper m_keeper;
     LibraryStore m_library;
@@ -314,11 +374,17 @@ private:
     // The estimate of the selected conversation without its draft.
     mutable std::optional<ContextUse> m_historyUse;
 
+    // Providers that the user agreed to; those that have answered before join when they are asked about.
+    mutable std::set<RemoteProvider> m_confirmedClouds;
+    // Models of which the server said so in this run.
+    std::set<QString> m_modelsWithoutTools;
+
     std::stop_source m_stopTurn;
     std::stop_source m_stopConnection;
     std::stop_source m_stopPull;
     std::stop_source m_stopModelSearch;
     std::stop_source m_stopSessionSearch;
+    std::stop_source m_stopPage;
     // Last, so that they are gone before anything they use.
     Task<void> m_turn;
     Task<void> m_connectionTask;
@@ -327,7 +393,8 @@ private:
     Task<void> m_modelSearch;
     Task<void> m_sessionSearch;
     Task<void> m_undoTime;
-    std::vector<Task<void>> m_imports;
+    Task<void> m_page;
+    std::vector<Task<void>> m_fileTasks;
     Task<void> m_backup;
 };
 

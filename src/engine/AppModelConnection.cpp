@@ -30,6 +30,9 @@ void AppModel::openConnection()
 
 void AppModel::checkConnection()
 {
+    // An attempt that this one replaces shall not leave its ssh behind.
+    if (!m_tunnelIsUp)
+        dropTunnel();
     m_stopConnection.request_stop();
     m_stopConnection = std::stop_source();
     m_connectionTask = followProbe(m_stopConnection.get_token());
@@ -88,6 +91,8 @@ Task<bool> AppModel::probeServer(std::stop_token stop)
     QString failure;
     try {
         const ProbeResult result = co_await probe(OllamaClient(base, m_http, std::chrono::seconds(5)), stop);
+        if (stop.stop_requested())
+            throw Cancelled(); // the answer came together with the stop
         const QString host = m_connection.hostLabel();
         const QString count = QString::number(result.models.size());
         const QString report = reportOf(result);
@@ -166,8 +171,12 @@ void AppModel::refreshRunningModels()
 Task<void> AppModel::followRunning(std::stop_token stop)
 {
     try {
-        const OllamaClient client(m_connection.baseURL(), m_http, std::chrono::seconds(5));
-        m_runningModels = co_await client.listRunning(stop);
+        const QUrl base = m_connection.baseURL();
+        const OllamaClient client(base, m_http, std::chrono::seconds(5));
+        std::vector<OllamaRunning> running = co_await client.listRunning(stop);
+        if (base != m_connection.baseURL())
+            co_return; // another server by now
+        m_runningModels = std::move(running);
         // Said even if it is the same: the time it was asked counts.
         Q_EMIT runningModelsChanged();
     } catch (const Cancelled&) {

@@ -15,11 +15,6 @@ namespace {
 
 constexpr std::chrono::seconds undoTime(10);
 
-bool isEmptyReply(const ChatMessage& message)
-{
-    return message.role == ChatRole::Assistant && message.content.isEmpty() && message.thinking.isEmpty();
-}
-
 } // namespace
 
 ChatSession* AppModel::edit(const QUuid& id)
@@ -43,8 +38,13 @@ std::size_t AppModel::placeFor(const ChatSession& session) const
         return a.pinned != b.pinned ? a.pinned : a.updatedAt > b.updatedAt;
     };
     std::size_t place = 0;
-    while (place < m_sessions.size() && comesBefore(m_sessions[place], session))
+    for (const ChatSession& other : m_sessions) {
+        if (other.id == session.id)
+            continue;
+        if (!comesBefore(other, session))
+            break;
         ++place;
+    }
     return place;
 }
 
@@ -52,9 +52,7 @@ void AppModel::moveIntoPlace(const QUuid& id)
 {
     // Only this one may stand in the wrong place now; it goes in front of those that are as new.
     const std::size_t index = m_sessions.indexOf(id);
-    ChatSession session = m_sessions[index];
-    m_sessions.remove(index);
-    m_sessions.insert(placeFor(session), std::move(session));
+    m_sessions.move(index, placeFor(m_sessions[index]));
     Q_EMIT sessionsChanged();
     announceSession(id);
 }
@@ -80,6 +78,11 @@ void AppModel::select(const QUuid& id)
     if (id == m_selection || !session(id))
         return;
     m_selection = id;
+    announceSelection();
+}
+
+void AppModel::announceSelection()
+{
     m_historyUse.reset();
     Q_EMIT selectionChanged();
     Q_EMIT selectedSessionChanged();
@@ -98,9 +101,11 @@ void AppModel::insertAndSelect(ChatSession session)
 {
     const QUuid id = session.id;
     m_sessions.insert(placeFor(session), std::move(session));
+    // Whoever looks at the new list finds the selection in it.
+    m_selection = id;
     Q_EMIT sessionsChanged();
     saveSessions();
-    select(id);
+    announceSelection();
 }
 
 void AppModel::newConversation()
@@ -173,10 +178,13 @@ void AppModel::remove(const QUuid& id)
         insertNewConversation();
         removed->replacement = m_sessions.front().id;
     }
+    const bool wasSelected = id == m_selection;
+    if (wasSelected)
+        m_selection = m_sessions[std::min(index, m_sessions.size() - 1)].id;
     Q_EMIT sessionsChanged();
     saveSessions();
-    if (id == m_selection)
-        select(m_sessions[std::min(index, m_sessions.size() - 1)].id);
+    if (wasSelected)
+        announceSelection();
     // An empty conversation is as easily made anew.
     if (removed->session.messages.empty() && removed->draft.isEmpty())
         return;
@@ -279,6 +287,18 @@ void AppModel::setDraft(const QString& text)
     m_drafts[m_selection].text = wellFormed(text);
     Q_EMIT draftChanged();
     saveDrafts();
+}
+
+/// Puts a text below what is drafted in a conversation.
+void AppModel::addToDraft(const QUuid& session, const QString& text)
+{
+    QString& draft = m_drafts[session].text;
+    if (!draft.trimmed().isEmpty())
+        draft += QStringLiteral("\n\n");
+    draft += text;
+    saveDrafts();
+    if (session == m_selection)
+        Q_EMIT draftChanged();
 }
 
 void AppModel::attach(const QUuid& item)

@@ -10,6 +10,37 @@
 
 namespace varnel {
 
+namespace {
+
+HandoffKind handoffKind(LibraryKind kind)
+{
+    switch (kind) {
+    case LibraryKind::Image:
+        return HandoffKind::Image;
+    case LibraryKind::Pdf:
+        return HandoffKind::Pdf;
+    case LibraryKind::File:
+    case LibraryKind::Link:
+        break;
+    }
+    return HandoffKind::Text;
+}
+
+QString wordOf(HandoffKind kind)
+{
+    switch (kind) {
+    case HandoffKind::Image:
+        return QStringLiteral("image");
+    case HandoffKind::Pdf:
+        return QStringLiteral("PDF");
+    case HandoffKind::Text:
+        break;
+    }
+    return QStringLiteral("text");
+}
+
+} // namespace
+
 void AppModel::setReplaced(std::unique_ptr<ReplacedMessages> replaced)
 {
     m_replaced = std::move(replaced);
@@ -34,7 +65,7 @@ void AppModel::replaceFrom(const QUuid& session, std::size_t index)
 
 void AppModel::tryAgain()
 {
-    if (!m_failure || refuseWhileStreaming())
+    if (!m_failure || refuseWhileStreaming() || refusesPassthrough(m_failure->session))
         return;
     const QUuid session = m_failure->session;
     const ChatSession* const conversation = this->session(session);
@@ -60,7 +91,7 @@ void AppModel::editFailed()
     // What was typed since is not lost: it stays behind what comes back.
     const QString text = promptParts(content).prompt;
     draft.text = draft.text.isEmpty() ? text : text + QStringLiteral("\n\n") + draft.text;
-    for (const LibraryItem& item : mediaItemsOf(content)) {
+    for (const LibraryItem& item : attachedItems(content)) {
         if (std::find(draft.attachments.begin(), draft.attachments.end(), item.id) == draft.attachments.end())
             draft.attachments.push_back(item.id);
     }
@@ -75,7 +106,7 @@ void AppModel::editFailed()
 
 void AppModel::regenerate()
 {
-    if (!selectedSession() || refuseWhileStreaming() || refusesPassthrough())
+    if (!selectedSession() || refuseWhileStreaming() || refusesPassthrough(m_selection))
         return;
     const ChatSession* const selected = selectedSession();
     const auto& messages = selected->messages;
@@ -93,7 +124,8 @@ void AppModel::regenerate()
 
 void AppModel::editAndResend(const QUuid& message, const QString& text)
 {
-    if (!selectedSession() || text.trimmed().isEmpty() || refuseWhileStreaming() || refusesPassthrough())
+    if (!selectedSession() || text.trimmed().isEmpty() || refuseWhileStreaming() ||
+        refusesPassthrough(m_selection))
         return;
     const ChatSession* const selected = selectedSession();
     const std::size_t index = indexOf(*selected, message);
@@ -102,6 +134,7 @@ void AppModel::editAndResend(const QUuid& message, const QString& text)
     const QUuid session = selected->id;
     ChatMessage prompt = selected->messages[index];
     replaceFrom(session, index);
+    m_replaced->edited = text;
     prompt.id = QUuid::createUuid();
     prompt.content = withPrompt(prompt.content, wellFormed(text).trimmed());
     prompt.createdAt = m_services.clock.now();
@@ -126,7 +159,7 @@ void AppModel::fork(const QUuid& message)
     Draft draft;
     if (isPrompt) {
         draft.text = promptParts(forked.messages[index].content).prompt;
-        for (const LibraryItem& item : mediaItemsOf(forked.messages[index].content))
+        for (const LibraryItem& item : attachedItems(forked.messages[index].content))
             draft.attachments.push_back(item.id);
     }
     forked.messages.resize(isPrompt ? index : index + 1);
@@ -185,7 +218,7 @@ void AppModel::handOffItem(const QUuid& item)
     const LibraryItem* const found = libraryItem(item);
     if (!found || !found->isLive())
         return;
-    const QString kind = QString(rawValue(found->kind));
+    const QString kind = wordOf(handoffKind(found->kind));
     const LibraryItem handedOff = *found;
     openHandOff({.text = QStringLiteral("Read the attached %1").arg(kind), .attachments = {item}});
     setStatusMessage(unreadableReason(handedOff).isEmpty()

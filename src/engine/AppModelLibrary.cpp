@@ -36,31 +36,68 @@ Task<BackupContents> readBackup(Worker* worker, QString root, QString name)
     });
 }
 
+struct WrittenProject
+{
+    std::size_t count = 0;
+    ProjectBackup backup;
+    std::optional<QString> failure;
+};
+
+/// Each file waits for the disk, so this is work for another thread.
+WrittenProject writeProject(const ChatSession& session, const std::vector<ProjectFile>& files)
+{
+    WrittenProject written;
+    try {
+        written.count = writeProjectFiles(session, files, written.backup).size();
+    } catch (const Error& error) {
+        // What was written before the failure can still be taken back.
+        written.failure = error.message();
+    }
+    return written;
+}
+
 } // namespace
 
 void AppModel::showLibrary()
 {
     m_libraryItems = m_library.items();
     Q_EMIT libraryItemsChanged();
-    for (const SetAside& setAside : m_library.takeSetAside())
-        notify(setAside.text());
 }
 
 void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
 {
-    m_imports.push_back(followImport(files, folder, andAttach ? m_selection : QUuid()));
+    std::vector<std::function<LibraryItem()>> makers;
+    for (const QUrl& file : files) {
+        makers.emplace_back([root = m_library.root(), file, folder, now = m_services.clock.now()] {
+            return copyIntoLibrary(root, file, folder, now);
+        });
+    }
+    keepTask(followImport(std::move(makers), andAttach ? m_selection : QUuid()));
 }
 
-Task<void> AppModel::followImport(QList<QUrl> files, QString folder, QUuid attachTo)
+void AppModel::importContents(const std::function<QByteArray()>& contents, const QString& fileName,
+                              const QString& folder, bool andAttach)
 {
-    const QString root = m_library.root();
-    for (const QUrl& file : std::as_const(files)) {
+    const auto store = [contents, fileName, folder, root = m_library.root(), now = m_services.clock.now()] {
+        return storeInLibrary(root, contents(), fileName, folder, now);
+    };
+    keepTask(followImport({store}, andAttach ? m_selection : QUuid()));
+}
+
+void AppModel::countImports(int change)
+{
+    m_imports += change;
+    Q_EMIT isImportingChanged();
+}
+
+Task<void> AppModel::followImport(std::vector<std::function<LibraryItem()>> makers, QUuid attachTo)
+{
+    countImports(1);
+    for (const auto& make : std::as_const(makers)) {
         QString failure;
         try {
-            const Instant now = m_services.clock.now();
-            LibraryItem item = co_await m_worker.run([root, file, folder, now](const std::stop_token&) {
-                return copyIntoLibrary(root, file, folder, now);
-            });
+            LibraryItem item =
+                co_await m_worker.run([make = make](const std::stop_token&) { return make(); });
             const QUuid id = m_library.add(std::move(item)).id;
             showLibrary();
             if (session(attachTo)) {
@@ -70,13 +107,14 @@ Task<void> AppModel::followImport(QList<QUrl> files, QString folder, QUuid attac
                     Q_EMIT attachmentIDsChanged();
             }
         } catch (const Cancelled&) {
-            co_return;
+            break;
         } catch (const Error& error) {
             failure = error.message();
         }
         if (!failure.isEmpty())
             setStatusMessage(failure);
     }
+    countImports(-1);
 }
 
 void AppModel::addLink(const QString& title, const QString& url, const QString& note, const QString& folder)
@@ -97,11 +135,16 @@ void AppModel::changeItem(const QUuid& id, const std::function<void(LibraryItem&
 void AppModel::deleteItem(const QUuid& id)
 {
     attempt([&] { m_library.markDeleted(id, m_services.clock.now()); });
-    // What is deleted is attached nowhere.
-    for (auto& [session, draft] : m_drafts)
-        std::erase(draft.attachments, id);
-    saveDrafts();
+    detachEverywhere(id);
     showLibrary();
+}
+
+/// What is deleted is attached nowhere.
+void AppModel::detachEverywhere(const QUuid& item)
+{
+    for (auto& [session, draft] : m_drafts)
+        std::erase(draft.attachments, item);
+    saveDrafts();
     Q_EMIT attachmentIDsChanged();
 }
 
@@ -113,7 +156,8 @@ void AppModel::restoreItem(const QUuid& id)
 
 void AppModel::removeItemForGood(const QUuid& id)
 {
-    attempt([&] { m_library.removeForGood(id); });
+    if (attempt([&] { m_library.removeForGood(id); }))
+        detachEverywhere(id);
     showLibrary();
 }
 
@@ -146,8 +190,14 @@ Task<void> AppModel::followRestore(QString name)
 {
     QString status;
     try {
-        co_await m_keeper.backUp(m_library.items());
         BackupContents contents = co_await readBackup(&m_worker, m_location.folder(), name);
+        // A backup is named after its second, which another one may have taken just now.
+        const std::vector<Backup> backups = listBackups(m_location.folder());
+        if (!backups.empty() && backups.front().name == backupName(m_services.clock.now()))
+            co_await m_services.clock.sleepFor(std::chrono::seconds(1), {});
+        co_await m_keeper.backUp(m_library.items());
+        if (refuseWhileStreaming())
+            co_return; // begun while the backup was read
         m_library.replaceItems(std::move(contents.items));
         m_sessions = std::move(contents.sessions);
         m_sessions.sort();
@@ -156,9 +206,9 @@ Task<void> AppModel::followRestore(QString name)
         setFailure(std::nullopt);
         setReplaced(nullptr);
         setRemoved(nullptr);
-        m_selection = QUuid();
+        m_selection = m_sessions.front().id;
         Q_EMIT sessionsChanged();
-        select(m_sessions.front().id);
+        announceSelection();
         saveSessions();
         showLibrary();
         status = tr("Restored backup %1").arg(name);
@@ -195,15 +245,25 @@ void AppModel::writeProjectFiles(const QUuid& message, const QStringList& paths)
         setStatusMessage(noProjectFilesStatus());
         return;
     }
-    ProjectBackup backup;
-    const bool done = attempt([&] {
-        const std::vector<QUrl> written = varnel::writeProjectFiles(*selected, files, backup);
-        const QUrl folder = selected->projectURL().value_or(QUrl());
-        setStatusMessage(projectWriteStatus(written.size(), folder));
+    ChatSession session;
+    session.projectPath = selected->projectPath;
+    keepTask(followProjectWrite(std::move(session), std::move(files)));
+}
+
+Task<void> AppModel::followProjectWrite(ChatSession session, std::vector<ProjectFile> files)
+{
+    const QUrl folder = session.projectURL().value_or(QUrl());
+    WrittenProject written =
+        co_await m_projectWorker.run([session = std::move(session), files = std::move(files)](
+                                         const std::stop_token&) { return writeProject(session, files); });
+    if (written.failure) {
+        setStatusMessage(*written.failure);
+    } else {
+        setStatusMessage(projectWriteStatus(written.count, folder));
         m_services.log.log(projectWriteLogLine(folder));
-    });
-    if (done || !backup.files.empty())
-        m_projectBackup = std::move(backup);
+    }
+    if (!written.failure || !written.backup.files.empty())
+        m_projectBackup = std::move(written.backup);
     Q_EMIT projectFilesChanged();
 }
 
@@ -211,11 +271,16 @@ void AppModel::restoreProjectFiles()
 {
     if (!m_projectBackup)
         return;
-    const QStringList problems = varnel::restoreProjectFiles(*m_projectBackup);
-    m_projectBackup.reset();
+    keepTask(followProjectRestore(*std::exchange(m_projectBackup, std::nullopt)));
+    Q_EMIT projectFilesChanged();
+}
+
+Task<void> AppModel::followProjectRestore(ProjectBackup backup)
+{
+    const QStringList problems = co_await m_projectWorker.run(
+        [backup = std::move(backup)](const std::stop_token&) { return varnel::restoreProjectFiles(backup); });
     setStatusMessage(problems.isEmpty() ? tr("The overwritten files are back as they were.")
                                         : problems.join(QLatin1Char(' ')));
-    Q_EMIT projectFilesChanged();
 }
 
 } // namespace varnel

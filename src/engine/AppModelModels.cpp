@@ -1,6 +1,7 @@
 // The models of the server: searching the public library, pulling, removing, and the default.
 #include "engine/AppModelPrivate.h"
 
+#include "engine/Probe.h"
 #include "engine/PullProgress.h"
 #include "ollama/OllamaClient.h"
 #include "ollama/OllamaError.h"
@@ -26,7 +27,8 @@ void AppModel::searchModels()
         return;
     }
     setPullStatus(QStringLiteral("Searching %1").arg(query));
-    assign(m_pullTarget, QString(), &AppState::pullTargetChanged);
+    if (!m_isPulling) // its name stays beside its progress
+        assign(m_pullTarget, QString(), &AppState::pullTargetChanged);
     m_stopModelSearch = std::stop_source();
     m_modelSearch = followModelSearch(query, m_stopModelSearch.get_token());
 }
@@ -97,8 +99,11 @@ Task<void> AppModel::followPull(QString name, std::stop_token stop)
 Task<void> AppModel::refreshInstalledModels(std::stop_token stop)
 {
     try {
-        const OllamaClient client(m_connection.baseURL(), m_http, std::chrono::seconds(5));
-        assign(m_installedModels, co_await client.listModels(stop), &AppState::installedModelsChanged);
+        const QUrl base = m_connection.baseURL();
+        const OllamaClient client(base, m_http, std::chrono::seconds(5));
+        std::vector<OllamaModel> models = usableModels(co_await client.listModels(stop));
+        if (base == m_connection.baseURL()) // else another server by now
+            assign(m_installedModels, std::move(models), &AppState::installedModelsChanged);
     } catch (const Error&) {
         co_return; // what was done is done; the next check says what is wrong with the server
     }

@@ -26,9 +26,17 @@ struct AppModel::ReplacedMessages
     std::size_t kept = 0;
     /// The conversation that a fork made; null for the other edits.
     QUuid fork;
+    /// What a prompt was changed to; empty for the other edits.
+    QString edited;
 };
 
 ChatMessage makeMessage(ChatRole role, QString content, Instant now);
+
+/// Whether it is a reply of which nothing has come.
+inline bool isEmptyReply(const ChatMessage& message)
+{
+    return message.role == ChatRole::Assistant && message.content.isEmpty() && message.thinking.isEmpty();
+}
 
 inline auto findMessage(std::vector<ChatMessage>& messages, const QUuid& id)
 {

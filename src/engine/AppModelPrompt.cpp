@@ -120,6 +120,22 @@ std::vector<LibraryItem> AppModel::mediaItemsOf(const QString& content) const
     return items;
 }
 
+std::vector<LibraryItem> AppModel::attachedItems(const QString& content) const
+{
+    std::vector<LibraryItem> items = mediaItemsOf(content);
+    // A text or a link is known by its title alone.
+    for (const PromptAttachment& attachment : promptParts(content).attachments) {
+        const auto found =
+            std::find_if(m_libraryItems.begin(), m_libraryItems.end(), [&](const LibraryItem& item) {
+                return item.isLive() && attachment.mediaPath.isEmpty() && item.kind == attachment.kind &&
+                       item.title.simplified() == attachment.title.simplified();
+            });
+        if (found != m_libraryItems.end())
+            items.push_back(*found);
+    }
+    return items;
+}
+
 Task<PromptMaterial> AppModel::preparePrompt(PromptQuestion question, std::stop_token stop)
 {
     const ChatSession& session = question.conversation;
@@ -168,6 +184,9 @@ TurnRequest AppModel::turnRequest(const ChatSession& session, PromptMaterial mat
     if (const QString instruction = projectInstruction(session); !instruction.isEmpty())
         systemText =
             systemText.trimmed().isEmpty() ? instruction : systemText + QStringLiteral("\n\n") + instruction;
+    // A reply of which nothing came before the program ended is nothing to a model.
+    std::vector<ChatMessage> history = session.messages;
+    std::erase_if(history, isEmptyReply);
     TurnRequest request{.question = {}, .search = std::move(material.search), .backend = {}};
     if (session.answerBackend == AnswerBackend::Remote) {
         ProviderTurn turn;
@@ -175,7 +194,7 @@ TurnRequest AppModel::turnRequest(const ChatSession& session, PromptMaterial mat
         turn.model = session.remoteModel;
         turn.key = material.providerKey;
         turn.systemPrompt = systemText;
-        turn.messages = providerMessages(session.messages, std::move(material.media));
+        turn.messages = providerMessages(history, std::move(material.media));
         turn.temperature = session.temperature;
         if (std::holds_alternative<NativeSearch>(material.plan))
             turn.search = ProviderSearch::Own;
@@ -186,7 +205,7 @@ TurnRequest AppModel::turnRequest(const ChatSession& session, PromptMaterial mat
     request.question = OllamaQuestion{.baseURL = m_connection.baseURL(),
                                       .chat = {.model = session.model,
                                                .systemText = systemText,
-                                               .history = session.messages,
+                                               .history = std::move(history),
                                                .media = std::move(material.media),
                                                .temperature = session.temperature,
                                                .contextLength = session.contextLength,

@@ -2,14 +2,8 @@
 #include "engine/AppModelPrivate.h"
 
 #include "app/DiagnosticsLog.h"
-#include "base/Text.h"
-#include "engine/ConnectionTexts.h"
 #include "engine/ConversationTitle.h"
-#include "engine/PromptText.h"
-#include "ollama/OllamaError.h"
 #include "providers/VarnelError.h"
-#include "store/LibraryTexts.h"
-#include "store/ModelRoles.h"
 
 #include <algorithm>
 
@@ -18,38 +12,6 @@ namespace varnel {
 namespace {
 
 const QString retryMessage = QStringLiteral("The reply stalled. Trying again…");
-
-/// What the user is told of a failure.
-TurnFailure failureOf(std::exception_ptr exception, const TurnRequest& request,
-                      const ConnectionSettings& connection, bool tunnelIsUp)
-{
-    const auto* const turn = std::get_if<ProviderTurn>(&request.question);
-    try {
-        std::rethrow_exception(std::move(exception));
-    } catch (const TransportError& error) {
-        if (turn)
-            return {
-                .session = {},
-                .prompt = {},
-                .text =
-                    QStringLiteral("%1 request failed: %2").arg(displayName(turn->provider), error.message()),
-                .detail = {}};
-        return {.session = {},
-                .prompt = {},
-                .text = unansweredMessage(connection, tunnelIsUp),
-                .detail = error.message()};
-    } catch (const OllamaError& error) {
-        const bool unreachable = error.kind() == OllamaError::Kind::Unreachable;
-        return {.session = {},
-                .prompt = {},
-                .text = unreachable ? unansweredMessage(connection, tunnelIsUp) : error.message(),
-                .detail = unreachable ? error.message() : QString()};
-    } catch (const VarnelError& error) {
-        return {.session = {}, .prompt = {}, .text = error.message(), .detail = error.detail()};
-    } catch (const Error& error) {
-        return {.session = {}, .prompt = {}, .text = error.message(), .detail = {}};
-    }
-}
 
 } // namespace
 
@@ -80,19 +42,21 @@ void AppModel::send()
     const QString prompt = draft().trimmed();
     const std::vector<QUuid> attachments = attachmentIDs();
     if (!session || (prompt.isEmpty() && attachments.empty()) || refuseWhileStreaming() ||
-        refusesPassthrough())
+        refusesPassthrough(session->id))
         return;
-    m_isPreparing = true;
+    setPreparing(true);
     m_stopTurn = std::stop_source();
     m_turn = followSend(session->id, prompt, attachments, m_stopTurn.get_token());
 }
 
-bool AppModel::refusesPassthrough()
+bool AppModel::refusesPassthrough(const QUuid& session)
 {
-    const ChatSession* const session = selectedSession();
-    if (!session || session->answerBackend != AnswerBackend::Remote || m_passthroughEnabled)
+    const ChatSession* const conversation = this->session(session);
+    if (!conversation || conversation->answerBackend != AnswerBackend::Remote || m_passthroughEnabled)
         return false;
-    changeSettings([](ChatSession& changed) { changed.answerBackend = AnswerBackend::Ollama; });
+    edit(session)->answerBackend = AnswerBackend::Ollama;
+    announceSession(session);
+    saveSessions();
     setStatusMessage(VarnelError::passthroughDisabled().message());
     return true;
 }
@@ -116,14 +80,9 @@ Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid
         changed->messages.push_back(std::move(message));
         if (changed->title == QLatin1String("New conversation") && !prompt.isEmpty())
             changed->title = titleFromPrompt(prompt);
-        m_drafts.erase(session);
-        saveDrafts();
-        if (session == m_selection) {
-            Q_EMIT draftChanged();
-            Q_EMIT attachmentIDsChanged();
-        }
+        takeFromDraft(session, prompt, attachments);
         setReplaced(nullptr);
-        m_isPreparing = false;
+        setPreparing(false);
         co_await runPrepared(session, std::move(material), stop);
         co_return;
     } catch (const Cancelled&) {
@@ -131,14 +90,34 @@ Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid
     } catch (const Error& error) {
         refusal = error.message();
     }
-    m_isPreparing = false;
+    setPreparing(false);
     setStatusMessage(refusal);
+}
+
+/// What was typed or attached while the prompt was made ready stays in the composer.
+void AppModel::takeFromDraft(const QUuid& session, const QString& prompt,
+                             const std::vector<QUuid>& attachments)
+{
+    Draft& draft = m_drafts[session];
+    const QString typed = draft.text.trimmed();
+    if (typed.startsWith(prompt))
+        draft.text = typed.mid(prompt.size());
+    std::erase_if(draft.attachments, [&attachments](const QUuid& item) {
+        return std::find(attachments.begin(), attachments.end(), item) != attachments.end();
+    });
+    if (draft.isEmpty())
+        m_drafts.erase(session);
+    saveDrafts();
+    if (session == m_selection) {
+        Q_EMIT draftChanged();
+        Q_EMIT attachmentIDsChanged();
+    }
 }
 
 /// Sends the last prompt of a conversation once more.
 void AppModel::startTurn(const QUuid& session)
 {
-    m_isPreparing = true;
+    setPreparing(true);
     m_stopTurn = std::stop_source();
     m_turn = followResend(session, m_stopTurn.get_token());
 }
@@ -154,7 +133,7 @@ Task<void> AppModel::followResend(QUuid session, std::stop_token stop)
                                                           .items = mediaItemsOf(content),
                                                           .isFollowUp = true},
                                                          stop);
-        m_isPreparing = false;
+        setPreparing(false);
         if (!this->session(session))
             co_return;
         co_await runPrepared(session, std::move(material), stop);
@@ -164,12 +143,14 @@ Task<void> AppModel::followResend(QUuid session, std::stop_token stop)
     } catch (const Error& error) {
         refusal = error.message();
     }
-    m_isPreparing = false;
+    setPreparing(false);
     // Nothing was sent, so nothing is lost either.
     if (m_replaced && m_replaced->session == session && m_replaced->fork.isNull()) {
         const std::unique_ptr<ReplacedMessages> replaced = std::move(m_replaced);
         setReplaced(nullptr);
         putBack(*replaced);
+        if (!replaced->edited.isEmpty())
+            addToDraft(session, replaced->edited);
     }
     setStatusMessage(refusal);
 }
@@ -187,6 +168,8 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
     setFailure(std::nullopt);
     setStatusMessage(request.search ? searchingStatus(request.search->backend) : QString());
     m_retried = false;
+    // Another server may be chosen while it runs.
+    const ConnectionSettings connection = m_connection;
     setStreaming(session, message);
     conversation->updatedAt = m_services.clock.now();
     moveIntoPlace(session);
@@ -215,7 +198,7 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
         exception = std::current_exception();
     }
     if (exception)
-        failure = failureOf(exception, request, m_connection, m_tunnelIsUp);
+        failure = failureOf(exception, request, connection, m_tunnelIsUp);
     endTurn(session, message, failure);
 }
 
@@ -284,18 +267,22 @@ void AppModel::endTurn(const QUuid& session, const QUuid& message, TurnFailure f
         setStatusMessage(failure.text);
         m_services.log.log(QStringLiteral("chat failed ") + failure.text);
     }
+    m_keeper.replyEnded(message);
     ChatSession* const conversation = edit(session);
-    if (!conversation)
+    if (!conversation || indexOf(*conversation, message) == conversation->messages.size()) {
+        // Removed while it ran; what was kept of its reply goes with the next save.
+        saveSessions();
+        Q_EMIT replyEnded(session, message);
         return;
+    }
     const auto found = findMessage(conversation->messages, message);
-    if (found == conversation->messages.end())
-        return;
     if (!failure.text.isEmpty() && found != conversation->messages.begin()) {
         failure.session = session;
         failure.prompt = std::prev(found)->id;
+        if (failure.offersSearchOff)
+            m_modelsWithoutTools.insert(conversation->model);
         setFailure(std::move(failure));
     }
-    m_keeper.replyEnded(message);
     // A reply of which nothing came is none.
     if (found->content.isEmpty() && found->thinking.isEmpty()) {
         conversation->messages.erase(found);
@@ -315,6 +302,12 @@ void AppModel::stop()
 void AppModel::setFailure(std::optional<TurnFailure> failure)
 {
     assign(m_failure, std::move(failure), &AppState::failureChanged);
+}
+
+void AppModel::setPreparing(bool preparing)
+{
+    m_isPreparing = preparing;
+    Q_EMIT isStreamingChanged();
 }
 
 void AppModel::setStreaming(const QUuid& session, const QUuid& message)

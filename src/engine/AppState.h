@@ -3,6 +3,7 @@
 #include "engine/ContextEstimate.h"
 #include "engine/SearchStep.h"
 #include "engine/SessionSearch.h"
+#include "engine/TurnFailure.h"
 #include "ollama/LibrarySearch.h"
 #include "ollama/OllamaTypes.h"
 #include "store/ChatSession.h"
@@ -24,20 +25,6 @@
 #include <vector>
 
 namespace varnel {
-
-/// A turn that failed: what is shown beside the prompt it belongs to, until it is tried again.
-struct TurnFailure
-{
-    QUuid session;
-    /// The user's message that got no whole answer.
-    QUuid prompt;
-    /// The status text, as it stood.
-    QString text;
-    /// What the service itself said, where the text does not hold it; may be empty.
-    QString detail;
-
-    bool operator==(const TurnFailure&) const = default;
-};
 
 /// What is known of a reply beyond what is stored with it; kept for this run.
 struct ReplyFacts
@@ -65,6 +52,8 @@ class AppState : public QObject
     Q_PROPERTY(QString connectionDetail READ connectionDetail NOTIFY connectionDetailChanged)
     Q_PROPERTY(bool tunnelIsUp READ tunnelIsUp NOTIFY tunnelIsUpChanged)
     Q_PROPERTY(bool isStreaming READ isStreaming NOTIFY isStreamingChanged)
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY isStreamingChanged)
+    Q_PROPERTY(bool isImporting READ isImporting NOTIFY isImportingChanged)
     Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(QString libraryQuery READ libraryQuery WRITE setLibraryQuery NOTIFY libraryQueryChanged)
     Q_PROPERTY(QString sessionQuery READ sessionQuery WRITE setSessionQuery NOTIFY sessionQueryChanged)
@@ -122,6 +111,8 @@ public:
     bool isStreaming() const { return m_isStreaming; }
     /// Whether a turn runs, or is looked into before anything of it is sent.
     bool isBusy() const { return m_isStreaming || m_isPreparing; }
+    /// Whether something is still being copied into the library.
+    bool isImporting() const { return m_imports > 0; }
     /// The conversation that is being answered; null if none is.
     const QUuid& streamingSession() const { return m_streamingSession; }
     /// The message that is being written; null if none is.
@@ -181,7 +172,9 @@ Q_SIGNALS:
     void tunnelIsUpChanged();
     void draftChanged();
     void attachmentIDsChanged();
+    /// A turn began or ended to be looked into, or to run.
     void isStreamingChanged();
+    void isImportingChanged();
     /// A turn ended, in whatever way.
     void replyEnded(const QUuid& session, const QUuid& message);
     void failureChanged();
@@ -231,6 +224,7 @@ protected:
     Drafts m_drafts;
     bool m_isStreaming = false;
     bool m_isPreparing = false;
+    int m_imports = 0; // under way
     QUuid m_streamingSession;
     QUuid m_streamingMessage;
     std::optional<TurnFailure> m_failure;

@@ -65,22 +65,9 @@ QString closed(const QString& text)
     return text;
 }
 
-QString name(ChatRole role)
-{
-    switch (role) {
-    case ChatRole::System:
-        return QStringLiteral("System");
-    case ChatRole::User:
-        return QStringLiteral("You");
-    case ChatRole::Assistant:
-        return QStringLiteral("Assistant");
-    }
-    return {};
-}
-
 QString heading(const ChatMessage& message)
 {
-    QStringList parts{name(message.role)};
+    QStringList parts{exportedName(message.role)};
     if (!message.backend.isEmpty())
         parts += plainLine(message.backend);
     parts += toIso8601(message.createdAt);
@@ -115,6 +102,19 @@ qint64 decodeVersion(JsonValue value)
 }
 
 } // namespace
+
+QString exportedName(ChatRole role)
+{
+    switch (role) {
+    case ChatRole::System:
+        return QStringLiteral("System");
+    case ChatRole::User:
+        return QStringLiteral("You");
+    case ChatRole::Assistant:
+        return QStringLiteral("Assistant");
+    }
+    return {};
+}
 
 QString conversationMarkdown(const ChatSession& session, ExportedThinking thinking,
                              const QHash<QUuid, QStringList>& attachments)

@@ -14,6 +14,9 @@ namespace varnel {
 /// Whether an export shows what a model thought before it answered.
 enum class ExportedThinking { Omitted, Quoted };
 
+/// What an export calls who speaks, for example "You".
+QString exportedName(ChatRole role);
+
 /// The conversation as Markdown: its title, and under a heading each, with role and time, its messages as
 /// they stand, so that the sources of a reply are where the reply lists them. Code that a reply did not close
 /// ends with its message. Ends with a line feed.

@@ -1,12 +1,23 @@
 #include "engine/Probe.h"
 
+#include <set>
+
 namespace varnel {
+
+std::vector<OllamaModel> usableModels(std::vector<OllamaModel> models)
+{
+    std::set<QString> seen;
+    std::erase_if(models, [&seen](const OllamaModel& model) {
+        return model.name.trimmed().isEmpty() || !seen.insert(model.name).second;
+    });
+    return models;
+}
 
 Task<ProbeResult> probe(OllamaClient client, std::stop_token stop)
 {
     ProbeResult result;
     result.version = co_await client.serverVersion(stop);
-    result.models = co_await client.listModels(stop);
+    result.models = usableModels(co_await client.listModels(stop));
     co_return result;
 }
 

@@ -98,8 +98,8 @@ WebToolHooks hooksOf(const TurnObserver& observer)
 }
 
 /// Everything one turn with the web tools needs, alive as long as it runs.
-Task<QString> askWithTools(TurnRequest request, TurnServices services, TurnObserver observer,
-                           std::stop_token stop)
+Task<ToolAnswer> askWithTools(TurnRequest request, TurnServices services, TurnObserver observer,
+                              std::stop_token stop)
 {
     HttpClient http;
     WebTools tools(*request.search, http, services.pages, hooksOf(observer), userTexts(request));
@@ -120,7 +120,9 @@ Task<TurnOutcome> runWhole(TurnRequest request, TurnServices services, TurnObser
     QString thinking;
     QString reply;
     if (request.search) {
-        reply = co_await askWithTools(std::move(request), services, observer, stop);
+        ToolAnswer answer = co_await askWithTools(std::move(request), services, observer, stop);
+        thinking = std::move(answer.thinking);
+        reply = std::move(answer.text);
     } else {
         HttpClient http;
         const ProviderClient client(services.bases, http, services.images);

@@ -51,14 +51,18 @@ Task<std::optional<ChatDelta>> ChatStream::next()
             throw Cancelled();
         if (std::optional<ChatDelta> delta = takeDelta())
             co_return delta;
-        if (m_progress != Progress::Reading)
+        if (m_progress == Progress::Reading) {
+            if (const std::optional<LineSplitter::Line> line = m_lines.next()) {
+                take(*line);
+                continue;
+            }
+            if (!m_bodyEnded) {
+                co_await readMore();
+                continue;
+            }
+        }
+        if (!takeRest())
             break;
-        if (const std::optional<LineSplitter::Line> line = m_lines.next())
-            take(*line);
-        else if (m_bodyEnded)
-            break;
-        else
-            co_await readMore();
     }
     finish();
     co_return std::nullopt;
@@ -120,8 +124,11 @@ void ChatStream::take(const LineSplitter::Line& line)
     m_progress = piece.done ? Progress::Done : Progress::Reading;
     if (!piece.error.isEmpty())
         throw OllamaError::api(piece.error);
-    m_thinking = piece.thinking;
-    m_reply = piece.content;
+    if (!piece.thinking.isEmpty())
+        m_thinkBlock.expectNone();
+    ThinkBlock::Parts content = m_thinkBlock.take(piece.content);
+    m_thinking = piece.thinking + content.thinking;
+    m_reply = std::move(content.reply);
 }
 
 std::optional<ChatDelta> ChatStream::takeDelta()
@@ -137,6 +144,15 @@ std::optional<ChatDelta> ChatStream::takeDelta()
         m_silentBytes = 0;
     }
     return delta;
+}
+
+/// Nothing comes any more that could make a tag of what was kept; whether there was anything.
+bool ChatStream::takeRest()
+{
+    ThinkBlock::Parts rest = m_thinkBlock.finish();
+    m_thinking = std::move(rest.thinking);
+    m_reply = std::move(rest.reply);
+    return !m_thinking.isEmpty() || !m_reply.isEmpty();
 }
 
 void ChatStream::finish()

@@ -6,6 +6,7 @@
 #include "base/Task.h"
 #include "base/Wakeup.h"
 #include "ollama/OllamaTypes.h"
+#include "ollama/ThinkBlock.h"
 
 #include <chrono>
 #include <exception>
@@ -38,6 +39,7 @@ private:
     Task<void> takeTurn();
     void take(const LineSplitter::Line& line);
     std::optional<ChatDelta> takeDelta();
+    bool takeRest();
     void finish();
 
     HttpClient& m_http;
@@ -46,6 +48,7 @@ private:
     std::optional<HttpResponse> m_response;
     LineSplitter m_lines;
     JsonParser m_parser;
+    ThinkBlock m_thinkBlock;
 
     Progress m_progress = Progress::Reading;
     bool m_bodyEnded = false;

@@ -4,6 +4,8 @@
 #include "base/Text.h"
 #include "ollama/OllamaError.h"
 #include "ollama/OllamaStatus.h"
+#include "ollama/ThinkBlock.h"
+#include "store/HttpUrl.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -20,15 +22,6 @@ constexpr qint64 libraryPageLimit = 16 * 1024 * 1024;
 QByteArray jsonBody(const QJsonObject& object)
 {
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
-}
-
-QUrl endpointOf(QUrl base, QLatin1String endpoint)
-{
-    QString path = base.path(QUrl::FullyEncoded);
-    while (path.endsWith(QLatin1Char('/')))
-        path.chop(1); // a doubled slash is answered with a redirect
-    base.setPath(path + QLatin1Char('/') + endpoint, QUrl::TolerantMode);
-    return base;
 }
 
 Task<QByteArray> fetch(HttpClient* http, HttpRequest request, std::stop_token stop)
@@ -110,6 +103,12 @@ WholeChatReply decodeWholeReply(const QByteArray& body)
         if (!message)
             return decoded;
         decoded.content = message->optional("content", &JsonValue::string).value_or(QString());
+        decoded.thinking = message->optional("thinking", &JsonValue::string).value_or(QString());
+        if (decoded.thinking.isEmpty()) {
+            ThinkBlock::Parts parts = splitThinkBlock(decoded.content);
+            decoded.content = std::move(parts.reply);
+            decoded.thinking = std::move(parts.thinking);
+        }
         if (const auto calls = message->optional("tool_calls", &JsonValue::text))
             decoded.toolCalls = QJsonDocument::fromJson(*calls).array();
         return decoded;
@@ -162,7 +161,7 @@ HttpRequest OllamaClient::request(const QByteArray& method, const char* endpoint
 {
     HttpRequest request;
     request.method = method;
-    request.url = endpointOf(m_baseURL, QLatin1String(endpoint));
+    request.url = endpointUrl(m_baseURL, QLatin1String(endpoint));
     request.idleTimeout = m_idleTimeout;
     request.connectTimeout = std::min(request.connectTimeout, m_idleTimeout);
     if (!body.isEmpty()) {
@@ -213,7 +212,7 @@ Task<void> OllamaClient::remove(const QString& model, std::stop_token stop) cons
 Task<std::vector<OllamaLibraryHit>> OllamaClient::searchLibrary(const QUrl& site, const QString& query,
                                                                 std::stop_token stop) const
 {
-    return fetchLibraryPage(m_http, endpointOf(site, QLatin1String("search")), query.trimmed(),
+    return fetchLibraryPage(m_http, endpointUrl(site, QStringLiteral("search")), query.trimmed(),
                             std::move(stop));
 }
 

@@ -22,6 +22,8 @@ namespace varnel {
 struct WholeChatReply
 {
     QString content;
+    /// The model's reasoning; empty when the server tells none.
+    QString thinking;
     /// The function calls that the model asks for, as the server wrote them; empty when it asks for none.
     QJsonArray toolCalls;
 

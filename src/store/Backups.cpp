@@ -4,10 +4,15 @@
 #include "store/FileCopy.h"
 #include "store/LibraryPath.h"
 #include "store/LibraryStore.h"
+#include "store/ReplacingFile.h"
 #include "store/SessionStore.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#include <cerrno>
+#include <cstdio>
 
 namespace varnel {
 
@@ -41,20 +46,40 @@ QString backupsFolder(const QString& root)
     return root + QStringLiteral("/Backups");
 }
 
+QString backupName(Instant now)
+{
+    return toIso8601(now).replace(QLatin1Char(':'), QLatin1Char('-'));
+}
+
+/// Removes what a backup left that the end of the program interrupted.
+static void removeUnfinished(const QString& backups)
+{
+    const QStringList names = QDir(backups).entryList({QLatin1Char('*') + ReplacingFile::temporarySuffix()},
+                                                      QDir::Dirs | QDir::NoSymLinks);
+    for (const QString& name : names)
+        QDir(backups + QLatin1Char('/') + name).removeRecursively();
+}
+
 Backup makeBackup(const QString& root, const std::vector<LibraryItem>& items, Instant now)
 {
-    const QString name = toIso8601(now).replace(QLatin1Char(':'), QLatin1Char('-'));
+    const QString name = backupName(now);
     Backup backup{.name = name, .folder = backupsFolder(root) + QLatin1Char('/') + name};
-    const bool isNew = !QFileInfo::exists(backup.folder);
-    makeFolder(backup.folder);
+    if (QFileInfo::exists(backup.folder))
+        throw fileError(backup.folder, QStringLiteral("could not be made"), EEXIST);
+    removeUnfinished(backupsFolder(root));
+    // Half a backup would be taken for a whole one on the day it is needed, so it gets its name at the end.
+    const QString unfinished = backup.folder + ReplacingFile::temporarySuffix();
     try {
-        copyIfThere(SessionStore::fileIn(root), SessionStore::fileIn(backup.folder));
-        copyIfThere(LibraryStore::indexIn(root), LibraryStore::indexIn(backup.folder));
-        copyStoredFiles(items, root, backup.folder);
+        makeFolder(unfinished);
+        copyIfThere(SessionStore::fileIn(root), SessionStore::fileIn(unfinished));
+        copyIfThere(LibraryStore::indexIn(root), LibraryStore::indexIn(unfinished));
+        copyStoredFiles(items, root, unfinished);
+        if (::rename(QFile::encodeName(unfinished).constData(),
+                     QFile::encodeName(backup.folder).constData()) != 0)
+            throw fileError(backup.folder, QStringLiteral("could not be made"), errno);
+        syncFolder(backupsFolder(root));
     } catch (const Error&) {
-        // Half a backup would be taken for a whole one on the day it is needed.
-        if (isNew)
-            QDir(backup.folder).removeRecursively();
+        QDir(unfinished).removeRecursively();
         throw;
     }
     return backup;
@@ -66,9 +91,10 @@ std::vector<Backup> listBackups(const QString& root)
     const QStringList names =
         folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot | QDir::NoSymLinks, QDir::Name | QDir::Reversed);
     std::vector<Backup> backups;
-    backups.reserve(static_cast<std::size_t>(names.size()));
-    for (const QString& name : names)
-        backups.push_back({.name = name, .folder = folder.filePath(name)});
+    for (const QString& name : names) {
+        if (!name.endsWith(ReplacingFile::temporarySuffix()))
+            backups.push_back({.name = name, .folder = folder.filePath(name)});
+    }
     return backups;
 }
 

@@ -32,6 +32,8 @@ struct BackupContents
 
 /// The folder that holds the backups of a data folder.
 QString backupsFolder(const QString& root);
+/// What a backup made at a moment is called: the moment, to the second.
+QString backupName(Instant now);
 
 /// Copies the conversations, the library's index and its stored files into a folder named after the time.
 /// What is to be in it has to be saved before. Blocks for as long as the disk does; touches nothing but the

@@ -59,14 +59,6 @@ ChatSession decodeChatSession(JsonValue value)
     };
 }
 
-static void writeMessages(JsonWriter& writer, const std::vector<ChatMessage>& messages)
-{
-    writer.beginArray();
-    for (const ChatMessage& message : messages)
-        writeChatMessage(writer, message);
-    writer.endArray();
-}
-
 void writeChatSession(JsonWriter& writer, const ChatSession& session)
 {
     writer.beginObject();
@@ -81,7 +73,7 @@ void writeChatSession(JsonWriter& writer, const ChatSession& session)
     writer.key("keepAlive");
     writer.string(session.keepAlive);
     writer.key("messages");
-    writeMessages(writer, session.messages);
+    writeList(writer, session.messages, writeChatMessage);
     writer.key("model");
     writer.string(session.model);
     writer.key("pinned");
@@ -103,19 +95,6 @@ void writeChatSession(JsonWriter& writer, const ChatSession& session)
     writer.key("updatedAt");
     writeInstant(writer, session.updatedAt);
     writer.endObject();
-}
-
-std::vector<ChatSession> decodeChatSessions(JsonValue value)
-{
-    return value.list(decodeChatSession);
-}
-
-void writeChatSessions(JsonWriter& writer, const std::vector<ChatSession>& sessions)
-{
-    writer.beginArray();
-    for (const ChatSession& session : sessions)
-        writeChatSession(writer, session);
-    writer.endArray();
 }
 
 } // namespace varnel

@@ -53,8 +53,4 @@ struct ChatSession
 ChatSession decodeChatSession(JsonValue value);
 void writeChatSession(JsonWriter& writer, const ChatSession& session);
 
-/// Reads an array of conversations; one that cannot be read fails the whole.
-std::vector<ChatSession> decodeChatSessions(JsonValue value);
-void writeChatSessions(JsonWriter& writer, const std::vector<ChatSession>& sessions);
-
 } // namespace varnel

@@ -69,35 +69,30 @@ StoredConversations ConversationKeeper::load(const ChatSession& fresh)
     return take(find(*m_stores), fresh);
 }
 
-Task<StoredConversations> ConversationKeeper::loadBehind(ChatSession fresh)
-{
-    return findBehind(this, std::move(fresh));
-}
-
-Task<StoredConversations> ConversationKeeper::findBehind(ConversationKeeper* keeper, ChatSession fresh)
-{
-    Found found = co_await keeper->m_queue.runBehind([stores = keeper->m_stores] { return find(*stores); });
-    co_return keeper->take(std::move(found), fresh);
-}
-
 void ConversationKeeper::saveSessions(SessionList sessions)
 {
-    m_queue.put(SavedFile::Conversations,
-                [stores = m_stores, sessions = std::move(sessions), ended = m_ended] {
-                    std::optional<SetAside> kept = stores->sessions.save(sessions);
-                    try {
-                        stores->recovery.forget(ended);
-                    } catch (const Error&) {
-                        // It does no harm that it is still there, and the next save tries again.
-                    }
-                    return kept;
-                });
+    m_queue.put(SavedFile::Conversations, [stores = m_stores, sessions = std::move(sessions),
+                                           ended = m_ended](const std::stop_token& stop) {
+        std::optional<SetAside> kept = stores->sessions.save(sessions, stop);
+        try {
+            stores->recovery.forget(ended);
+        } catch (const Error&) {
+            // It does no harm that it is still there, and the next save tries again.
+        }
+        return kept;
+    });
 }
 
 void ConversationKeeper::saveDrafts(Drafts drafts)
 {
-    m_queue.put(SavedFile::Drafts,
-                [stores = m_stores, drafts = std::move(drafts)] { return stores->drafts.save(drafts); });
+    m_queue.put(SavedFile::Drafts, [stores = m_stores, drafts = std::move(drafts)](const std::stop_token&) {
+        return stores->drafts.save(drafts);
+    });
+}
+
+void ConversationKeeper::saveLibrary(SaveQueue::Save save)
+{
+    m_queue.put(SavedFile::Library, std::move(save));
 }
 
 void ConversationKeeper::keepReply(KeptReply reply)
@@ -119,10 +114,8 @@ void ConversationKeeper::putReply()
 {
     if (!m_reply)
         return;
-    m_queue.put(SavedFile::Recovery, [stores = m_stores, reply = std::move(*m_reply)] {
-        stores->recovery.keep(reply);
-        return std::optional<SetAside>();
-    });
+    m_queue.put(SavedFile::Recovery, [stores = m_stores, reply = std::move(*m_reply)](
+                                         const std::stop_token&) { return stores->recovery.keep(reply); });
     m_reply.reset();
 }
 
@@ -156,10 +149,14 @@ Task<Backup> ConversationKeeper::makeBackupBehind(ConversationKeeper* keeper, st
     if (const std::optional<QString> failure = keeper->failure(SavedFile::Conversations))
         throw Error(QStringLiteral("No backup was made, because the conversations could not be saved. ") +
                     *failure);
-    co_return co_await keeper->m_queue.runBehind(
-        [root = keeper->m_dataFolder, items = std::move(items), now = keeper->m_clock.now()] {
-            return makeBackup(root, items, now);
-        });
+    if (const std::optional<QString> failure = keeper->failure(SavedFile::Library))
+        throw Error(QStringLiteral("No backup was made, because the library could not be saved. ") +
+                    *failure);
+    // A large library takes its time, which the saves and whoever waits for them must not. Files are replaced
+    // as a whole, so what is copied is one state of each.
+    co_return co_await keeper->m_backups.run(
+        [root = keeper->m_dataFolder, items = std::move(items),
+         now = keeper->m_clock.now()](const std::stop_token&) { return makeBackup(root, items, now); });
 }
 
 } // namespace varnel

@@ -27,8 +27,8 @@ struct StoredConversations
     std::vector<QString> problems;
 };
 
-/// Keeps the conversations, the drafts and the running reply of a data folder on the disk, without making the
-/// window wait. It belongs to the thread of its owner.
+/// Keeps the conversations, the drafts, the running reply and the library's index of a data folder on the
+/// disk, without making the window wait. It belongs to the thread of its owner.
 class ConversationKeeper
 {
 public:
@@ -48,12 +48,12 @@ public:
     /// Where there are no conversations, or they cannot be read, `fresh` is the only one. What differs from
     /// the file is saved at once.
     StoredConversations load(const ChatSession& fresh);
-    /// The same without making the caller's thread wait; nothing else may be asked of the keeper meanwhile.
-    Task<StoredConversations> loadBehind(ChatSession fresh);
 
     /// Takes the conversations as they are now. Returns at once.
     void saveSessions(SessionList sessions);
     void saveDrafts(Drafts drafts);
+    /// Takes what saves the index of the library, see LibraryStore. Returns at once.
+    void saveLibrary(SaveQueue::Save save);
     /// Takes a running reply as far as it has come; it is written at least every replyPeriod, and not more
     /// often. Returns at once.
     void keepReply(KeptReply reply);
@@ -69,7 +69,7 @@ public:
     std::optional<QString> failure(SavedFile file) const { return m_queue.failure(file); }
 
     /// Makes a backup of the saved conversations and the library, whose items are given. Throws Error, also
-    /// when the conversations cannot be saved before.
+    /// when the conversations or the library cannot be saved before.
     Task<Backup> backUp(std::vector<LibraryItem> items);
 
 private:
@@ -95,7 +95,6 @@ private:
 
     static Found find(Stores& stores);
     StoredConversations take(Found found, const ChatSession& fresh);
-    static Task<StoredConversations> findBehind(ConversationKeeper* keeper, ChatSession fresh);
     static Task<void> pace(ConversationKeeper* keeper);
     static Task<Backup> makeBackupBehind(ConversationKeeper* keeper, std::vector<LibraryItem> items);
     void putReply();
@@ -104,6 +103,7 @@ private:
     const Clock& m_clock;
     std::shared_ptr<Stores> m_stores;
     SaveQueue m_queue;
+    Worker m_backups;
     /// The running reply, when it was not handed to the queue yet.
     std::optional<KeptReply> m_reply;
     /// Messages that are in the conversations and need not be kept apart.

@@ -65,12 +65,15 @@ std::optional<SetAside> DataFile::keepOldContents()
     return SetAside{.reason = SetAside::Reason::Changed, .file = m_path, .path = path};
 }
 
-std::optional<SetAside> DataFile::save(const std::function<void(JsonWriter&)>& write)
+std::optional<SetAside> DataFile::save(const std::function<void(JsonWriter&)>& write,
+                                       const std::stop_token& stop)
 {
     makeFolder(QFileInfo(m_path).path());
     ReplacingFile file(m_path);
     qint64 size = 0;
-    JsonWriter writer(JsonWriter::Style::Pretty, [this, &file, &size](std::string_view piece) {
+    JsonWriter writer(JsonWriter::Style::Pretty, [this, &file, &size, &stop](std::string_view piece) {
+        if (stop.stop_requested())
+            throw Cancelled();
         size += static_cast<qint64>(piece.size());
         if (size > largestSize)
             throw Error(QStringLiteral("%1 could not be saved: it would be larger than 4 GiB, more than can "

@@ -11,6 +11,7 @@
 #include <functional>
 #include <iterator>
 #include <optional>
+#include <stop_token>
 #include <vector>
 
 namespace varnel {
@@ -80,8 +81,10 @@ public:
     /// it returns, the new contents are on the disk. Throws Error; the old contents are then in place.
     ///
     /// Old contents that could not be read, or that somebody else wrote, are kept beside the file; if that
-    /// fails, nothing is saved. Yields what was kept.
-    std::optional<SetAside> save(const std::function<void(JsonWriter&)>& write);
+    /// fails, nothing is saved. Yields what was kept. A stop that comes before the new contents are complete
+    /// ends it with Cancelled.
+    std::optional<SetAside> save(const std::function<void(JsonWriter&)>& write,
+                                 const std::stop_token& stop = {});
 
     /// Removes the file if it is there. Throws Error.
     void remove();

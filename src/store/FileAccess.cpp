@@ -132,6 +132,17 @@ FileBeginning readBeginning(const QString& file, qint64 limit)
     return beginning;
 }
 
+void syncFolder(const QString& folder)
+{
+    const FileDescriptor opened(
+        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!opened.isOpen() || ::fsync(opened.get()) != 0) {
+        // Some file systems that are mounted over a network cannot sync a folder and say so.
+        if (errno != EINVAL && errno != ENOTSUP)
+            throw fileError(folder, QStringLiteral("could not be saved"), errno);
+    }
+}
+
 void makeFolder(const QString& folder)
 {
     if (QFileInfo(folder).isDir())

@@ -64,6 +64,9 @@ struct FileBeginning
 };
 FileBeginning readBeginning(const QString& file, qint64 limit);
 
+/// Waits until the names in a folder are on the disk. Throws Error.
+void syncFolder(const QString& folder);
+
 /// Makes a folder and those above it unless they are there; new ones are for the user only. Throws Error.
 void makeFolder(const QString& folder);
 

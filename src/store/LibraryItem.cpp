@@ -97,10 +97,7 @@ std::vector<LibraryItem> decodeLibraryItems(JsonValue value)
 
 void writeLibraryItems(JsonWriter& writer, const std::vector<LibraryItem>& items)
 {
-    writer.beginArray();
-    for (const LibraryItem& item : items)
-        writeLibraryItem(writer, item);
-    writer.endArray();
+    writeList(writer, items, writeLibraryItem);
 }
 
 LibraryKind kindOfFile(const QString& fileName)

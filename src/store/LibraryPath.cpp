@@ -1,6 +1,7 @@
 #include "store/LibraryPath.h"
 
 #include "base/Error.h"
+#include "store/SelfRunningFile.h"
 
 #include <QFileInfo>
 #include <QStringList>
@@ -18,10 +19,7 @@ constexpr std::array ownNames{QLatin1String("sessions."), QLatin1String("library
 
 bool isOwnName(const QString& name)
 {
-    // Some file systems take no notice of case, and some strip dots and blanks from the end.
-    QString plain = name.toCaseFolded().normalized(QString::NormalizationForm_KC);
-    while (plain.endsWith(QLatin1Char('.')) || plain.endsWith(QLatin1Char(' ')))
-        plain.chop(1);
+    const QString plain = foldedPath(name);
     return plain == QLatin1String("backups") ||
            std::any_of(ownNames.begin(), ownNames.end(),
                        [&plain](QLatin1String own) { return plain.startsWith(own); });

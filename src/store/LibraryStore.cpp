@@ -3,6 +3,7 @@
 #include "base/Text.h"
 #include "store/FileCopy.h"
 #include "store/LibraryPath.h"
+#include "store/ReplacingFile.h"
 #include "store/StoredValues.h"
 
 #include <QDir>
@@ -62,6 +63,30 @@ void checkSource(const QString& source)
                         .arg(largestImport / 1024 / 1024));
 }
 
+/// An item for a file of this name, with the place where its stored copy belongs.
+LibraryItem newItem(const QString& fileName, const QString& folder, Instant now)
+{
+    const NameParts name = partsOf(wellFormed(fileName));
+    return {.id = QUuid::createUuid(),
+            .kind = kindOfFile(fileName),
+            .title = name.title,
+            .note = {},
+            .folder = folderName(folder),
+            .relativePath = folderName(folder) + QLatin1Char('/') + uuidText(QUuid::createUuid()) +
+                            QLatin1Char('.') + storedExtension(name.extension),
+            .urlString = std::nullopt,
+            .createdAt = now,
+            .deletedAt = std::nullopt};
+}
+
+/// Makes the folder of an item's stored copy and yields the path of that.
+QString roomFor(const QString& root, const LibraryItem& item)
+{
+    const QString target = libraryFile(root, *item.relativePath);
+    makeFolder(QFileInfo(target).path());
+    return target;
+}
+
 } // namespace
 
 LibraryItem copyIntoLibrary(const QString& root, const QUrl& source, const QString& folder, Instant now)
@@ -71,21 +96,19 @@ LibraryItem copyIntoLibrary(const QString& root, const QUrl& source, const QStri
                         .arg(source.toDisplayString(QUrl::RemovePassword)));
     const QString path = source.toLocalFile();
     checkSource(path);
-    const NameParts name = partsOf(wellFormed(QFileInfo(path).fileName()));
-    const QString stored = folderName(folder) + QLatin1Char('/') + uuidText(QUuid::createUuid()) +
-                           QLatin1Char('.') + storedExtension(name.extension);
-    const QString target = libraryFile(root, stored);
-    makeFolder(QFileInfo(target).path());
-    copyFile(path, target);
-    return {.id = QUuid::createUuid(),
-            .kind = kindOfFile(path),
-            .title = name.title,
-            .note = {},
-            .folder = folderName(folder),
-            .relativePath = stored,
-            .urlString = std::nullopt,
-            .createdAt = now,
-            .deletedAt = std::nullopt};
+    LibraryItem item = newItem(QFileInfo(path).fileName(), folder, now);
+    copyFile(path, roomFor(root, item));
+    return item;
+}
+
+LibraryItem storeInLibrary(const QString& root, const QByteArray& contents, const QString& fileName,
+                           const QString& folder, Instant now)
+{
+    LibraryItem item = newItem(fileName, folder, now);
+    ReplacingFile file(roomFor(root, item));
+    file.write(std::string_view(contents.constData(), static_cast<std::size_t>(contents.size())));
+    file.commitNew();
+    return item;
 }
 
 bool hasMedia(const LibraryItem& item)
@@ -106,9 +129,10 @@ std::optional<PromptMedia> mediaOf(const QString& root, const LibraryItem& item)
                        .data = std::move(contents.bytes)};
 }
 
-LibraryStore::LibraryStore(const QString& root)
+LibraryStore::LibraryStore(const QString& root, Saver saver)
     : m_root(root)
-    , m_index(indexIn(root))
+    , m_saver(std::move(saver))
+    , m_index(std::make_shared<DataFile>(indexIn(root)))
 {
     try {
         makeFolder(root);
@@ -116,7 +140,7 @@ LibraryStore::LibraryStore(const QString& root)
         // A save into a folder that is still missing says so itself.
     }
     try {
-        m_items = m_index.load(decodeLibraryItems).value_or(std::vector<LibraryItem>());
+        m_items = m_index->load(decodeLibraryItems).value_or(std::vector<LibraryItem>());
     } catch (const Error& error) {
         m_loadProblem = error.message();
     }
@@ -138,17 +162,11 @@ const LibraryItem* LibraryStore::find(const QUuid& id) const
     return found == m_items.end() ? nullptr : &*found;
 }
 
-std::vector<SetAside> LibraryStore::takeSetAside()
-{
-    return std::exchange(m_setAside, {});
-}
-
-/// Writes the items and keeps them only when they are on the disk.
 void LibraryStore::change(std::vector<LibraryItem> items)
 {
-    if (const std::optional<SetAside> kept =
-            m_index.save([&items](JsonWriter& writer) { writeLibraryItems(writer, items); }))
-        m_setAside.push_back(*kept);
+    m_saver([index = m_index, items](const std::stop_token& stop) {
+        return index->save([&items](JsonWriter& writer) { writeLibraryItems(writer, items); }, stop);
+    });
     m_items = std::move(items);
 }
 
@@ -241,11 +259,6 @@ void LibraryStore::removeForGood(const QUuid& id)
 void LibraryStore::replaceItems(std::vector<LibraryItem> items)
 {
     change(std::move(items));
-}
-
-void LibraryStore::save()
-{
-    change(m_items);
 }
 
 } // namespace varnel

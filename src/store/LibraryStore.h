@@ -4,12 +4,14 @@
 #include "store/DataFile.h"
 #include "store/LibraryItem.h"
 #include "store/PromptMedia.h"
+#include "store/SaveQueue.h"
 
 #include <QString>
 #include <QUrl>
 #include <QUuid>
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -23,6 +25,11 @@ constexpr qint64 largestImport = qint64(100) * 1024 * 1024;
 /// Throws Error.
 LibraryItem copyIntoLibrary(const QString& root, const QUrl& source, const QString& folder, Instant now);
 
+/// The same with contents that no file holds yet, such as what was pasted.
+/// @param fileName what a file with these contents would be called; its extension says what they are.
+LibraryItem storeInLibrary(const QString& root, const QByteArray& contents, const QString& fileName,
+                           const QString& folder, Instant now);
+
 /// Whether the bytes of an item can be sent along with a prompt, as an image or a PDF.
 bool hasMedia(const LibraryItem& item);
 /// The bytes of an item for a prompt; nothing when it has none that can be sent. Reads the stored copy and
@@ -31,14 +38,18 @@ std::optional<PromptMedia> mediaOf(const QString& root, const LibraryItem& item)
 
 /// The user's collection of files, PDFs, images and links: its index and the stored copies.
 ///
-/// Every operation that changes something saves the index before it returns and throws Error when that
-/// failed; nothing has changed then. It belongs to no thread, but only one may use it at a time.
+/// Every operation that changes something saves the index. When that throws Error, nothing has changed. It
+/// belongs to no thread, but only one may use it at a time.
 class LibraryStore
 {
 public:
+    /// Does a save of the index, at once or later and on another thread; of several the latest counts. A save
+    /// yields what had to be kept beside the index, and throws Error.
+    using Saver = std::function<void(SaveQueue::Save)>;
+
     /// Reads the index of a data folder, which is made if it is missing. An index that cannot be read gives
     /// an empty library; loadProblem() says so, and the next save renames it, so that nothing is lost.
-    explicit LibraryStore(const QString& root);
+    explicit LibraryStore(const QString& root, Saver saver = saveAtOnce);
 
     static QString indexIn(const QString& root) { return root + QStringLiteral("/library.json"); }
 
@@ -51,8 +62,6 @@ public:
     const LibraryItem* find(const QUuid& id) const;
     /// One line for the user when the index could not be read.
     const std::optional<QString>& loadProblem() const { return m_loadProblem; }
-    /// What was kept aside by saves since this was asked last.
-    std::vector<SetAside> takeSetAside();
 
     /// Copies a file into the library. See copyIntoLibrary().
     const LibraryItem& importFile(const QUrl& source, const QString& folder, Instant now);
@@ -71,17 +80,17 @@ public:
     void removeForGood(const QUuid& id);
     /// Takes all items of another index, for example that of a backup, in place of these.
     void replaceItems(std::vector<LibraryItem> items);
-    /// Writes the index once more.
-    void save();
 
 private:
+    static void saveAtOnce(const SaveQueue::Save& save) { save({}); }
     void change(std::vector<LibraryItem> items);
 
     QString m_root;
-    DataFile m_index;
+    Saver m_saver;
+    /// Used by saves only once it was read.
+    std::shared_ptr<DataFile> m_index;
     std::vector<LibraryItem> m_items;
     std::optional<QString> m_loadProblem;
-    std::vector<SetAside> m_setAside;
 };
 
 } // namespace varnel

@@ -21,27 +21,12 @@ QStringList noteAndLink(const LibraryItem& item)
     return lines;
 }
 
-/// Takes away what a cut left of the last character.
-void chopBrokenCharacter(QByteArray& bytes)
-{
-    qsizetype start = bytes.size();
-    while (start > 0 && bytes.size() - start < 4 &&
-           (static_cast<unsigned char>(bytes[start - 1]) & 0xC0U) == 0x80U)
-        --start;
-    if (start == 0)
-        return;
-    const auto lead = static_cast<unsigned char>(bytes[start - 1]);
-    const qsizetype length = lead >= 0xF0U ? 4 : lead >= 0xE0U ? 3 : lead >= 0xC0U ? 2 : 1;
-    if (bytes.size() - (start - 1) < length)
-        bytes.truncate(start - 1);
-}
-
 QString contentsOf(const QString& file)
 {
     FileBeginning beginning = readBeginning(file, largestAttachedText);
     const bool isCut = beginning.size > beginning.bytes.size();
     if (isCut)
-        chopBrokenCharacter(beginning.bytes);
+        beginning.bytes.truncate(withoutCutCharacter(beginning.bytes).size());
     if (beginning.bytes.startsWith("\xEF\xBB\xBF"))
         beginning.bytes.remove(0, 3);
     if (!isUtf8(QByteArrayView(beginning.bytes)) || beginning.bytes.contains('\0'))

@@ -78,7 +78,7 @@ std::vector<KeptReply> RecoveryFile::load()
     return m_replies;
 }
 
-void RecoveryFile::keep(const KeptReply& reply)
+std::optional<SetAside> RecoveryFile::keep(const KeptReply& reply)
 {
     std::vector<KeptReply> replies = m_replies;
     const auto old = std::find_if(replies.begin(), replies.end(), isOf(reply.message.id));
@@ -86,7 +86,7 @@ void RecoveryFile::keep(const KeptReply& reply)
         replies.push_back(reply);
     else
         *old = reply;
-    write(std::move(replies));
+    return write(std::move(replies));
 }
 
 QString RecoveryFile::setAside()
@@ -105,19 +105,16 @@ void RecoveryFile::forget(const std::vector<QUuid>& messages)
         write(std::move(remaining));
 }
 
-void RecoveryFile::write(std::vector<KeptReply> replies)
+std::optional<SetAside> RecoveryFile::write(std::vector<KeptReply> replies)
 {
+    std::optional<SetAside> kept;
     if (replies.empty()) {
         m_file.remove();
     } else {
-        m_file.save([&replies](JsonWriter& writer) {
-            writer.beginArray();
-            for (const KeptReply& reply : replies)
-                writeKeptReply(writer, reply);
-            writer.endArray();
-        });
+        kept = m_file.save([&replies](JsonWriter& writer) { writeList(writer, replies, writeKeptReply); });
     }
     m_replies = std::move(replies);
+    return kept;
 }
 
 } // namespace varnel

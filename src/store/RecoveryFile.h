@@ -7,6 +7,7 @@
 #include <QString>
 #include <QUuid>
 
+#include <optional>
 #include <vector>
 
 namespace varnel {
@@ -44,8 +45,9 @@ public:
 
     /// What an earlier run left. Throws Error when the file cannot be read.
     std::vector<KeptReply> load();
-    /// Writes the reply, in place of what was kept of the same message. Throws Error.
-    void keep(const KeptReply& reply);
+    /// Writes the reply, in place of what was kept of the same message. Throws Error. Yields what had to be
+    /// kept beside the file.
+    std::optional<SetAside> keep(const KeptReply& reply);
     /// Renames the file, so that what it holds stays when it cannot be put into its conversations; yields the
     /// new path. Throws Error.
     QString setAside();
@@ -53,7 +55,7 @@ public:
     void forget(const std::vector<QUuid>& messages);
 
 private:
-    void write(std::vector<KeptReply> replies);
+    std::optional<SetAside> write(std::vector<KeptReply> replies);
 
     DataFile m_file;
     std::vector<KeptReply> m_replies;

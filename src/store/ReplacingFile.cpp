@@ -61,25 +61,13 @@ void ReplacingFile::sync()
     m_isSynced = true;
 }
 
-void ReplacingFile::syncFolder() const
-{
-    const QString folder = QFileInfo(m_file).path();
-    const FileDescriptor opened(
-        ::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!opened.isOpen() || ::fsync(opened.get()) != 0) {
-        // Some file systems that are mounted over a network cannot sync a folder and say so.
-        if (errno != EINVAL && errno != ENOTSUP)
-            throw fileError(folder, QStringLiteral("could not be saved"), errno);
-    }
-}
-
 FileStamp ReplacingFile::commit()
 {
     sync();
     if (::rename(QFile::encodeName(m_temporary).constData(), QFile::encodeName(m_file).constData()) != 0)
         throw fileError(m_file, QStringLiteral("could not be saved"), errno);
     m_exists = false;
-    syncFolder();
+    syncFolder(QFileInfo(m_file).path());
     return stampOf(m_descriptor.get());
 }
 
@@ -99,7 +87,7 @@ FileStamp ReplacingFile::commitNew()
             throw fileError(m_file, QStringLiteral("could not be saved"), errno);
     }
     m_exists = false;
-    syncFolder();
+    syncFolder(QFileInfo(m_file).path());
     return stampOf(m_descriptor.get());
 }
 

@@ -36,8 +36,6 @@ public:
     static QString temporarySuffix() { return QStringLiteral(".saving"); }
 
 private:
-    void syncFolder() const;
-
     QString m_file;
     QString m_temporary;
     FileDescriptor m_descriptor;

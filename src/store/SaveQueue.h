@@ -7,15 +7,17 @@
 #include <QString>
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <stop_token>
 #include <vector>
 
 namespace varnel {
 
 /// The files that are saved behind the user's back.
-enum class SavedFile { Conversations, Recovery, Drafts };
+enum class SavedFile { Conversations, Recovery, Drafts, Library };
 
 /// How one save ended.
 struct SaveStatus
@@ -32,8 +34,9 @@ struct SaveStatus
 class SaveQueue
 {
 public:
-    /// Writes a snapshot that it owns; runs on the queue's thread and throws Error.
-    using Save = std::function<std::optional<SetAside>()>;
+    /// Writes a snapshot that it owns; runs on the queue's thread and throws Error. It may end with Cancelled
+    /// when it is stopped, which happens only when a later snapshot of the same file waits.
+    using Save = std::function<std::optional<SetAside>(const std::stop_token&)>;
     using Report = std::function<void(const SaveStatus&)>;
 
     /// @param report told on the caller's thread, from the event loop or from flush(), how each save ended.
@@ -50,7 +53,8 @@ public:
 
     /// Ends when everything that was put before is on the disk or has failed, and was reported.
     Task<void> flushed();
-    /// The same at once, blocking: for the end of the program. What had failed is tried once more.
+    /// The same at once, blocking: for the end of the program. What had failed is tried once more, and a
+    /// running save that a later one has overtaken is given up.
     void flush();
     /// Why the latest save of a file failed; nothing if it did not, or is yet to begin.
     std::optional<QString> failure(SavedFile file) const;
@@ -59,10 +63,12 @@ public:
     template <typename Work>
     Task<std::invoke_result_t<Work>> runBehind(Work work)
     {
-        return m_worker.run([state = m_state, work = std::move(work)](const std::stop_token&) mutable {
-            drain(*state);
-            return work();
-        });
+        // What is put from now on is not waited for: somebody may go on changing things for long.
+        return m_worker.run(
+            [state = m_state, last = lastNumber(), work = std::move(work)](const std::stop_token&) mutable {
+                drain(*state, last);
+                return work();
+            });
     }
 
 private:
@@ -71,21 +77,31 @@ private:
         SavedFile file;
         Save save;
         QString failure;
+        /// Counted up from put to put; a snapshot in place of an older one that still waited has that one's.
+        quint64 number = 0;
     };
     /// Shared with the thread, which may outlive the queue when the disk hangs.
     struct State
     {
         std::mutex mutex;
+        quint64 lastNumber = 0;
         std::vector<Entry> waiting;
         std::vector<Entry> failed;
         std::vector<SaveStatus> ended;
+        /// What is being saved, and how to stop it.
+        std::optional<SavedFile> running;
+        std::stop_source stopRunning;
         /// Held by whoever saves.
         std::mutex saving;
     };
 
-    static void drain(State& state);
+    quint64 lastNumber() const;
+    /// Saves until nothing waits whose number is `last` or less.
+    static void drain(State& state, quint64 last = std::numeric_limits<quint64>::max());
     static void retryFailed(State& state);
-    static SaveStatus saveOne(State& state, Entry entry);
+    static std::optional<Entry> takeNext(State& state, quint64 last);
+    static void stopOvertaken(State& state);
+    static void saveOne(State& state, Entry entry);
     static Task<void> follow(SaveQueue* queue);
     static Task<void> waitUntilSaved(SaveQueue* queue);
     void deliver();

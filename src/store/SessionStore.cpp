@@ -1,5 +1,7 @@
 #include "store/SessionStore.h"
 
+#include "store/StoredValues.h"
+
 namespace varnel {
 
 SessionList SessionStore::load()
@@ -9,14 +11,10 @@ SessionList SessionStore::load()
     return sessions;
 }
 
-std::optional<SetAside> SessionStore::save(const SessionList& sessions)
+std::optional<SetAside> SessionStore::save(const SessionList& sessions, const std::stop_token& stop)
 {
-    return m_file.save([&sessions](JsonWriter& writer) {
-        writer.beginArray();
-        for (const ChatSession& session : sessions)
-            writeChatSession(writer, session);
-        writer.endArray();
-    });
+    return m_file.save([&sessions](JsonWriter& writer) { writeList(writer, sessions, writeChatSession); },
+                       stop);
 }
 
 } // namespace varnel

@@ -7,6 +7,7 @@
 #include <QUrl>
 
 #include <optional>
+#include <stop_token>
 
 namespace varnel {
 
@@ -28,8 +29,9 @@ public:
     SessionList load();
 
     /// Replaces the file by these conversations; they are on the disk when it returns. Throws Error, and the
-    /// old file is in place then. Yields what had to be kept beside it.
-    std::optional<SetAside> save(const SessionList& sessions);
+    /// old file is in place then; so does a stop, with Cancelled, as long as it comes before the new file is
+    /// complete. Yields what had to be kept beside it.
+    std::optional<SetAside> save(const SessionList& sessions, const std::stop_token& stop = {});
 
 private:
     DataFile m_file;

@@ -20,6 +20,16 @@ Instant decodeInstant(JsonValue value);
 /// Throws Error for a moment that decodeInstant() would refuse.
 void writeInstant(JsonWriter& writer, Instant instant);
 
+/// Writes an array whose elements `write` writes.
+template <typename Items, typename Write>
+void writeList(JsonWriter& writer, const Items& items, Write write)
+{
+    writer.beginArray();
+    for (const auto& item : items)
+        write(writer, item);
+    writer.endArray();
+}
+
 /// For a text that is none of the texts allowed at its place.
 DecodeError unknownValue(const QString& text);
 

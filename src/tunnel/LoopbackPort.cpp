@@ -22,6 +22,8 @@ public:
     Socket()
         : m_descriptor(::socket(AF_INET, SOCK_STREAM, 0))
     {
+        if (!isOpen())
+            return;
         ::fcntl(m_descriptor, F_SETFD, FD_CLOEXEC);
         ::fcntl(m_descriptor, F_SETFL, O_NONBLOCK);
     }
@@ -31,10 +33,12 @@ public:
     Socket& operator=(Socket&&) = delete;
     ~Socket()
     {
-        if (m_descriptor >= 0)
+        if (isOpen())
             ::close(m_descriptor);
     }
 
+    /// Whether the system had one to give.
+    bool isOpen() const { return m_descriptor >= 0; }
     int descriptor() const { return m_descriptor; }
 
 private:
@@ -62,6 +66,8 @@ bool isConnectedToItself(const Socket& socket, int port)
 bool isAnswered(int port)
 {
     const Socket socket;
+    if (!socket.isOpen())
+        return false;
     const sockaddr_in address = loopback(port);
     if (::connect(socket.descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
         return !isConnectedToItself(socket, port);
@@ -79,6 +85,8 @@ bool isAnswered(int port)
 bool canListen(int port)
 {
     const Socket socket;
+    if (!socket.isOpen())
+        return false;
     // As ssh does it: what is left of closed connections is not in the way.
     const int yes = 1;
     ::setsockopt(socket.descriptor(), SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);

@@ -51,7 +51,7 @@ std::optional<QString> sshForward(const ConnectionSettings& settings)
 
 std::optional<QString> sshIdentityFile(const ConnectionSettings& settings)
 {
-    const QString path = settings.sshIdentityFile.trimmed();
+    QString path = settings.sshIdentityFile.trimmed();
     const auto endsText = [](QChar character) {
         return character == QLatin1Char('\n') || character == QLatin1Char('\r') || character.isNull();
     };

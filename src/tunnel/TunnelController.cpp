@@ -4,7 +4,6 @@
 #include "base/Error.h"
 #include "base/SecretStore.h"
 #include "base/StopWakeup.h"
-#include "base/Worker.h"
 #include "providers/VarnelError.h"
 #include "tunnel/TunnelProcess.h"
 
@@ -80,7 +79,7 @@ QList<QStringView> linesOf(QStringView text)
 QString firstCharacters(QStringView text, int count)
 {
     // What a server says may be one line of a mebibyte; no character takes this much room.
-    const QString front = text.first(std::min<qsizetype>(text.size(), 64 * qsizetype(count))).toString();
+    QString front = text.first(std::min<qsizetype>(text.size(), 64 * qsizetype(count))).toString();
     QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, front);
     for (int i = 0; i < count; ++i) {
         if (finder.toNextBoundary() < 0)
@@ -106,7 +105,7 @@ Task<void> TunnelController::start(ConnectionSettings settings, std::stop_token 
     sshArguments(settings,
                  SavedPassword::None); // refuses what is not usable before anybody is asked anything
     const qint64 generation = ++m_generation;
-    const SavedPassword password = co_await readPassword(m_services, stop);
+    const SavedPassword password = co_await readPassword(stop);
     if (m_generation != generation || stop.stop_requested())
         throw Cancelled();
 
@@ -125,14 +124,16 @@ Task<void> TunnelController::start(ConnectionSettings settings, std::stop_token 
         m_child.reset();
         throw;
     }
-    if (m_generation != generation)
+    if (m_generation != generation) {
+        child->terminate(); // nobody else may know of it
         throw Cancelled();
+    }
 }
 
-Task<SavedPassword> TunnelController::readPassword(Services services, std::stop_token stop)
+Task<SavedPassword> TunnelController::readPassword(std::stop_token stop)
 {
-    return services.worker.run(
-        [secrets = services.secrets](const std::stop_token&) {
+    return m_passwords.run(
+        [secrets = m_services.secrets](const std::stop_token&) {
             std::optional<QString> password =
                 secrets->read(QStringLiteral("varnel.ssh.password"), Unlocking::MayPrompt);
             if (!password || password->isEmpty())

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Task.h"
+#include "base/Worker.h"
 #include "store/ConnectionSettings.h"
 #include "tunnel/SshArguments.h"
 #include "tunnel/TunnelSystem.h"
@@ -18,7 +19,6 @@ class Clock;
 class ProcessRunner;
 class SecretStore;
 class TunnelProcess;
-class Worker;
 
 /// Runs and supervises the one ssh child that forwards a local port to the Ollama host. It builds the command
 /// line, names this program as ssh's askpass helper when a password is saved, keeps what ssh prints, and
@@ -31,7 +31,7 @@ class TunnelController
 {
 public:
     /// What the controller works with; all of it outlives the controller. The secrets are shared because a
-    /// keyring that hangs may hold the worker longer than anybody waits.
+    /// keyring that hangs may be asked for longer than anybody waits.
     struct Services
     {
         std::shared_ptr<SecretStore> secrets;
@@ -62,8 +62,8 @@ public:
     void setOnExit(ExitHandler handler) { m_onExit = std::move(handler); }
 
     /// Ends when ssh is being executed, which is long before the forward is there. Reading the password may
-    /// ask the user to unlock the keyring, so that askpass, which never asks, finds it open. A child from an
-    /// earlier start is let go of, not ended.
+    /// ask the user to unlock the keyring, so that askpass, which never asks, finds it open. A child that an
+    /// earlier start launched is let go of, not ended.
     ///
     /// Throws VarnelError if the settings are not usable, if there is a password but nobody to answer with
     /// it, or if ssh cannot be executed; Cancelled if a stop is requested, or if stop(), detach() or another
@@ -92,12 +92,13 @@ public:
     static QString summary(const QString& output);
 
 private:
-    static Task<SavedPassword> readPassword(Services services, std::stop_token stop);
+    Task<SavedPassword> readPassword(std::stop_token stop);
     void launch(const ConnectionSettings& settings, SavedPassword password);
     void childEnded(int status, const QString& output);
 
     Services m_services;
     Programs m_programs;
+    Worker m_passwords; // the user may take minutes to unlock a keyring, and others need the shared one
     ExitHandler m_onExit;
     std::shared_ptr<TunnelProcess> m_child;
     int m_localPort = 0;

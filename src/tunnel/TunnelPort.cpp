@@ -116,7 +116,7 @@ Task<bool> TunnelPort::isBlocked(int port, std::stop_token stop) const
                         std::move(stop));
 }
 
-Task<void> TunnelPort::reclaim(ConnectionSettings settings, std::stop_token stop) const
+Task<void> TunnelPort::reclaim(const ConnectionSettings& settings, std::stop_token stop) const
 {
     const std::optional<QString> forward = sshForward(settings);
     const std::optional<QString> destination = sshDestination(settings);

@@ -43,7 +43,7 @@ public:
     Task<bool> isBlocked(int port, std::stop_token stop) const;
     /// Asks every ssh that listens on the local port with the forward and destination of the settings to end,
     /// and waits for up to two seconds until none is left.
-    Task<void> reclaim(ConnectionSettings settings, std::stop_token stop) const;
+    Task<void> reclaim(const ConnectionSettings& settings, std::stop_token stop) const;
 
     /// Runs a program to its end and returns its standard output; empty if it could not be run, took too long
     /// or wrote something else than UTF-8.

@@ -1,17 +1,108 @@
 #include "ui/ComposerState.h"
 
+#include <QLocale>
+
 #include <algorithm>
 
 namespace varnel {
 
-ComposerState::ComposerState(AppModel& app, QObject* parent)
+ComposerState::ComposerState(AppModel& app, PromptEdit& edit, const WindowState& state, QObject* parent)
     : QObject(parent)
     , m_app(app)
+    , m_edit(edit)
+    , m_sendsWithControl(state.sendsWithControl)
 {
-    connect(&app, &AppModel::draftChanged, this, &ComposerState::updateCanSend);
+    const auto followText = [this] {
+        updateCanSend();
+        Q_EMIT textChanged();
+        Q_EMIT contextChanged();
+        Q_EMIT noticeChanged();
+    };
+    connect(&app, &AppModel::draftChanged, this, followText);
+    connect(&edit, &PromptEdit::textChanged, this, followText);
+    connect(&app, &AppModel::attachmentIDsChanged, this, &ComposerState::updateCanSend);
     connect(&app, &AppModel::isStreamingChanged, this, &ComposerState::updateCanSend);
     connect(&app, &AppModel::statusMessageChanged, this, &ComposerState::statusLineChanged);
+    connect(&app, &AppModel::selectedSessionChanged, this, [this] {
+        if (m_asksCloud && !m_app.needsCloudConfirmation())
+            setAsksCloud(false);
+        Q_EMIT contextChanged();
+        Q_EMIT noticeChanged();
+        Q_EMIT cloudNameChanged();
+    });
+    connect(&app, &AppModel::selectionChanged, this, [this] { setAsksCloud(false); });
+    connect(&app, &AppModel::messagesChanged, this, [this](const QUuid& session) {
+        if (session == m_app.selection()) {
+            Q_EMIT contextChanged();
+            Q_EMIT noticeChanged();
+        }
+    });
+    connect(&app, &AppModel::isImportingChanged, this, [this] {
+        if (!m_app.isImporting() && std::exchange(m_sendWhenImported, {}) == m_app.selection())
+            send();
+    });
     updateCanSend();
+}
+
+QString ComposerState::text() const
+{
+    return m_edit.active() ? m_edit.text() : m_app.draft();
+}
+
+void ComposerState::setText(const QString& text)
+{
+    if (m_edit.active())
+        m_edit.setText(text);
+    else
+        m_app.setDraft(text);
+}
+
+void ComposerState::send()
+{
+    if (m_app.isImporting() && !m_edit.active()) {
+        m_sendWhenImported = m_app.selection();
+        return;
+    }
+    if (m_canSend && m_app.needsCloudConfirmation())
+        setAsksCloud(true);
+    else
+        sendNow();
+}
+
+void ComposerState::sendNow()
+{
+    if (m_edit.active())
+        m_edit.sendAgain();
+    else
+        m_app.send();
+}
+
+void ComposerState::agreeToCloud()
+{
+    m_app.confirmCloud();
+    setAsksCloud(false);
+    sendNow();
+}
+
+void ComposerState::refuseCloud()
+{
+    setAsksCloud(false);
+}
+
+void ComposerState::setAsksCloud(bool asks)
+{
+    if (asks == m_asksCloud)
+        return;
+    m_asksCloud = asks;
+    Q_EMIT asksCloudChanged();
+}
+
+QString ComposerState::cloudName() const
+{
+    const ChatSession* const selected = m_app.selectedSession();
+    return selected && selected->answerBackend == AnswerBackend::Remote
+               ? displayName(selected->remoteProvider)
+               : QString();
 }
 
 QString ComposerState::statusLine() const
@@ -20,12 +111,34 @@ QString ComposerState::statusLine() const
     return m_app.statusMessage().left(longest).simplified();
 }
 
+QString ComposerState::notice() const
+{
+    constexpr qsizetype longest = 400;
+    const QString tools = m_app.toolsHint();
+    return (tools.isEmpty() ? m_app.contextWarning() : tools).left(longest);
+}
+
+QString ComposerState::contextLabel() const
+{
+    // Beyond this a number says no more than that it is far too much.
+    constexpr double largest = 9.99;
+    return tr("≈ %1 %").arg(qRound(std::min(contextShare(), largest) * 100));
+}
+
+QString ComposerState::contextDetail() const
+{
+    const ContextUse use = m_app.contextUse();
+    const QLocale locale;
+    return tr("Context: ≈ %1 of %2 tokens").arg(locale.toString(use.tokens), locale.toString(use.limit));
+}
+
 void ComposerState::updateCanSend()
 {
-    const QString draft = m_app.draft();
+    const QString written = text();
     const bool blank =
-        std::all_of(draft.begin(), draft.end(), [](QChar character) { return character.isSpace(); });
-    const bool canSend = !blank && !m_app.isStreaming();
+        std::all_of(written.begin(), written.end(), [](QChar character) { return character.isSpace(); });
+    const bool hasAttachments = !m_edit.active() && !m_app.attachmentIDs().empty();
+    const bool canSend = (!blank || hasAttachments) && !m_app.isBusy();
     if (canSend == m_canSend)
         return;
     m_canSend = canSend;
@@ -34,33 +147,36 @@ void ComposerState::updateCanSend()
 
 int ComposerState::cursor() const
 {
-    const int end = static_cast<int>(m_app.draft().size());
+    const int end = static_cast<int>(text().size());
     const auto found = m_cursors.find(m_app.selection());
-    return found == m_cursors.end() ? end : std::min(found->second, end);
+    return found == m_cursors.end() || m_edit.active() ? end : std::min(found->second, end);
 }
 
 void ComposerState::rememberCursor(int position)
 {
-    m_cursors[m_app.selection()] = position;
+    if (!m_edit.active())
+        m_cursors[m_app.selection()] = position;
 }
 
 bool ComposerState::editLastPrompt()
 {
     const ChatSession* const session = m_app.selectedSession();
-    if (!session || !m_app.draft().isEmpty())
+    if (!session || m_edit.active() || !m_app.draft().isEmpty())
         return false;
-    m_cursors.erase(session->id);
     if (m_app.failure() && m_app.failure()->session == session->id && !m_app.isStreaming()) {
+        m_cursors.erase(session->id);
         m_app.editFailed();
         return true;
     }
-    const auto prompt =
-        std::find_if(session->messages.rbegin(), session->messages.rend(),
-                     [](const ChatMessage& message) { return message.role == ChatRole::User; });
-    if (prompt == session->messages.rend())
-        return false;
-    m_app.setDraft(QString(prompt->content));
-    return true;
+    return m_edit.beginLast();
+}
+
+void ComposerState::setSendsWithControl(bool control)
+{
+    if (control == m_sendsWithControl)
+        return;
+    m_sendsWithControl = control;
+    Q_EMIT sendsWithControlChanged();
 }
 
 } // namespace varnel

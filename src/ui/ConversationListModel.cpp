@@ -42,6 +42,8 @@ QVariant ConversationListModel::data(const QModelIndex& index, int role) const
         return {};
     const ConversationRow& row = m_rows[static_cast<std::size_t>(index.row())];
     switch (role) {
+    case IdRole:
+        return row.id.toString(QUuid::WithoutBraces);
     case Qt::DisplayRole:
     case TitleRole:
         return row.title;
@@ -70,10 +72,10 @@ QVariant ConversationListModel::data(const QModelIndex& index, int role) const
 
 QHash<int, QByteArray> ConversationListModel::roleNames() const
 {
-    return {{TitleRole, "title"},        {PreviewRole, "preview"}, {TimeRole, "time"},
-            {GroupRole, "group"},        {PinnedRole, "pinned"},   {StreamingRole, "streaming"},
-            {UnseenRole, "unseen"},      {CurrentRole, "current"}, {HitStartRole, "hitStart"},
-            {HitLengthRole, "hitLength"}};
+    return {{IdRole, "identifier"},       {TitleRole, "title"},        {PreviewRole, "preview"},
+            {TimeRole, "time"},           {GroupRole, "group"},        {PinnedRole, "pinned"},
+            {StreamingRole, "streaming"}, {UnseenRole, "unseen"},      {CurrentRole, "current"},
+            {HitStartRole, "hitStart"},   {HitLengthRole, "hitLength"}};
 }
 
 int ConversationListModel::currentRow() const
@@ -88,8 +90,33 @@ bool ConversationListModel::searching() const
 
 void ConversationListModel::open(int row)
 {
+    const QUuid* const id = sessionAt(row);
+    if (!id)
+        return;
+    const SessionHit* const found = searching() ? hitIn(*id) : nullptr;
+    const SessionHit hit = found ? *found : SessionHit();
+    m_app.select(QUuid(*id));
+    if (!hit.message.isNull())
+        Q_EMIT hitOpened(hit.message.toString(QUuid::WithoutBraces),
+                         hit.snippet.mid(hit.hitStart, hit.hitLength));
+}
+
+void ConversationListModel::openFirstHit()
+{
+    m_opensFirst = searching() && !m_app.sessionHits();
+    if (searching() && !m_opensFirst)
+        open(0);
+}
+
+int ConversationListModel::rowOf(const QString& id) const
+{
+    return rowOfSession(QUuid(id));
+}
+
+void ConversationListModel::duplicate(int row)
+{
     if (const QUuid* const id = sessionAt(row))
-        m_app.select(QUuid(*id));
+        m_app.duplicate(QUuid(*id));
 }
 
 void ConversationListModel::rename(int row, const QString& title)
@@ -267,6 +294,8 @@ void ConversationListModel::takeHits()
             m_hits.emplace(hit.session, hit);
     }
     refresh();
+    if (m_app.sessionHits() && std::exchange(m_opensFirst, false))
+        open(0);
 }
 
 void ConversationListModel::noteStreaming()

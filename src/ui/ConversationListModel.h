@@ -28,7 +28,8 @@ class ConversationListModel : public QAbstractListModel
 
 public:
     enum Role {
-        TitleRole = Qt::UserRole,
+        IdRole = Qt::UserRole,
+        TitleRole,
         PreviewRole,
         TimeRole,
         GroupRole,
@@ -58,7 +59,13 @@ public:
     int count() const { return static_cast<int>(m_rows.size()); }
 
     /// Operations on the conversation of a row; a row that is not there does nothing.
+    /// Where the search found words in its messages, that is told with hitOpened().
     Q_INVOKABLE void open(int row);
+    /// Opens the first row of what the search finds, once it has found it.
+    Q_INVOKABLE void openFirstHit();
+    /// The row of the conversation of that identifier, as the role tells it; -1 if the list has none.
+    Q_INVOKABLE int rowOf(const QString& id) const;
+    Q_INVOKABLE void duplicate(int row);
     /// The message in which the search found its words; null if it is the title, or nothing is searched.
     Q_INVOKABLE QUuid hitMessage(int row) const;
     Q_INVOKABLE void rename(int row, const QString& title);
@@ -74,6 +81,8 @@ Q_SIGNALS:
     void currentRowChanged();
     void searchingChanged();
     void countChanged();
+    /// A conversation was opened where the search found this text in this message.
+    void hitOpened(const QString& message, const QString& text);
 
 private:
     ConversationRow describe(const ChatSession& session, const QDateTime& now) const;
@@ -98,6 +107,7 @@ private:
     const Clock& m_clock;
     std::vector<ConversationRow> m_rows;
     std::map<QUuid, SessionHit> m_hits;
+    bool m_opensFirst = false; ///< what the search finds first is to be opened
     std::set<QUuid> m_unseen;
     QUuid m_streaming;
     QTimer m_midnight;

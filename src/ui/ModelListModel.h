@@ -1,11 +1,14 @@
 #pragma once
 
+#include "base/Task.h"
 #include "engine/AppModel.h"
+#include "providers/RemoteProvider.h"
 #include "ui/EngineObjects.h"
 
 #include <QAbstractListModel>
 #include <QtQml/qqmlregistration.h>
 
+#include <optional>
 #include <vector>
 
 namespace varnel {
@@ -14,17 +17,21 @@ namespace varnel {
 struct ModelRow
 {
     QString name;
+    /// Nothing for a model of the Ollama server.
+    std::optional<RemoteProvider> provider;
     /// The heading that it stands under.
     QString group;
     /// Parameters and size on disk, as far as the server tells.
     QString detail;
     bool current = false;
+    /// It can be sent pictures, as far as its name tells.
+    bool readsImages = false;
 
     bool operator==(const ModelRow&) const = default;
 };
 
-/// The models that can answer: those that the server holds in memory, then the others that it has, only those
-/// whose name holds the filter.
+/// The models that can answer: those that the server holds in memory, then the others that it has, then those
+/// of the providers that have a key, only those whose name holds the filter.
 class ModelListModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -36,7 +43,7 @@ class ModelListModel : public QAbstractListModel
     Q_PROPERTY(int currentRow READ currentRow NOTIFY currentRowChanged)
 
 public:
-    enum Role { NameRole = Qt::UserRole, GroupRole, DetailRole, CurrentRole };
+    enum Role { NameRole = Qt::UserRole, GroupRole, DetailRole, CurrentRole, VisionRole, CloudRole };
 
     /// The model outlives the list.
     explicit ModelListModel(AppModel& app, QObject* parent = nullptr);
@@ -55,6 +62,8 @@ public:
     int currentRow() const;
     /// Has the model of a row answer the selected conversation; a row that is not there does nothing.
     Q_INVOKABLE void choose(int row);
+    /// Looks again which models are in memory and which providers have a key.
+    Q_INVOKABLE void look();
 
 Q_SIGNALS:
     void filterChanged();
@@ -64,10 +73,15 @@ Q_SIGNALS:
 
 private:
     void refresh();
+    void addInstalled(std::vector<ModelRow>& rows, const QString& wanted) const;
+    void addClouds(std::vector<ModelRow>& rows, const QString& wanted) const;
+    Task<void> followCredentials();
 
     AppModel& m_app;
     QString m_filter;
     std::vector<ModelRow> m_rows;
+    std::vector<RemoteProvider> m_available; // with a key
+    Task<void> m_looking;
 };
 
 } // namespace varnel

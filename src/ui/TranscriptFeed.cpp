@@ -1,6 +1,11 @@
 #include "ui/TranscriptFeed.h"
 
+#include "app/DiagnosticsLog.h"
+#include "engine/PromptText.h"
+#include "store/ProjectFiles.h"
+
 #include <QClipboard>
+#include <QDesktopServices>
 #include <QGuiApplication>
 #include <QLocale>
 
@@ -12,6 +17,8 @@ namespace {
 
 /// A server may answer a failure with a whole page.
 constexpr qsizetype longestError = 4000;
+/// Titles and addresses are shown on one line.
+constexpr qsizetype longestLabel = 300;
 
 QString idOf(const QUuid& id)
 {
@@ -24,6 +31,42 @@ const ChatMessage* findMessage(const ChatSession& session, const QUuid& id)
     const auto found = std::find_if(session.messages.rbegin(), session.messages.rend(),
                                     [&id](const ChatMessage& message) { return message.id == id; });
     return found == session.messages.rend() ? nullptr : &*found;
+}
+
+QString kindName(LibraryKind kind)
+{
+    switch (kind) {
+    case LibraryKind::Pdf:
+        return TranscriptFeed::tr("PDF");
+    case LibraryKind::Image:
+        return TranscriptFeed::tr("Image");
+    case LibraryKind::Link:
+        return TranscriptFeed::tr("Link");
+    default:
+        return TranscriptFeed::tr("File");
+    }
+}
+
+TranscriptStep stepOf(const SearchStep& step)
+{
+    const QString subject = step.subject.left(longestLabel).simplified();
+    if (step.kind == SearchStep::Kind::Search)
+        return {TranscriptStep::Kind::Searched, TranscriptFeed::tr("Searched for “%1”").arg(subject)};
+    return {TranscriptStep::Kind::Read, TranscriptFeed::tr("Read %1").arg(subject)};
+}
+
+TranscriptRemedies remediesOf(const TurnFailure& failure)
+{
+    TranscriptRemedies remedies;
+    remedies.setFlag(TranscriptRemedy::ResetTemperature, failure.offersTemperatureReset);
+    remedies.setFlag(TranscriptRemedy::SearchOff, failure.offersSearchOff);
+    return remedies;
+}
+
+/// Whether a reply holds files for a project. Most say nothing of the kind, and need not be read for it.
+bool hasProjectFiles(const QString& reply)
+{
+    return reply.contains(QLatin1String("path:")) && !projectFiles(reply).empty();
 }
 
 bool isLoaded(const std::vector<OllamaRunning>& running, const QString& model)
@@ -59,6 +102,31 @@ TranscriptMessage TranscriptFeed::describe(const ChatSession& session, const Cha
     TranscriptMessage shown;
     shown.id = idOf(message.id);
     shown.role = message.role == ChatRole::User ? TranscriptRole::User : TranscriptRole::Reply;
+    if (shown.role == TranscriptRole::User)
+        describePrompt(message, shown);
+    else
+        describeReply(session, message, shown);
+    if (const auto& failure = m_app.failure(); failure && failure->prompt == message.id) {
+        shown.error = failure->text.left(longestError);
+        shown.errorDetail = failure->detail == failure->text ? QString() : failure->detail.left(longestError);
+        shown.remedies = remediesOf(*failure);
+    }
+    return shown;
+}
+
+void TranscriptFeed::describePrompt(const ChatMessage& message, TranscriptMessage& shown) const
+{
+    const PromptParts parts = promptParts(message.content);
+    shown.content = parts.prompt;
+    for (const PromptAttachment& attachment : parts.attachments)
+        shown.chips.append({kindName(attachment.kind), attachment.title.left(longestLabel).simplified()});
+    shown.actions =
+        TranscriptAction::Copy | TranscriptActions(TranscriptAction::Edit) | TranscriptAction::More;
+}
+
+void TranscriptFeed::describeReply(const ChatSession& session, const ChatMessage& message,
+                                   TranscriptMessage& shown) const
+{
     shown.content = message.content;
     shown.thinking = message.thinking;
     shown.streaming = message.id == m_app.streamingMessage();
@@ -71,11 +139,23 @@ TranscriptMessage TranscriptFeed::describe(const ChatSession& session, const Cha
         shown.thinkingSince = thinking->second.since;
         shown.thinkingTook = thinking->second.took;
     }
-    if (!shown.streaming && shown.role == TranscriptRole::Reply)
-        shown.footer = footerOf(message);
-    if (const auto& failure = m_app.failure(); failure && failure->prompt == message.id)
-        shown.error = failure->text.left(longestError);
-    return shown;
+    const ReplyFacts facts = m_app.factsOf(message.id);
+    for (const SearchStep& step : facts.steps)
+        shown.steps.append(stepOf(step));
+    if (shown.streaming)
+        return;
+    shown.footer = footerOf(message);
+    if (facts.untilFirstPiece)
+        shown.footerHint =
+            tr("First word after %1 s").arg(QLocale().toString(*facts.untilFirstPiece, 'f', 1));
+    const bool isLast = message.id == m_last;
+    shown.unfinished = !message.duration;
+    // A failed turn has its own card, which offers the same.
+    shown.canTryAgain = isLast && m_failedPrompt.isNull();
+    shown.actions = TranscriptAction::Copy | TranscriptActions(TranscriptAction::HandOff) |
+                    TranscriptAction::Save | TranscriptAction::More;
+    shown.actions.setFlag(TranscriptAction::Regenerate, isLast);
+    shown.actions.setFlag(TranscriptAction::WriteFiles, hasProjectFiles(message.content));
 }
 
 QString TranscriptFeed::footerOf(const ChatMessage& message) const
@@ -94,7 +174,9 @@ QString TranscriptFeed::footerOf(const ChatMessage& message) const
 void TranscriptFeed::rebuild()
 {
     std::vector<TranscriptMessage> messages;
+    m_last = {};
     if (const ChatSession* const session = m_app.selectedSession()) {
+        m_last = session->messages.empty() ? QUuid() : session->messages.back().id;
         messages.reserve(session->messages.size());
         for (const ChatMessage& message : session->messages)
             messages.push_back(describe(*session, message));
@@ -112,9 +194,15 @@ void TranscriptFeed::takeMessages(const QUuid& session)
     int same = 0;
     while (same < known && m_transcript.message(same).id == idOf(messages[static_cast<std::size_t>(same)].id))
         ++same;
+    const QUuid previous = std::exchange(m_last, messages.empty() ? QUuid() : messages.back().id);
     m_transcript.removeFrom(same);
     for (auto message = messages.begin() + same; message != messages.end(); ++message)
         m_transcript.appendMessage(describe(*selected, *message));
+    // Only the last reply can be asked for once more: one that became or was it offers something else now.
+    if (previous != m_last) {
+        show(previous);
+        show(m_last);
+    }
 }
 
 void TranscriptFeed::takeMessage(const QUuid& session, const QUuid& message)
@@ -161,6 +249,7 @@ void TranscriptFeed::takeFailure()
     const QUuid previous = std::exchange(m_failedPrompt, m_app.failure() ? m_app.failure()->prompt : QUuid());
     show(previous);
     show(m_failedPrompt);
+    show(m_last);
 }
 
 void TranscriptFeed::takeRunningModels()
@@ -176,6 +265,43 @@ void TranscriptFeed::show(const QUuid& message)
         selected && !message.isNull() ? findMessage(*selected, message) : nullptr;
     if (found)
         m_transcript.updateMessage(describe(*selected, *found));
+}
+
+void TranscriptFeed::act(const QString& id, const QString& action)
+{
+    if (action == QLatin1String("regenerate"))
+        m_app.regenerate();
+    else if (action == QLatin1String("handOff"))
+        m_app.handOffReply(QUuid(id));
+    else if (action == QLatin1String("writeFiles"))
+        Q_EMIT writeRequested(id);
+    else if (action == QLatin1String("save"))
+        Q_EMIT saveRequested(id);
+    else if (action == QLatin1String("more"))
+        Q_EMIT moreRequested(id);
+    else if (action == QLatin1String("edit") && QUuid(id) == m_failedPrompt)
+        m_app.editFailed(); // nothing came after it, so nothing is asked
+    else if (action == QLatin1String("edit"))
+        Q_EMIT editRequested(id);
+}
+
+void TranscriptFeed::tryAgain(const QString& id)
+{
+    if (QUuid(id) == m_failedPrompt)
+        m_app.tryAgain();
+    else
+        m_app.regenerate();
+}
+
+void TranscriptFeed::fork(const QString& id)
+{
+    m_app.fork(QUuid(id));
+}
+
+void TranscriptFeed::openLogs()
+{
+    const DiagnosticsLog log(DiagnosticsLog::defaultFolder(), m_clock);
+    QDesktopServices::openUrl(QUrl::fromLocalFile(log.file()));
 }
 
 void TranscriptFeed::copyMessage(const QString& id)

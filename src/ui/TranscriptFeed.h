@@ -29,10 +29,28 @@ public:
 
     TranscriptModel* model() { return &m_transcript; }
 
+    /// Does what was asked for with a message of the conversation.
+    /// @param action as TranscriptView::actionRequested() names it. What needs a sheet of its own is reported
+    /// by one of the signals.
+    Q_INVOKABLE void act(const QString& id, const QString& action);
+    /// Asks for the answer to a failed prompt, or for an unfinished reply, once more.
+    Q_INVOKABLE void tryAgain(const QString& id);
+    /// Goes on from a message in a new conversation.
+    Q_INVOKABLE void fork(const QString& id);
+    /// Shows the diagnostics log in the program that the desktop has for texts.
+    Q_INVOKABLE void openLogs();
     /// Puts the Markdown of a message on the clipboard.
     Q_INVOKABLE void copyMessage(const QString& id);
     /// Puts the Markdown of the newest reply on the clipboard; whether there was one.
     Q_INVOKABLE bool copyLastReply();
+
+Q_SIGNALS:
+    /// A prompt is to be edited, the files of a reply to be written, a message to be saved.
+    void editRequested(const QString& id);
+    void writeRequested(const QString& id);
+    void saveRequested(const QString& id);
+    /// What else can be done with a message is to be offered.
+    void moreRequested(const QString& id);
 
 private:
     using TimePoint = TranscriptMessage::TimePoint;
@@ -44,6 +62,9 @@ private:
     };
 
     TranscriptMessage describe(const ChatSession& session, const ChatMessage& message) const;
+    void describePrompt(const ChatMessage& message, TranscriptMessage& shown) const;
+    void describeReply(const ChatSession& session, const ChatMessage& message,
+                       TranscriptMessage& shown) const;
     QString footerOf(const ChatMessage& message) const;
     void rebuild();
     void takeMessages(const QUuid& session);
@@ -60,6 +81,7 @@ private:
     TranscriptModel m_transcript;
     QUuid m_streaming;
     QUuid m_failedPrompt;
+    QUuid m_last; ///< the message that is the last one
     TimePoint m_turnBegan;
     // Whether the list of loaded models is of this turn; an older one may have changed since.
     bool m_runningIsFresh = false;

@@ -153,6 +153,8 @@ int runWindowApplication(int argc, char** argv)
         return EXIT_FAILURE;
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &app, &AppModel::shutDown);
     const std::unique_ptr<InstanceChannel> channel = listen(location.folder(), *window, log);
+    QObject::connect(&screens.notices(), &ReplyNotices::raiseRequested, window,
+                     [window](const QByteArray& token) { raise(*window, token); });
     reportFirstFrame(*window);
     screens.show(*window);
     app.checkAtStart();

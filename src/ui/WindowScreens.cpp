@@ -1,5 +1,6 @@
 #include "ui/WindowScreens.h"
 
+#include <QGuiApplication>
 #include <QtQml/QQmlExtensionPlugin>
 
 #include <chrono>
@@ -16,7 +17,16 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     , m_layout(m_state)
     , m_conversations(app, clock)
     , m_models(app)
-    , m_composer(app)
+    , m_attachments(app)
+    , m_intake(app)
+    , m_library(app)
+    , m_projectPreview(app)
+    , m_promptEdit(app)
+    , m_composer(app, m_promptEdit, m_state)
+    , m_notices(app, clock, m_notifier,
+                [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; })
+    , m_exports(app)
+    , m_conversationSettings(app)
     , m_feed(app, clock)
     , m_link(app)
     , m_settings(app)
@@ -29,6 +39,12 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     QObject::connect(&m_layout, &WindowLayout::changed, &m_saveSoon, saveSoon);
     QObject::connect(&m_appearance, &Appearance::schemeChanged, &m_saveSoon, saveSoon);
     QObject::connect(&m_appearance, &Appearance::zoomChanged, &m_saveSoon, saveSoon);
+    QObject::connect(&m_composer, &ComposerState::sendsWithControlChanged, &m_saveSoon, saveSoon);
+
+    QObject::connect(&m_feed, &TranscriptFeed::editRequested, &m_promptEdit,
+                     [this](const QString& id) { m_promptEdit.begin(QUuid::fromString(id)); });
+    QObject::connect(&m_feed, &TranscriptFeed::writeRequested, &m_projectPreview,
+                     [this](const QString& id) { m_projectPreview.show(QUuid::fromString(id)); });
 
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     provide(m_engine, app);
@@ -36,7 +52,14 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     provide(m_engine, m_layout);
     provide(m_engine, m_conversations);
     provide(m_engine, m_models);
+    provide(m_engine, m_attachments);
+    provide(m_engine, m_intake);
+    provide(m_engine, m_library);
+    provide(m_engine, m_projectPreview);
+    provide(m_engine, m_promptEdit);
     provide(m_engine, m_composer);
+    provide(m_engine, m_exports);
+    provide(m_engine, m_conversationSettings);
     provide(m_engine, m_feed);
     provide(m_engine, m_link);
     m_settings.provideTo(m_engine);
@@ -60,6 +83,7 @@ void WindowScreens::save() const
     WindowState state = m_state;
     m_appearance.store(state);
     m_layout.store(state);
+    m_composer.store(state);
     if (state != loadWindowState(m_stateFile))
         saveWindowState(m_stateFile, state);
 }

@@ -3,10 +3,19 @@
 #include "base/Clock.h"
 #include "engine/AppModel.h"
 #include "ui/Appearance.h"
+#include "ui/AttachmentListModel.h"
 #include "ui/ComposerState.h"
 #include "ui/ConversationListModel.h"
+#include "ui/ConversationSettings.h"
+#include "ui/DesktopNotifier.h"
 #include "ui/EngineTypes.h"
+#include "ui/ExportFlow.h"
+#include "ui/Intake.h"
+#include "ui/LibraryListModel.h"
 #include "ui/ModelListModel.h"
+#include "ui/ProjectPreview.h"
+#include "ui/PromptEdit.h"
+#include "ui/ReplyNotices.h"
 #include "ui/SettingsObjects.h"
 #include "ui/TranscriptFeed.h"
 #include "ui/WindowLayout.h"
@@ -35,6 +44,8 @@ public:
     QQuickWindow* load();
     void show(QQuickWindow& window) { m_layout.show(window); }
     QQmlEngine& engine() { return m_engine; }
+    /// Says when a notification was pressed and the window is wanted.
+    const ReplyNotices& notices() const { return m_notices; }
 
 private:
     void save() const;
@@ -46,7 +57,16 @@ private:
     WindowLayout m_layout;
     ConversationListModel m_conversations;
     ModelListModel m_models;
+    AttachmentListModel m_attachments;
+    Intake m_intake;
+    LibraryListModel m_library;
+    ProjectPreview m_projectPreview;
+    PromptEdit m_promptEdit;
     ComposerState m_composer;
+    DesktopNotifier m_notifier;
+    ReplyNotices m_notices;
+    ExportFlow m_exports;
+    ConversationSettings m_conversationSettings;
     TranscriptFeed m_feed;
     LinkForScreens m_link;
     SettingsObjects m_settings;

@@ -19,6 +19,7 @@ const QString sidebarShownKey = QStringLiteral("sidebarShown");
 const QString schemeKey = QStringLiteral("colours");
 const QString darkKey = QStringLiteral("desktopWasDark");
 const QString zoomKey = QStringLiteral("zoom");
+const QString sendKey = QStringLiteral("sendsWithControl");
 
 constexpr std::array schemeNames{QLatin1String("system"), QLatin1String("light"), QLatin1String("dark")};
 
@@ -62,6 +63,7 @@ WindowState loadWindowState(const QString& file)
     const double zoom = settings.value(zoomKey).toDouble(&isNumber);
     if (isNumber)
         state.zoom = zoom;
+    state.sendsWithControl = settings.value(sendKey, state.sendsWithControl).toBool();
     return state;
 }
 
@@ -76,6 +78,7 @@ void saveWindowState(const QString& file, const WindowState& state)
     settings.setValue(schemeKey, QString(schemeNames.at(static_cast<std::size_t>(state.scheme))));
     settings.setValue(darkKey, state.desktopWasDark);
     settings.setValue(zoomKey, state.zoom);
+    settings.setValue(sendKey, state.sendsWithControl);
 }
 
 } // namespace varnel

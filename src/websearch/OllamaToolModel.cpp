@@ -12,7 +12,8 @@ Task<ToolReply> OllamaToolModel::ask(std::stop_token stop)
 {
     const WholeChatReply reply = co_await m_client.chatOnce(m_request, m_offer, std::move(stop));
     m_lastText = reply.content;
-    co_return ToolReply{.text = reply.content, .calls = decodeToolCalls(reply.toolCalls)};
+    co_return ToolReply{
+        .text = reply.content, .thinking = reply.thinking, .calls = decodeToolCalls(reply.toolCalls)};
 }
 
 void OllamaToolModel::add(const std::vector<ToolResult>& results)

@@ -147,7 +147,7 @@ QString resultOf(const Page& page, const QString& url)
             reduced.text = firstCharacters(text.trimmed(), textLimit);
     }
     if (reduced.text.isEmpty())
-        return QStringLiteral("The page had no text.");
+        throw Error(QStringLiteral("The page had no text."));
     return pageResult(reduced.title, reduced.text, url);
 }
 
@@ -158,8 +158,8 @@ QString pageResult(const QString& title, const QString& text, const QString& url
     return firstCharacters((title.isEmpty() ? url : title) + QStringLiteral("\n\n") + text, resultLimit);
 }
 
-Task<QString> fetchPage(HttpClient* http, PageNetwork* network, QString url, PageLimits limits,
-                        std::stop_token stop)
+Task<QString> readPublicPage(HttpClient* http, PageNetwork* network, QString url, PageLimits limits,
+                             std::stop_token stop)
 {
     const Deadline deadline(stop, limits.time);
     try {
@@ -171,7 +171,15 @@ Task<QString> fetchPage(HttpClient* http, PageNetwork* network, QString url, Pag
     } catch (const Cancelled&) {
         if (!deadline.hasPassed())
             throw;
-        co_return tooSlow(deadline).message();
+        throw tooSlow(deadline);
+    }
+}
+
+Task<QString> fetchPage(HttpClient* http, PageNetwork* network, QString url, PageLimits limits,
+                        std::stop_token stop)
+{
+    try {
+        co_return co_await readPublicPage(http, network, std::move(url), limits, std::move(stop));
     } catch (const Error& error) {
         co_return error.message();
     }

@@ -29,13 +29,17 @@ struct PageLimits
 /// @param url stands in for a missing title.
 QString pageResult(const QString& title, const QString& text, const QString& url);
 
-/// Reads a public page from where it is and reduces it to text: the result for the model, or what failed, for
-/// the model as well. Only Cancelled is thrown, after a stop.
+/// Reads a public page from where it is and reduces it to text. Throws Error that says what failed, and
+/// Cancelled.
 ///
 /// Before each connection, those of redirects included, the host is looked up once; all its addresses must be
 /// allowed, and one of them is what is connected to, past every proxy. Neither cookies nor credentials are
 /// sent. A body that is longer than allowed, or takes longer, is read as far as it came. `http` and `network`
 /// outlive the task.
+Task<QString> readPublicPage(HttpClient* http, PageNetwork* network, QString url, PageLimits limits,
+                             std::stop_token stop);
+
+/// The same for a model, which is told what failed as the result. Only Cancelled is thrown, after a stop.
 Task<QString> fetchPage(HttpClient* http, PageNetwork* network, QString url, PageLimits limits,
                         std::stop_token stop);
 

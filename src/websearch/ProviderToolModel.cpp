@@ -14,7 +14,7 @@ Task<ToolReply> ProviderToolModel::ask(std::stop_token stop)
 {
     const ProviderAnswer answer = co_await m_client.ask(m_turn, std::move(stop));
     m_lastMessage = answer.message;
-    ToolReply reply{.text = textWithSources(answer), .calls = {}};
+    ToolReply reply{.text = textWithSources(answer), .thinking = answer.thinking, .calls = {}};
     for (const ProviderToolCall& call : answer.toolCalls)
         reply.calls.push_back({.id = call.id, .name = call.name, .arguments = call.arguments});
     co_return reply;

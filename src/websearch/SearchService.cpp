@@ -5,6 +5,7 @@
 #include "base/JsonWriter.h"
 #include "providers/chat/KeyMask.h"
 #include "providers/credentials/KeyLookup.h"
+#include "store/HttpUrl.h"
 #include "websearch/Deadline.h"
 #include "websearch/PageFetch.h"
 #include "websearch/PageText.h"

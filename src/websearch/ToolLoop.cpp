@@ -2,6 +2,8 @@
 
 #include "base/Error.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 namespace varnel {
@@ -25,18 +27,22 @@ Task<std::vector<ToolResult>> runCalls(WebTools* tools, std::vector<SearchToolCa
 
 } // namespace
 
-Task<QString> runToolLoop(ToolModel* model, WebTools* tools, std::stop_token stop)
+Task<ToolAnswer> runToolLoop(ToolModel* model, WebTools* tools, std::stop_token stop)
 {
+    QStringList thoughts;
     for (int pass = 0;; ++pass) {
         ToolReply reply = co_await model->ask(stop);
+        if (const QString thought = reply.thinking.trimmed(); !thought.isEmpty())
+            thoughts.append(thought);
+        ToolAnswer answer{.text = reply.text, .thinking = thoughts.join(QStringLiteral("\n\n"))};
         if (reply.calls.empty())
-            co_return reply.text;
+            co_return answer;
         reply.calls.resize(std::min(reply.calls.size(), callsOfReply));
         const std::vector<ToolResult> results = co_await runCalls(tools, std::move(reply.calls), stop);
         if (pass == lastPass) {
-            if (reply.text.trimmed().isEmpty())
-                co_return QStringLiteral("Search stopped after several lookups.");
-            co_return reply.text;
+            if (answer.text.trimmed().isEmpty())
+                answer.text = QStringLiteral("Search stopped after several lookups.");
+            co_return answer;
         }
         model->add(results);
         if (stop.stop_requested())

@@ -15,6 +15,8 @@ namespace varnel {
 struct ToolReply
 {
     QString text;
+    /// The model's reasoning; may be empty.
+    QString thinking;
     /// Empty when the text is the answer.
     std::vector<SearchToolCall> calls;
 
@@ -49,11 +51,21 @@ public:
     virtual void add(const std::vector<ToolResult>& results) = 0;
 };
 
+/// What a model answered in the end.
+struct ToolAnswer
+{
+    QString text;
+    /// The reasoning of every reply on the way to it, with an empty line in between.
+    QString thinking;
+
+    bool operator==(const ToolAnswer&) const = default;
+};
+
 /// Asks a model and runs the calls that it asks for, one after the other, until it answers: at most four
 /// requests and four calls of each reply. Yields the answer.
 ///
 /// What a call fails with goes to the model; what a request fails with is thrown. A stop ends it at any point
 /// with Cancelled. `model` and `tools` outlive the task.
-Task<QString> runToolLoop(ToolModel* model, WebTools* tools, std::stop_token stop);
+Task<ToolAnswer> runToolLoop(ToolModel* model, WebTools* tools, std::stop_token stop);
 
 } // namespace varnel

@@ -1,8 +1,13 @@
+#include "app/AskpassCaller.h"
 #include "app/CommandModes.h"
+#include "base/Error.h"
 #include "base/SecretStore.h"
 #include "support/Keyring.h"
 #include "support/ProgramRun.h"
 
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace varnel;
@@ -55,6 +60,61 @@ private Q_SLOTS:
         run.setVariable("VARNEL_ASKPASS", QStringLiteral("1"));
         QCOMPARE(run.run({}), 1);
         QCOMPARE(run.output() + run.errors(), "");
+    }
+
+    void sshIsAnsweredEightTimes()
+    {
+        if (!keyringInstalled())
+            QSKIP("gnome-keyring is not installed");
+        const Keyring keyring;
+        systemSecretStore()->save(QStringLiteral("varnel.ssh.password"), QStringLiteral("secret"));
+        QTemporaryDir folder;
+        const QString shell = folder.filePath(QStringLiteral("ssh")); // a shell by that name asks as ssh does
+        QVERIFY(QFile::copy(QStringLiteral("/bin/sh"), shell));
+        ProgramRun run;
+        run.setVariable("DBUS_SESSION_BUS_ADDRESS", qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS"));
+        run.setVariable("VARNEL_ASKPASS", QStringLiteral("1"));
+        run.setVariable("ASK", programPath(QStringLiteral("varnel")));
+        const QString ask = QStringLiteral("for i in 1 2 3 4 5 6 7 8 9 10; do \"$ASK\" prompt; done; :");
+        const auto answersTo = [&](const QString& program, const QStringList& arguments) {
+            run.startProgram(program, arguments);
+            run.wait(std::chrono::seconds(30));
+            return run.output().count("secret\n");
+        };
+        const QString command = QStringLiteral("-c");
+        QCOMPARE(answersTo(shell, {command, ask}), 8);
+        QCOMPARE(answersTo(shell, {command, ask}), 8); // another process
+        QCOMPARE(answersTo(QStringLiteral("/bin/sh"), {command, ask}), 10);
+        QCOMPARE(answersTo(shell, {command, ask, QStringLiteral("-qW"), QStringLiteral("box:22")}), 0);
+        QCOMPARE(answersTo(shell, {command, QStringLiteral("\"$0\" -c '%1'; :").arg(ask), shell}), 0);
+    }
+
+    void callerIsJudged()
+    {
+        QTemporaryDir folder;
+        const auto counts = [&folder] { return folder.path(); };
+        const AskpassCaller ssh{.pid = QCoreApplication::applicationPid(),
+                                .started = QStringLiteral("1"),
+                                .name = QStringLiteral("ssh"),
+                                .arguments = {QStringLiteral("-oW=W"), QStringLiteral("me@gpu-box")},
+                                .hasSshAbove = false};
+        AskpassCaller later = ssh;
+        later.started = QStringLiteral("2");
+        for (int i = 0; i < 8; ++i)
+            QVERIFY(mayAnswer(ssh, counts));
+        QVERIFY(!mayAnswer(ssh, counts));
+        QVERIFY(mayAnswer(later, counts)); // the number was given to another one
+        // Counts of those that have ended are swept away.
+        AskpassCaller gone = ssh;
+        gone.pid = 2147483647;
+        QVERIFY(mayAnswer(gone, counts));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files).size(), 2);
+        // Where nothing can be counted, nothing is said, except to who is no ssh.
+        const auto readOnly = [] { return QStringLiteral("/proc"); };
+        const auto none = []() -> QString { throw Error(QStringLiteral("no folder")); };
+        QVERIFY(!mayAnswer(later, readOnly));
+        QVERIFY_THROWS_EXCEPTION(Error, mayAnswer(later, none));
+        QVERIFY(mayAnswer(AskpassCaller{}, none));
     }
 
     void modeIsDecidedBeforeAnythingElse_data()

@@ -7,6 +7,24 @@
 
 using namespace varnel::test;
 
+namespace {
+
+const QString python = QStringLiteral("/usr/bin/python3"); // the system's, which has its packages
+
+QStringList missingPrograms()
+{
+    QStringList missing = XDisplay::missingPrograms();
+    for (const QString& file :
+         {python, QStringLiteral("/usr/lib/python3/dist-packages/pyatspi"),
+          QStringLiteral("/usr/libexec/at-spi-bus-launcher"), QStringLiteral("/usr/bin/dbus-run-session")}) {
+        if (!QFileInfo::exists(file))
+            missing.append(file);
+    }
+    return missing;
+}
+
+} // namespace
+
 /// The window as assistive programs find it: over the accessibility bus, from another process.
 class AccessibilityTest : public QObject
 {
@@ -15,14 +33,7 @@ class AccessibilityTest : public QObject
 private Q_SLOTS:
     void everythingThatShowsHasARoleAndAName()
     {
-        const QString python = QStringLiteral("/usr/bin/python3"); // the system's, which has its packages
-        QStringList missing = XDisplay::missingPrograms();
-        for (const QString& file : {python, QStringLiteral("/usr/lib/python3/dist-packages/pyatspi"),
-                                    QStringLiteral("/usr/libexec/at-spi-bus-launcher"),
-                                    QStringLiteral("/usr/bin/dbus-run-session")}) {
-            if (!QFileInfo::exists(file))
-                missing.append(file);
-        }
+        const QStringList missing = missingPrograms();
         if (!missing.isEmpty())
             QSKIP(
                 qPrintable(QStringLiteral("not installed: %1; scripts/setup does").arg(missing.join(u", "))));

@@ -1,85 +1,10 @@
-#include "engine/AppModel.h"
 #include "engine/ConversationTitle.h"
+#include "engine/Stage.h"
 #include "engine/TurnBuffers.h"
-#include "practice_host/HttpServer.h"
-#include "support/Await.h"
-#include "support/ModelProfile.h"
-
-#include <QSignalSpy>
-#include <QTest>
 
 using namespace varnel;
 using namespace varnel::test;
-using practice::HttpExchange;
-using practice::HttpServer;
 using namespace std::chrono_literals;
-
-namespace {
-
-using Exchange = std::shared_ptr<HttpExchange>;
-
-QByteArray line(const QByteArray& content)
-{
-    return "{\"message\":{\"content\":\"" + content + "\"}}\n";
-}
-
-const QByteArray doneLine = "{\"done\":true}\n";
-
-/// A model on a temporary profile whose server is in this test's hands: chats wait in `chats` for their
-/// answer.
-class Stage
-{
-public:
-    Stage()
-        : server([this](const Exchange& exchange) { answer(exchange); })
-    {
-        server.listen();
-        profile.connectTo(server.url());
-        model = std::make_unique<AppModel>(profile.services());
-    }
-
-    const ChatSession& session() const { return *model->selectedSession(); }
-    QString lastText() const { return session().messages.back().content; }
-
-    /// Sends a prompt and waits until its request is here.
-    void send(const QString& prompt)
-    {
-        const std::size_t before = chats.size();
-        model->setDraft(prompt);
-        model->send();
-        QVERIFY(waitUntil([&] { return chats.size() > before; }));
-    }
-    void begin(const QByteArray& text) const
-    {
-        chats.back()->beginReply(200, {});
-        chats.back()->sendChunk(text);
-    }
-    bool waitForEnd() const
-    {
-        return waitUntil([this] { return !model->isStreaming(); });
-    }
-
-    std::vector<Exchange> chats;
-    HttpServer server;
-    SystemClock clock;
-    ModelProfile profile{clock};
-    std::unique_ptr<AppModel> model;
-
-private:
-    void answer(const Exchange& exchange)
-    {
-        if (exchange->path() == "/api/chat")
-            chats.push_back(exchange);
-        else if (exchange->path() == "/api/version")
-            exchange->reply(200, "application/json", "{\"version\":\"0.24.0\"}");
-        else if (exchange->path() == "/api/tags")
-            exchange->reply(200, "application/json", "{\"models\":[{\"name\":\"a\"},{\"name\":\"b\"}]}");
-        else
-            exchange->reply(200, "application/json", "{\"models\":[]}");
-    }
-};
-
-} // namespace
 
 class AppModelTest : public QObject
 {
@@ -110,71 +35,6 @@ private Q_SLOTS:
         stage.begin(line("ok") + doneLine);
         QVERIFY(stage.waitForEnd());
         QCOMPARE(stage.session().messages.size(), 4U);
-    }
-
-    void sendingWhileAReplyRunsLosesNothing()
-    {
-        Stage stage;
-        stage.model->setDraft(QStringLiteral(" \n"));
-        stage.model->send();
-        QVERIFY(!stage.model->isStreaming());
-        stage.send(QStringLiteral("one"));
-        stage.model->setDraft(QStringLiteral("two"));
-        stage.model->send();
-        QVERIFY(!stage.model->statusMessage().isEmpty());
-        QCOMPARE(stage.model->draft(), QStringLiteral("two"));
-        QCOMPARE(stage.session().messages.size(), 2U);
-    }
-
-    void stopKeepsWhatArrived()
-    {
-        Stage stage;
-        stage.send(QStringLiteral("one"));
-        stage.begin(line("half"));
-        QVERIFY(waitUntil([&] { return stage.lastText() == QLatin1String("half"); }));
-        stage.model->stop();
-        QVERIFY(stage.waitForEnd());
-        QCOMPARE(stage.lastText(), QStringLiteral("half"));
-        QCOMPARE(stage.model->statusMessage(), QStringLiteral("Stopped."));
-        QVERIFY(!stage.session().messages.back().duration);
-        QVERIFY(!stage.model->failure());
-
-        stage.send(QStringLiteral("two"));
-        stage.model->stop();
-        QVERIFY(stage.waitForEnd());
-        QCOMPARE(stage.lastText(), QStringLiteral("two")); // a reply of which nothing came is none
-    }
-
-    void aStallIsRetriedOnce()
-    {
-        Stage stage;
-        stage.send(QStringLiteral("one"));
-        stage.chats.back()->abort();
-        QVERIFY(waitUntil([&] { return stage.chats.size() == 2; }));
-        QCOMPARE(stage.model->statusMessage(), QStringLiteral("The reply stalled. Trying again…"));
-        QCOMPARE(stage.chats[1]->body(), stage.chats[0]->body());
-        stage.begin(line("ok") + doneLine);
-        QVERIFY(stage.waitForEnd());
-        QVERIFY(stage.model->statusMessage().isEmpty());
-        QCOMPARE(stage.lastText(), QStringLiteral("ok"));
-
-        stage.send(QStringLiteral("two"));
-        stage.chats.back()->abort();
-        QVERIFY(waitUntil([&] { return stage.chats.size() == 4; }));
-        stage.chats.back()->abort();
-        QVERIFY(stage.waitForEnd());
-        const QString unreached = QStringLiteral("Could not reach %1.").arg(stage.server.url().toString());
-        QCOMPARE(stage.model->statusMessage(), unreached);
-        QCOMPARE(stage.model->failure()->text, unreached);
-        QCOMPARE(stage.model->failure()->prompt, stage.session().messages.back().id);
-
-        stage.send(QStringLiteral("three")); // not after something has arrived
-        stage.begin(line("half"));
-        QVERIFY(waitUntil([&] { return stage.lastText() == QLatin1String("half"); }));
-        stage.chats.back()->abort();
-        QVERIFY(stage.waitForEnd());
-        QCOMPARE(stage.chats.size(), 5U);
-        QCOMPARE(stage.lastText(), QStringLiteral("half"));
     }
 
     void aFailureCanBeTriedAgainOrEdited()

@@ -1,9 +1,12 @@
 #include "ollama/ChatStream.h"
 #include "ollama/OllamaClient.h"
 #include "ollama/OllamaError.h"
+#include "ollama/ThinkBlock.h"
 #include "practice_host/HttpServer.h"
 #include "support/Await.h"
 
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTest>
 #include <QTimer>
 
@@ -166,6 +169,55 @@ private Q_SLOTS:
         QVERIFY(replyTo(chunkedAnswer(body)) == expected);
         if (body.size() < 1000)
             QVERIFY(replyTo(chunkedAnswer(body), 1) == expected);
+    }
+
+    void reasoningInTheContentIsTakenOut_data()
+    {
+        QTest::addColumn<QString>("content");
+        QTest::addColumn<QString>("thinking");
+        QTest::addColumn<QString>("text");
+        const auto row = [](const QString& content, const QString& thinking, const QString& text) {
+            QTest::newRow(qPrintable(content.left(40))) << content << thinking << text;
+        };
+        const QString space(200, u'\n');
+        row(QStringLiteral("\n<think>\na < b\n</think>\n\nyes\n"), QStringLiteral("a < b\n"),
+            QStringLiteral("yes\n"));
+        row(QStringLiteral("<think>\n\n</think>\n\nyes"), {}, QStringLiteral("yes"));
+        row(QStringLiteral("<think>a</thin</think>b"), QStringLiteral("a</thin"), QStringLiteral("b"));
+        row(QStringLiteral("<think>cut off</thi"), QStringLiteral("cut off</thi"), {});
+        row(QStringLiteral("<think>a</think>b<think>c</think>"), QStringLiteral("a"),
+            QStringLiteral("b<think>c</think>"));
+        for (const QString& reply : {QStringLiteral("The tag <think> opens"), QStringLiteral(" <thin"),
+                                     QStringLiteral("<thinking>a</thinking>"), QStringLiteral("a</think>b"),
+                                     QStringLiteral(" \n"), space + QStringLiteral("<think>a")})
+            row(reply, {}, reply);
+    }
+    void reasoningInTheContentIsTakenOut()
+    {
+        QFETCH(QString, content);
+        QFETCH(QString, thinking);
+        QFETCH(QString, text);
+        const ThinkBlock::Parts whole = splitThinkBlock(content);
+        QCOMPARE(whole.thinking, thinking);
+        QCOMPARE(whole.reply, text);
+        const auto line = [](const QString& piece) {
+            const QJsonObject message{{QStringLiteral("content"), piece}};
+            return QJsonDocument(QJsonObject{{QStringLiteral("message"), message}})
+                       .toJson(QJsonDocument::Compact) +
+                   '\n';
+        };
+        QByteArray letters;
+        for (const QChar letter : std::as_const(content))
+            letters += line(letter);
+        const Reply expected{thinking, text, {}};
+        QVERIFY(replyTo(okUntilClose + letters) == expected);
+        for (qsizetype cut = 1; cut < std::min<qsizetype>(content.size(), 70); ++cut) {
+            const QByteArray lines = line(content.left(cut)) + line(content.mid(cut));
+            QVERIFY2(replyTo(okUntilClose + lines + "{\"done\":true}\n") == expected, lines.constData());
+        }
+        // A server that tells its reasoning apart means what the content says.
+        const QByteArray apart = "{\"message\":{\"thinking\":\"t\"}}\n" + letters;
+        QVERIFY(replyTo(okUntilClose + apart) == (Reply{QStringLiteral("t"), content, {}}));
     }
 
     void cutsAtEveryByte()

@@ -200,6 +200,11 @@ private Q_SLOTS:
             << QStringLiteral("\n[{\"function\":{\"arguments\":{\"a\":1},\"name\":\"f\"}}]");
         QTest::newRow("text") << 200 << QByteArray(R"({"message":{"content":"hi","tool_calls":null}})")
                               << QStringLiteral("hi[]");
+        QTest::newRow("reasoning") << 200 << QByteArray(R"({"message":{"content":"hi","thinking":"a"}})")
+                                   << QStringLiteral("a|hi[]");
+        QTest::newRow("reasoning inside")
+            << 200 << QByteArray(R"({"message":{"content":"<think>a</think>hi"}})")
+            << QStringLiteral("a|hi[]");
         QTest::newRow("no message") << 200 << QByteArray("{}") << QStringLiteral("[]");
         QTest::newRow("error") << 200 << QByteArray(R"({"error":"busy"})") << QStringLiteral("busy");
         QTest::newRow("array") << 200 << QByteArray("[]")
@@ -221,7 +226,7 @@ private Q_SLOTS:
         QString outcome;
         try {
             const WholeChatReply reply = await(client.chatOnce(request(QString(), {}), {}, {}));
-            outcome = reply.content +
+            outcome = (reply.thinking.isEmpty() ? QString() : reply.thinking + u'|') + reply.content +
                       QString::fromUtf8(QJsonDocument(reply.toolCalls).toJson(QJsonDocument::Compact));
         } catch (const OllamaError& error) {
             outcome = error.message();

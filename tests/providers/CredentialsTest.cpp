@@ -3,6 +3,7 @@
 #include "providers/credentials/CredentialWorker.h"
 #include "providers/credentials/KeyLookup.h"
 #include "providers/credentials/ModelFilter.h"
+#include "store/HttpUrl.h"
 #include "support/Await.h"
 #include "support/Keyring.h"
 #include "support/MemorySecretStore.h"

@@ -1,4 +1,5 @@
 #include "store/ConversationKeeper.h"
+#include "store/LibraryStore.h"
 
 #include "StoreFixtures.h"
 #include "support/Await.h"
@@ -49,7 +50,7 @@ private Q_SLOTS:
         QSemaphore goOn;
         SaveQueue queue([&](const SaveStatus& status) { reports.push_back(status); });
         const auto put = [&](SavedFile file, int number) {
-            queue.put(file, [&, number]() -> std::optional<SetAside> {
+            queue.put(file, [&, number](const std::stop_token&) -> std::optional<SetAside> {
                 goOn.acquire();
                 saved.push_back(number);
                 return std::nullopt;
@@ -67,6 +68,24 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return reports.size() == saved.size(); }));
     }
 
+    void whatIsPutLaterIsNotWaitedFor()
+    {
+        QSemaphore goOn;
+        SaveQueue queue([](const SaveStatus&) {});
+        const auto put = [&](SavedFile file) {
+            queue.put(file, [&]() -> std::optional<SetAside> {
+                goOn.acquire();
+                return std::nullopt;
+            });
+        };
+        put(SavedFile::Recovery);
+        Task<void> flushed = queue.flushed();
+        put(SavedFile::Conversations);
+        goOn.release();
+        await(std::move(flushed));
+        goOn.release(10);
+    }
+
     void failedSavesAreTriedAgain()
     {
         bool isBroken = true;
@@ -74,7 +93,7 @@ private Q_SLOTS:
         std::vector<SaveStatus> reports;
         {
             SaveQueue queue([&](const SaveStatus& status) { reports.push_back(status); });
-            queue.put(SavedFile::Conversations, [&]() -> std::optional<SetAside> {
+            queue.put(SavedFile::Conversations, [&](const std::stop_token&) -> std::optional<SetAside> {
                 ++conversations;
                 if (isBroken)
                     throw Error(QStringLiteral("broken"));
@@ -85,12 +104,12 @@ private Q_SLOTS:
             QCOMPARE(reports[0].failure, QStringLiteral("broken"));
             QCOMPARE(queue.failure(SavedFile::Conversations), QStringLiteral("broken"));
             isBroken = false;
-            queue.put(SavedFile::Drafts, [] { return std::optional<SetAside>(); });
+            queue.put(SavedFile::Drafts, [](const std::stop_token&) { return std::optional<SetAside>(); });
             await(queue.flushed());
             QCOMPARE(conversations, 2);
             QCOMPARE(reports.size(), 3);
             QVERIFY(!reports[1].failure && !queue.failure(SavedFile::Conversations));
-            queue.put(SavedFile::Conversations, [&]() -> std::optional<SetAside> {
+            queue.put(SavedFile::Conversations, [&](const std::stop_token&) -> std::optional<SetAside> {
                 ++conversations;
                 throw std::bad_alloc();
             });
@@ -99,6 +118,37 @@ private Q_SLOTS:
             conversations = 0;
         }
         QCOMPARE(conversations, 1); // a last time at the end
+    }
+
+    // At the end of the program nobody waits for a save that has to be done again anyway.
+    void overtakenSaveIsGivenUpAtTheEnd()
+    {
+        std::vector<SaveStatus> reports;
+        SaveQueue queue([&](const SaveStatus& status) { reports.push_back(status); });
+        QSemaphore begun;
+        queue.put(SavedFile::Conversations, [&](const std::stop_token& stop) -> std::optional<SetAside> {
+            begun.release();
+            while (!stop.stop_requested())
+                QThread::yieldCurrentThread();
+            throw Cancelled();
+        });
+        QVERIFY(begun.tryAcquire(1, 10'000));
+        bool isSaved = false;
+        queue.put(SavedFile::Conversations, [&](const std::stop_token& stop) {
+            isSaved = !stop.stop_requested();
+            return std::optional<SetAside>();
+        });
+        queue.flush();
+        QVERIFY(isSaved);
+        QCOMPARE(reports.size(), 1);
+        QVERIFY(!reports[0].failure);
+
+        const QTemporaryDir scratch;
+        std::stop_source stopped;
+        stopped.request_stop();
+        SessionStore store(scratch.path());
+        QVERIFY_THROWS_EXCEPTION(Cancelled, store.save({session(QStringLiteral("s"))}, stopped.get_token()));
+        QCOMPARE(namesIn(scratch.path()).size(), 0);
     }
 
     void firstStartSavesOneConversation_data()
@@ -133,7 +183,7 @@ private Q_SLOTS:
             .keep({.session = {}, .prompt = {}, .message = reply({}, QStringLiteral("x"))});
         writeFile(SessionStore::fileIn(keeping.scratch.path()), "[}");
         const ChatSession fresh = session(QStringLiteral("fresh"));
-        const StoredConversations stored = await(keeping.keeper.loadBehind(fresh));
+        const StoredConversations stored = keeping.keeper.load(fresh);
         QVERIFY(stored.sessions == SessionList{fresh});
         await(keeping.keeper.flushed());
         const QStringList names = namesIn(keeping.scratch.path());
@@ -278,7 +328,21 @@ private Q_SLOTS:
         Keeping keeping;
         const SessionList sessions{session(QStringLiteral("s"), {message(QString(100'000, u'x'))})};
         keeping.keeper.saveSessions(sessions);
+        // The library's index is saved in the same way, and before a backup too.
+        LibraryStore library(keeping.scratch.path(), [&keeping](SaveQueue::Save save) {
+            keeping.keeper.saveLibrary(std::move(save));
+        });
+        const auto addLink = [&library] {
+            return library.addLink(QStringLiteral("t"), QStringLiteral("u"), {}, {}, noon);
+        };
+        addLink();
         const Backup backup = await(keeping.keeper.backUp({}));
+        QCOMPARE(LibraryStore(backup.folder).items(), library.items());
+        QVERIFY(QDir().mkpath(LibraryStore::indexIn(keeping.scratch.path()) + QStringLiteral(".saving/x")));
+        addLink();
+        QVERIFY_THROWS_EXCEPTION(Error, await(keeping.keeper.backUp({})));
+        QCOMPARE(library.items().size(), 2);
+        QVERIFY(keeping.keeper.failure(SavedFile::Library));
         QVERIFY(SessionStore(backup.folder).load() == sessions);
         {
             ConversationKeeper second(keeping.scratch.path(), keeping.clock, [](const SaveStatus&) {});

@@ -46,6 +46,11 @@ QString problemOf(Decode decode, const QByteArray& text)
     }
 }
 
+void writeChatSessions(JsonWriter& writer, const std::vector<ChatSession>& sessions)
+{
+    writeList(writer, sessions, writeChatSession);
+}
+
 /// A conversation in which no field has its default.
 ChatSession fullSession()
 {
@@ -135,7 +140,7 @@ private Q_SLOTS:
     {
         const std::vector<ChatSession> sessions{fullSession(), fullSession()};
         const QByteArray text = pretty(writeChatSessions, sessions);
-        QVERIFY(decoded(decodeChatSessions, text) == sessions);
+        QVERIFY(decoded(listOf(decodeChatSession), text) == sessions);
         QCOMPARE(QJsonDocument::fromJson(text).array().first().toObject().size(), 16);
         QVERIFY(decoded(decodeConnectionSettings, pretty(writeConnectionSettings, fullConnection)) ==
                 fullConnection);
@@ -152,10 +157,10 @@ private Q_SLOTS:
         const auto wrapSession = [&sessions](const QJsonObject& changed) {
             return QJsonDocument(QJsonArray{sessions.first(), changed});
         };
-        checkEveryKey(decodeChatSessions, session,
+        checkEveryKey(listOf(decodeChatSession), session,
                       {QStringLiteral("projectPath"), QStringLiteral("search"), QStringLiteral("pinned")},
                       QStringLiteral("[1]."), wrapSession);
-        checkEveryKey(decodeChatSessions, session.value(u"messages").toArray().first().toObject(),
+        checkEveryKey(listOf(decodeChatSession), session.value(u"messages").toArray().first().toObject(),
                       {QStringLiteral("thinking"), QStringLiteral("duration")},
                       QStringLiteral("[1].messages[0]."), [&](const QJsonObject& message) {
                           QJsonObject changed = session;

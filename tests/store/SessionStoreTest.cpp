@@ -336,7 +336,7 @@ private Q_SLOTS:
             writeFile(path, damaged);
             std::optional<SessionList> whole;
             const QString problem = failureOf([&] {
-                whole = SessionList(DataFile(path).load(decodeChatSessions).value());
+                whole = SessionList(DataFile(path).load(listOf(decodeChatSession)).value());
                 whole->sort();
             });
             std::optional<SessionList> inParts;

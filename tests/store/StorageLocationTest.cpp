@@ -82,6 +82,11 @@ private Q_SLOTS:
                 }).contains(QStringLiteral("File exists")));
         const Backup later = makeBackup(root, library.items(), noon + std::chrono::seconds(1));
         QCOMPARE(listBackups(root), (std::vector<Backup>{later, backup}));
+        // One that was killed in the middle is no backup, and is gone with the next.
+        writeFile(backupsFolder(root) + QStringLiteral("/x.saving/sessions.json"), "[]");
+        QCOMPARE(listBackups(root).size(), 2);
+        makeBackup(root, {}, noon + std::chrono::seconds(2));
+        QCOMPARE(namesIn(backupsFolder(root)).size(), 3);
 
         SessionStore(root).save({});
         const std::vector<LibraryItem> items = library.items();

@@ -10,6 +10,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <semaphore>
 
 using namespace varnel;
 using namespace varnel::test;
@@ -31,6 +32,24 @@ std::shared_ptr<MemorySecretStore> storeWithPassword()
     store->items[QStringLiteral("varnel.ssh.password")] = "secret";
     return store;
 }
+
+/// A keyring that waits for its user.
+class PromptingStore final : public SecretStore
+{
+public:
+    std::binary_semaphore asked{0};
+    std::binary_semaphore answer{0};
+
+protected:
+    std::optional<QByteArray> find(const QString&, Unlocking) override
+    {
+        asked.release();
+        answer.acquire();
+        return std::nullopt;
+    }
+    void add(const QString&, const QByteArray&) override {}
+    void erase(const QString&) override {}
+};
 
 } // namespace
 
@@ -158,6 +177,19 @@ private Q_SLOTS:
         source.request_stop();
         QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(stopped)));
         QVERIFY(!tunnel.controller.isRunning());
+    }
+
+    void lockedKeyringHoldsNobodyElseUp()
+    {
+        const auto store = std::make_shared<PromptingStore>();
+        TunnelFixture tunnel(QStringLiteral("/bin/false"), QStringLiteral("/bin/true"), store);
+        std::stop_source source;
+        Task<void> start = tunnel.controller.start(usableSettings(), source.get_token());
+        QVERIFY(waitUntil([&store] { return store->asked.try_acquire(); }));
+        source.request_stop();
+        QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(start)));
+        QVERIFY(await(tunnel.worker.run([](const std::stop_token&) { return true; })));
+        store->answer.release();
     }
 
     void newStartIsNotDisturbedByTheOldOne()

@@ -18,7 +18,7 @@ struct TunnelFixture
     std::shared_ptr<SecretStore> secrets = std::make_shared<MemorySecretStore>();
     SystemProcessRunner runner;
     SystemClock clock;
-    Worker worker{2};
+    Worker worker; // one thread, so that nothing new is opened when two pieces of work meet
     int reports = 0;
     int status = -1;
     QString output;

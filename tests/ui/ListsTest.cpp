@@ -166,6 +166,28 @@ private Q_SLOTS:
         QCOMPARE(marks(ConversationListModel::UnseenRole), QStringLiteral("false false"));
     }
 
+    void aHitIsOpenedAtItsMessageOnceItIsFound()
+    {
+        ModelFixture fixture;
+        ConversationListModel list(fixture.app, fixture.clock);
+        const QSignalSpy hits(&list, &ConversationListModel::hitOpened);
+        QVERIFY(fixture.begin(QStringLiteral("The Walrus sleeps")));
+        const ChatSession found = *fixture.app.selectedSession();
+        QVERIFY(fixture.begin(QStringLiteral("trains")));
+        list.openFirstHit(); // nothing is searched
+        fixture.app.setSessionQuery(QStringLiteral("walrus"));
+        list.openFirstHit(); // pressed before there was an answer
+        QVERIFY(waitUntil([&] { return hits.count() == 1; }));
+        QCOMPARE(fixture.app.selection(), found.id);
+        QCOMPARE(hits[0][1].toString().toLower(), QStringLiteral("walrus"));
+        const QUuid message(hits[0][0].toString());
+        QVERIFY(std::any_of(found.messages.begin(), found.messages.end(),
+                            [&](const ChatMessage& each) { return each.id == message; }));
+        fixture.app.setSessionQuery(QString());
+        list.open(0);
+        QCOMPARE(hits.count(), 1);
+    }
+
     void loadedModelsComeFirst()
     {
         ModelFixture fixture;

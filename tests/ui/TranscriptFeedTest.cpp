@@ -11,6 +11,20 @@ using namespace varnel;
 using namespace varnel::test;
 using namespace std::chrono_literals;
 
+namespace {
+
+ChatMessage stored(ChatRole role, const QString& content, std::optional<double> duration = 1.5)
+{
+    ChatMessage message;
+    message.id = QUuid::createUuid();
+    message.role = role;
+    message.content = content;
+    message.duration = duration;
+    return message;
+}
+
+} // namespace
+
 class TranscriptFeedTest : public QObject
 {
     Q_OBJECT
@@ -89,6 +103,46 @@ private Q_SLOTS:
         QCOMPARE(transcript.count(), 2);
         QCOMPARE(transcript.message(1).footer.section(QLatin1Char(' '), 0, 0),
                  QStringLiteral("practice-chat:70b"));
+    }
+
+    void messagesShowAndOfferWhatTheyHold()
+    {
+        ModelFixture fixture;
+        TranscriptFeed feed(fixture.app, fixture.clock);
+        ChatSession session;
+        session.id = QUuid::createUuid();
+        session.messages = {
+            stored(ChatRole::User,
+                   QStringLiteral("Look at these\n\n[pdf] Report\nPDF attached at a.pdf. Text "
+                                  "was not extracted.\n\n[file] notes.txt\nsome text")),
+            stored(ChatRole::Assistant, QStringLiteral("Here:\n\n```path:src/a.py\nx = 1\n```\n")),
+            stored(ChatRole::User, QStringLiteral("And the path: where is it?")),
+            stored(ChatRole::Assistant, QStringLiteral("The path: it is"), std::nullopt),
+        };
+        fixture.app.addConversation(session);
+        const TranscriptModel& transcript = *feed.model();
+        QCOMPARE(transcript.count(), 4);
+        QCOMPARE(transcript.message(0).content, QStringLiteral("Look at these"));
+        QCOMPARE(transcript.message(0).chips,
+                 QList<TranscriptChip>({{QStringLiteral("PDF"), QStringLiteral("Report")},
+                                        {QStringLiteral("File"), QStringLiteral("notes.txt")}}));
+        QVERIFY(transcript.message(0).actions & TranscriptAction::Edit);
+        QVERIFY(transcript.message(1).actions & TranscriptAction::WriteFiles);
+        QVERIFY(!(transcript.message(1).actions & TranscriptAction::Regenerate)); // not the last one
+        QVERIFY(!transcript.message(1).unfinished);
+        QVERIFY(!(transcript.message(3).actions & TranscriptAction::WriteFiles));
+        QVERIFY(transcript.message(3).unfinished);
+        QVERIFY(transcript.message(3).canTryAgain);
+
+        fixture.app.chooseModel(QStringLiteral("practice-chat:70b"));
+        feed.tryAgain(transcript.message(3).id);
+        QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
+        QCOMPARE(transcript.count(), 4);
+        QVERIFY(!transcript.message(3).unfinished);
+        QVERIFY(transcript.message(3).actions & TranscriptAction::Regenerate);
+        QVERIFY(fixture.say(QStringLiteral("more")));
+        QVERIFY(!(transcript.message(3).actions & TranscriptAction::Regenerate));
+        QVERIFY(transcript.message(5).actions & TranscriptAction::Regenerate);
     }
 
     void anotherConversationIsAnotherTranscript()

@@ -300,6 +300,63 @@ private Q_SLOTS:
         QCOMPARE(fixture.app.sessions().front().title, QStringLiteral("whales"));
     }
 
+    void escapeClosesTheFindBarThenStopsTheReply()
+    {
+        WindowFixture fixture({.piece = 20ms});
+        fixture.press(Qt::Key_F, Qt::ControlModifier); // nothing to find anything in
+        QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
+        fixture.type(QStringLiteral("hello"));
+        fixture.press(Qt::Key_Return);
+        QVERIFY(waitUntil([&] { return fixture.app.isStreaming(); }));
+        fixture.press(Qt::Key_F, Qt::ControlModifier);
+        QCOMPARE(fixture.focusName(), QStringLiteral("Find in the conversation"));
+        fixture.type(QStringLiteral("hello"));
+        QAccessibleInterface* const root = QAccessible::queryAccessibleInterface(fixture.window);
+        QVERIFY(waitUntil([&] { return find(root, QStringLiteral("1 of 1")); }));
+        fixture.press(Qt::Key_Escape);
+        QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
+        QVERIFY(fixture.app.isStreaming());
+        fixture.press(Qt::Key_Escape);
+        QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
+    }
+
+    void aMessageIsForkedByKeyboardAndTheForkTakenBack()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("hello")));
+        const QUuid original = fixture.app.selection();
+        fixture.press(Qt::Key_Tab, Qt::ShiftModifier);
+        QVERIFY(
+            waitUntil([&] { return fixture.window->activeFocusItem()->inherits("varnel::TranscriptView"); }));
+        fixture.press(Qt::Key_Return); // the last thing to press is what else there is
+        QVERIFY(waitUntil([&] {
+            fixture.press(Qt::Key_Down);
+            return fixture.focusName() == QStringLiteral("Fork to a new conversation");
+        }));
+        fixture.press(Qt::Key_Return);
+        QVERIFY(waitUntil([&] { return fixture.app.selection() != original; }));
+        QCOMPARE(fixture.app.sessions().size(), 2U);
+        QVERIFY(find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Bring back")));
+        fixture.app.undoEdit();
+        QCOMPARE(fixture.app.selection(), original);
+        QVERIFY(!find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Bring back")));
+    }
+
+    void searchEndsAtTheMessageThatHoldsTheWords()
+    {
+        WindowFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("The walrus")));
+        const QUuid found = fixture.app.selection();
+        QVERIFY(fixture.begin(QStringLiteral("trains")));
+        fixture.press(Qt::Key_K, Qt::ControlModifier);
+        fixture.type(QStringLiteral("walrus"));
+        fixture.press(Qt::Key_Return);
+        QVERIFY(waitUntil([&] { return fixture.app.selection() == found; }));
+        QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
+        QAccessibleInterface* const root = QAccessible::queryAccessibleInterface(fixture.window);
+        QVERIFY(waitUntil([&] { return find(root, QStringLiteral("Close (Esc)")); }));
+    }
+
     void theWindowIsWholeAtEverySize_data()
     {
         QTest::addColumn<QSize>("size");

@@ -94,7 +94,8 @@ private:
         }
         QJsonObject message{{QStringLiteral("role"), QStringLiteral("assistant")},
                             {QStringLiteral("content"), reply.text},
-                            {QStringLiteral("reasoning_content"), QStringLiteral("because")}};
+                            {provider ? QStringLiteral("reasoning_content") : QStringLiteral("thinking"),
+                             QStringLiteral("because")}};
         if (!calls.isEmpty())
             message.insert(QStringLiteral("tool_calls"), calls);
         return message;

@@ -66,7 +66,7 @@ private:
     {
         return {.backend = backend, .key = QStringLiteral("k"), .base = url};
     }
-    QString run(ScriptedService& service, Side side)
+    ToolAnswer run(ScriptedService& service, Side side)
     {
         const WebToolHooks hooks{
             .onLookup = [&](const WebLookup& lookup) { service.events.append(lookup.subject + u'?'); },
@@ -93,7 +93,9 @@ private Q_SLOTS:
             first.calls.push_back(searchFor(QStringLiteral("q%1").arg(i)));
         first.calls.at(1) = {QStringLiteral("web_lookup"), QStringLiteral("{}")};
         service.replies = {first, {QStringLiteral("answer")}};
-        QCOMPARE(run(service, side), QStringLiteral("answer"));
+        const ToolAnswer answer = run(service, side);
+        QCOMPARE(answer.text, QStringLiteral("answer"));
+        QCOMPARE(answer.thinking, QStringLiteral("because\n\nbecause"));
         QCOMPARE(service.events.join(u' '), QStringLiteral("q1? q1 for 5 q3? q3 for 5 q4? q4 for 5"));
         QCOMPARE(service.requests.size(), 2);
         for (const QJsonObject& request : std::as_const(service.requests)) {
@@ -129,9 +131,9 @@ private Q_SLOTS:
         for (const QString& text : {QStringLiteral(" \n"), QStringLiteral("so far")}) {
             ScriptedService service;
             service.replies = {{text, {searchFor(QStringLiteral("q"))}}};
-            QCOMPARE(run(service, side), text == QStringLiteral("so far")
-                                             ? text
-                                             : QStringLiteral("Search stopped after several lookups."));
+            QCOMPARE(run(service, side).text, text == QStringLiteral("so far")
+                                                  ? text
+                                                  : QStringLiteral("Search stopped after several lookups."));
             QCOMPARE(service.requests.size(), 4);
             QCOMPARE(service.events.filter(QStringLiteral("for")).size(), 4);
             QCOMPARE(service.requests.last().value(u"messages").toArray().size(), 3 + 3 * 2);
@@ -169,7 +171,7 @@ private Q_SLOTS:
         WebTools tools(searchOf(service.url()), m_http, m_network);
         const auto model = modelOf(Side::Ollama, service.url());
         std::stop_source stop;
-        Task<QString> task = runToolLoop(model.get(), &tools, stop.get_token());
+        Task<ToolAnswer> task = runToolLoop(model.get(), &tools, stop.get_token());
         QVERIFY(waitUntil([&] { return service.events.contains(QStringLiteral("silence")); }));
         stop.request_stop();
         QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(task)));
@@ -184,7 +186,7 @@ private Q_SLOTS:
         WebTools tools(searchOf(host.url()), m_http, m_network);
         const auto ask = [&](const QString& prompt) {
             const auto model = modelOf(Side::Ollama, host.url(), prompt, QStringLiteral("practice-tools"));
-            return await(runToolLoop(model.get(), &tools, {}));
+            return await(runToolLoop(model.get(), &tools, {})).text;
         };
         const QString searched = ask(QStringLiteral("What is new?"));
         QVERIFY2(searched.contains(QLatin1String("3. Practice result 3\n   https://example.org/practice/3")),

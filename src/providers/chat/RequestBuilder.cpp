@@ -3,6 +3,7 @@
 #include "providers/VarnelError.h"
 #include "providers/chat/RequestBodies.h"
 #include "providers/credentials/KeyLookup.h"
+#include "store/HttpUrl.h"
 
 namespace varnel {
 

@@ -61,14 +61,4 @@ ApiBase apiBaseOf(RemoteProvider provider)
     Q_UNREACHABLE();
 }
 
-QUrl endpointUrl(const QUrl& base, const QString& endpoint)
-{
-    QString path = base.path(QUrl::FullyEncoded);
-    while (path.endsWith(QLatin1Char('/')))
-        path.chop(1); // a doubled slash is another address
-    QUrl url = base;
-    url.setPath(path + QLatin1Char('/') + endpoint, QUrl::TolerantMode);
-    return url;
-}
-
 } // namespace varnel

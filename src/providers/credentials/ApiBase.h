@@ -47,10 +47,4 @@ private:
 /// The service of a provider.
 ApiBase apiBaseOf(RemoteProvider provider);
 
-/// The base with an endpoint behind its path, with exactly one "/" in between. What the base carries besides
-/// its path (a port, user-info, a query) is kept.
-/// @param endpoint a path that begins without "/", with every character that has a meaning in URLs
-/// percent-encoded where it shall not have it.
-QUrl endpointUrl(const QUrl& base, const QString& endpoint);
-
 } // namespace varnel

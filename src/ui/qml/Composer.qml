@@ -6,11 +6,13 @@ import Varnel
 FocusScope {
     id: composer
 
+    signal libraryAsked
+
     function focusText() {
         editor.forceActiveFocus(Qt.OtherFocusReason)
     }
     function openModelPicker() {
-        picker.open()
+        controls.openModelPicker()
     }
 
     implicitHeight: frame.height
@@ -23,88 +25,76 @@ FocusScope {
         border.color: editor.activeFocus ? Theme.accent : Theme.controlBorder
         border.width: editor.activeFocus ? Theme.ringWidth : 1
         color: Theme.dark ? Theme.popup : "white"
-        height: scroll.height + controls.height + Theme.px(22)
+        height: column.height + column.y + Theme.gap
         radius: Theme.composerRadius
 
-        Flickable {
-            id: scroll
+        Column {
+            id: column
 
             anchors.left: parent.left
             anchors.right: parent.right
-            anchors.top: parent.top
-            anchors.topMargin: Theme.px(10)
-            boundsBehavior: Flickable.StopAtBounds
-            clip: true
-            contentHeight: editor.height
-            // One line to ten; then it scrolls.
-            height: Math.min(editor.implicitHeight, 10 * metrics.lineSpacing + 2 * Theme.unit)
-            interactive: false
-            pixelAligned: true
+            spacing: Theme.unit
+            y: Theme.px(10)
 
-            PromptEditor {
-                id: editor
-
-                width: scroll.width
-                onCursorRectangleChanged: scroll.show(cursorRectangle)
+            CloudBar {
+                visible: ComposerState.asksCloud
+                width: parent.width
+                onAnswered: composer.focusText()
             }
-            T.ScrollBar.vertical: PlainScrollBar {
-                policy: editor.height > scroll.height ? T.ScrollBar.AsNeeded : T.ScrollBar.AlwaysOff
+            EditBar {
+                visible: PromptEdit.active
+                width: parent.width
+                onEnded: composer.focusText()
             }
-            WheelHandler {
-                onWheel: event => scroll.contentY = Math.max(0, Math.min(scroll.contentHeight - scroll.height,
-                                                                        scroll.contentY - event.angleDelta.y / 2))
+            ComposerNotice {
+                visible: ComposerState.notice.length > 0
+                width: parent.width
             }
-
-            function show(place: rect) {
-                if (place.y < contentY)
-                    contentY = Math.max(0, place.y - Theme.unit)
-                else if (place.y + place.height > contentY + height)
-                    contentY = place.y + place.height - height + Theme.unit
+            AttachmentChips {
+                // An earlier prompt keeps what went along with it.
+                visible: AttachmentListModel.count > 0 && !PromptEdit.active
+                width: parent.width
+                onUsed: composer.focusText()
             }
-        }
-        Item {
-            id: controls
+            Flickable {
+                id: scroll
 
-            anchors.bottom: parent.bottom
-            anchors.bottomMargin: Theme.gap
-            anchors.left: parent.left
-            anchors.leftMargin: Theme.gap
-            anchors.right: parent.right
-            anchors.rightMargin: Theme.gap
-            height: Theme.control
+                boundsBehavior: Flickable.StopAtBounds
+                clip: true
+                contentHeight: editor.height
+                // One line to ten, fewer in a low window; then it scrolls.
+                height: Math.min(editor.implicitHeight, 10 * metrics.lineSpacing + 2 * Theme.unit,
+                                 Math.max(Theme.px(40), composer.Window.height * 0.35))
+                interactive: false
+                pixelAligned: true
+                width: parent.width
 
-            ModelButton {
-                id: modelButton
+                PromptEditor {
+                    id: editor
 
-                anchors.left: parent.left
-                maximumWidth: controls.width - send.width - (connect.visible ? connect.width : 0) - Theme.turn
-                opened: picker.opened
-                onClicked: picker.open()
+                    width: scroll.width
+                    onCursorRectangleChanged: scroll.show(cursorRectangle)
+                }
+                T.ScrollBar.vertical: PlainScrollBar {
+                    policy: editor.height > scroll.height ? T.ScrollBar.AsNeeded : T.ScrollBar.AlwaysOff
+                }
+                WheelHandler {
+                    onWheel: event => scroll.contentY = Math.max(0, Math.min(scroll.contentHeight - scroll.height,
+                                                                            scroll.contentY - event.angleDelta.y / 2))
+                }
 
-                ModelPicker {
-                    id: picker
-
-                    onClosed: composer.focusText()
+                function show(place: rect) {
+                    if (place.y < contentY)
+                        contentY = Math.max(0, place.y - Theme.unit)
+                    else if (place.y + place.height > contentY + height)
+                        contentY = place.y + place.height - height + Theme.unit
                 }
             }
-            PlainButton {
-                id: connect
+            ComposerControls {
+                id: controls
 
-                anchors.right: send.left
-                anchors.rightMargin: Theme.gap
-                hint: qsTr("Look for the server")
-                outlined: true
-                text: qsTr("Connect")
-                visible: Link.offline
-                onClicked: {
-                    AppModel.checkConnection()
-                    composer.focusText()
-                }
-            }
-            SendButton {
-                id: send
-
-                anchors.right: parent.right
+                width: parent.width
+                onLibraryAsked: composer.libraryAsked()
                 onUsed: composer.focusText()
             }
         }

@@ -7,6 +7,7 @@ T.ItemDelegate {
     id: entry
 
     required property int index
+    required property string identifier
     required property string title
     required property string preview
     required property string time
@@ -14,6 +15,8 @@ T.ItemDelegate {
     required property bool streaming
     required property bool unseen
     required property bool current
+    required property int hitStart
+    required property int hitLength
 
     readonly property string states: (pinned ? qsTr("Pinned. ") : "") + (streaming ? qsTr("Answering. ") : "")
                                      + (unseen ? qsTr("New reply. ") : "")
@@ -101,6 +104,8 @@ T.ItemDelegate {
             text: entry.title
         }
         PlainText {
+            id: preview
+
             anchors.bottom: parent.bottom
             anchors.bottomMargin: Theme.px(9)
             anchors.left: parent.left
@@ -112,6 +117,20 @@ T.ItemDelegate {
             height: Theme.metadataLine
             line: Theme.metadataLine
             text: entry.preview.length > 0 ? entry.preview : qsTr("Nothing said yet")
+            visible: entry.hitLength === 0
+        }
+        Loader {
+            active: entry.hitLength > 0
+            anchors.fill: preview
+            sourceComponent: MarkedLine {
+                color: Theme.secondary
+                font: Theme.metadataFont
+                markColor: Theme.text
+                markFill: Theme.selection
+                markLength: entry.hitLength
+                markStart: entry.hitStart
+                text: entry.preview
+            }
         }
     }
 }

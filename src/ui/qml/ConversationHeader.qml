@@ -5,8 +5,11 @@ import Varnel
 Item {
     id: header
 
+    signal findAsked
+    signal importAsked
     signal modelsAsked
     signal settingsAsked
+    signal libraryAsked
     signal shortcutsAsked
     signal renameEnded
 
@@ -73,7 +76,10 @@ Item {
         WindowMenu {
             id: menu
 
+            onFindAsked: header.findAsked()
+            onImportAsked: header.importAsked()
             onModelsAsked: header.modelsAsked()
+            onLibraryAsked: header.libraryAsked()
             onRenameAsked: header.rename()
             onSettingsAsked: header.settingsAsked()
             onShortcutsAsked: header.shortcutsAsked()

@@ -14,7 +14,7 @@ ListView {
     function openMenu(row: int) {
         const item = itemAtIndex(row) as ConversationDelegate
         if (item)
-            menu.openAt(row, item)
+            menu.openAt(item)
     }
 
     Accessible.name: qsTr("Conversations")

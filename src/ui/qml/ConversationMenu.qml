@@ -5,13 +5,18 @@ import Varnel
 PlainMenu {
     id: menu
 
-    property int row: -1
+    // The conversation itself: rows move while a reply comes in.
+    property string identifier: ""
     property bool pinned: false
 
     signal renameAsked(row: int)
 
-    function openAt(index: int, entry: ConversationDelegate) {
-        row = index
+    function row(): int {
+        return ConversationListModel.rowOf(identifier)
+    }
+
+    function openAt(entry: ConversationDelegate) {
+        identifier = entry.identifier
         pinned = entry.pinned
         popup(entry, Theme.gutter, entry.height - Theme.gap)
     }
@@ -19,15 +24,35 @@ PlainMenu {
     PlainMenuItem {
         keys: "F2"
         text: qsTr("Rename")
-        onTriggered: menu.renameAsked(menu.row)
+        onTriggered: menu.renameAsked(menu.row())
     }
     PlainMenuItem {
         text: menu.pinned ? qsTr("Unpin") : qsTr("Pin")
-        onTriggered: ConversationListModel.togglePinned(menu.row)
+        onTriggered: ConversationListModel.togglePinned(menu.row())
+    }
+    PlainMenuItem {
+        text: qsTr("Duplicate")
+        onTriggered: ConversationListModel.duplicate(menu.row())
+    }
+    PlainMenuSeparator {
+    }
+    PlainMenuItem {
+        text: qsTr("Export as Markdown…")
+        onTriggered: ExportFlow.exportConversation(menu.identifier, ExportFlow.Markdown)
+    }
+    PlainMenuItem {
+        text: qsTr("Export as PDF…")
+        onTriggered: ExportFlow.exportConversation(menu.identifier, ExportFlow.Pdf)
+    }
+    PlainMenuItem {
+        text: qsTr("Export as JSON…")
+        onTriggered: ExportFlow.exportConversation(menu.identifier, ExportFlow.Json)
+    }
+    PlainMenuSeparator {
     }
     PlainMenuItem {
         keys: qsTr("Del")
         text: qsTr("Delete")
-        onTriggered: ConversationListModel.remove(menu.row)
+        onTriggered: ConversationListModel.remove(menu.row())
     }
 }

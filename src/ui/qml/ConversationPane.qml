@@ -7,6 +7,7 @@ FocusScope {
 
     signal modelsAsked
     signal settingsAsked
+    signal libraryAsked
     signal shortcutsAsked
 
     function focusComposer() {
@@ -18,6 +19,14 @@ FocusScope {
     function renameConversation() {
         header.rename()
     }
+    function openFind() {
+        if (!AppModel.selectedIsEmpty)
+            transcript.openFind()
+    }
+    // Whether there was one to close.
+    function closeFind(): bool {
+        return transcript.closeFind()
+    }
     function copyLastReply() {
         TranscriptFeed.copyLastReply()
     }
@@ -28,17 +37,23 @@ FocusScope {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
+        onFindAsked: pane.openFind()
+        onImportAsked: files.importConversation()
         onModelsAsked: pane.modelsAsked()
+        onLibraryAsked: pane.libraryAsked()
         onRenameEnded: pane.focusComposer()
         onSettingsAsked: pane.settingsAsked()
         onShortcutsAsked: pane.shortcutsAsked()
     }
     TranscriptArea {
+        id: transcript
+
         anchors.bottom: status.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: header.bottom
         visible: !AppModel.selectedIsEmpty
+        onLeft: pane.focusComposer()
     }
     Loader {
         active: AppModel.selectedIsEmpty
@@ -63,5 +78,9 @@ FocusScope {
         anchors.bottomMargin: Theme.gutter
         anchors.horizontalCenter: parent.horizontalCenter
         width: Math.min(Theme.column, parent.width - 2 * Theme.gutter)
+        onLibraryAsked: pane.libraryAsked()
+    }
+    FileDialogs {
+        id: files
     }
 }

@@ -68,9 +68,14 @@ Row {
     PlainButton {
         anchors.verticalCenter: parent.verticalCenter
         enabled: !Link.connecting
-        hint: Link.connected ? qsTr("Ask the server again") : qsTr("Look for the server")
+        hint: Link.connected ? qsTr("Close the connection to the server") : qsTr("Look for the server")
         outlined: !Link.connected
-        text: Link.connected ? qsTr("Check") : qsTr("Connect")
-        onClicked: AppModel.checkConnection()
+        text: Link.connected ? qsTr("Disconnect") : qsTr("Connect")
+        onClicked: {
+            if (Link.connected)
+                AppModel.closeConnection()
+            else
+                AppModel.openConnection()
+        }
     }
 }

@@ -20,7 +20,10 @@ T.ApplicationWindow {
 
         anchors.fill: parent
         // What nothing else took: popups and the search come first.
-        Keys.onEscapePressed: AppModel.stop()
+        Keys.onEscapePressed: {
+            if (!pane.closeFind())
+                AppModel.stop()
+        }
 
         WheelHandler {
             // Touch pads send a notch in many parts.
@@ -58,6 +61,7 @@ T.ApplicationWindow {
             anchors.top: parent.top
             onModelsAsked: models.openSheet()
             onSettingsAsked: settings.openSheet()
+            onLibraryAsked: librarySheet.open()
             onShortcutsAsked: shortcutSheet.open()
         }
         SidebarHandle {
@@ -66,6 +70,10 @@ T.ApplicationWindow {
             anchors.top: parent.top
             visible: sidebar.visible
         }
+    }
+    DropOverlay {
+        anchors.fill: parent
+        onTaken: pane.focusComposer()
     }
     UndoBar {
         anchors.bottom: parent.bottom
@@ -90,6 +98,13 @@ T.ApplicationWindow {
 
         sourceComponent: SettingsSheet {
         }
+    }
+    LibrarySheet {
+        id: librarySheet
+
+        onClosed: pane.focusComposer()
+    }
+    ProjectPreviewSheet {
     }
     ShortcutSheet {
         id: shortcutSheet
@@ -116,6 +131,7 @@ T.ApplicationWindow {
         sidebar: sidebar
         onModelsAsked: models.openSheet()
         onSettingsAsked: settings.openSheet()
+        onLibraryAsked: librarySheet.open()
         onSheetAsked: shortcutSheet.open()
     }
     Component.onCompleted: {

@@ -8,9 +8,13 @@ T.AbstractButton {
 
     required property bool opened
     required property real maximumWidth
+    // Whether there is room for more than the name.
+    property bool prefixed: true
+    readonly property bool cloud: ComposerState.cloudName.length > 0
+    readonly property string model: cloud ? qsTr("%1 · %2").arg(ComposerState.cloudName).arg(AppModel.selectedModel) : AppModel.selectedModel
 
-    Accessible.description: qsTr("Choose the model that answers")
-    Accessible.name: qsTr("Send with %1").arg(AppModel.selectedModel)
+    Accessible.description: cloud ? qsTr("A cloud service answers. Choose the model that answers") : qsTr("Choose the model that answers")
+    Accessible.name: qsTr("Send with %1").arg(model)
     Accessible.role: Accessible.ButtonMenu
     focusPolicy: Qt.StrongFocus
     height: Theme.control
@@ -37,17 +41,29 @@ T.AbstractButton {
             leftPadding: Theme.gap
             spacing: Theme.unit
 
+            Icon {
+                id: cloudMark
+
+                anchors.verticalCenter: parent.verticalCenter
+                color: Theme.accent
+                height: Theme.icon
+                name: "cloud"
+                visible: button.cloud
+                width: Theme.icon
+            }
             PlainText {
                 id: prefix
 
                 anchors.verticalCenter: parent.verticalCenter
                 color: Theme.secondary
                 text: qsTr("Send with")
+                visible: button.prefixed && !button.cloud
             }
             PlainText {
                 anchors.verticalCenter: parent.verticalCenter
-                text: AppModel.selectedModel
-                width: Math.min(implicitWidth, Math.max(0, button.maximumWidth - prefix.width - Theme.px(52)))
+                text: button.model
+                width: Math.min(implicitWidth, Math.max(0, button.maximumWidth - (prefix.visible ? prefix.width : 0)
+                                                        - (cloudMark.visible ? cloudMark.width : 0) - Theme.px(52)))
             }
             Icon {
                 anchors.verticalCenter: parent.verticalCenter

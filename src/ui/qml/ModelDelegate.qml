@@ -10,8 +10,10 @@ T.ItemDelegate {
     required property string name
     required property string detail
     required property bool current
+    required property bool vision
+    required property bool cloud
 
-    Accessible.description: detail
+    Accessible.description: vision ? qsTr("%1, reads images").arg(detail) : detail
     Accessible.name: name
     Accessible.role: Accessible.ListItem
     Accessible.selected: current
@@ -43,10 +45,25 @@ T.ItemDelegate {
             Accessible.ignored: true
             anchors.left: mark.right
             anchors.leftMargin: Theme.px(6)
-            anchors.right: size.left
+            anchors.right: marks.left
             anchors.rightMargin: Theme.gap
             anchors.verticalCenter: parent.verticalCenter
             text: entry.name
+        }
+        Row {
+            id: marks
+
+            anchors.right: size.left
+            anchors.rightMargin: size.text.length > 0 ? Theme.gap : 0
+            anchors.verticalCenter: parent.verticalCenter
+
+            Icon {
+                color: Theme.secondary
+                height: Theme.px(18)
+                name: "vision"
+                visible: entry.vision
+                width: Theme.px(18)
+            }
         }
         PlainText {
             id: size
@@ -57,7 +74,7 @@ T.ItemDelegate {
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary
             font: Theme.metadataFont
-            text: entry.detail
+            text: entry.cloud ? qsTr("%1 · cloud").arg(entry.detail) : entry.detail
         }
     }
 }

@@ -16,7 +16,7 @@ T.Popup {
     y: -height - Theme.gap
     onAboutToShow: {
         filter.clear()
-        AppModel.refreshRunningModels()
+        ModelListModel.look()
     }
     onOpened: filter.forceActiveFocus(Qt.PopupFocusReason)
 

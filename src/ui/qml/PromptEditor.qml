@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Varnel
 
-// The text of the prompt, kept as the draft of the selected conversation.
+// The text of the prompt: the draft of the selected conversation, or an earlier prompt that is being edited.
 T.TextArea {
     id: editor
 
@@ -11,7 +11,7 @@ T.TextArea {
 
     function settle() {
         settling = true
-        text = AppModel.draft
+        text = ComposerState.text
         cursorPosition = ComposerState.cursor()
         settling = false
     }
@@ -34,9 +34,15 @@ T.TextArea {
     Component.onCompleted: settle()
     Keys.onPressed: event => {
         const enter = event.key === Qt.Key_Return || event.key === Qt.Key_Enter
+        const sends = ComposerState.sendsWithControl ? (event.modifiers & Qt.ControlModifier) !== 0
+                                                     : !(event.modifiers & Qt.ShiftModifier)
         // While an input method composes, Enter takes its suggestion.
-        if (enter && !inputMethodComposing && !(event.modifiers & Qt.ShiftModifier))
-            AppModel.send()
+        if (enter && !inputMethodComposing && sends)
+            ComposerState.send()
+        else if (event.matches(StandardKey.Paste) && Intake.paste())
+            event.accepted = true
+        else if (event.key === Qt.Key_Escape && PromptEdit.active)
+            PromptEdit.cancel()
         else if (event.key === Qt.Key_Up && event.modifiers === Qt.NoModifier && length === 0)
             ComposerState.editLastPrompt()
         else
@@ -49,13 +55,35 @@ T.TextArea {
     onCursorPositionChanged: if (!settling)
         ComposerState.rememberCursor(cursorPosition)
     onTextChanged: if (!settling)
-        AppModel.draft = text
+        ComposerState.text = text
 
     Connections {
-        function onDraftChanged() {
-            if (editor.text !== AppModel.draft)
+        function onTextChanged() {
+            if (editor.text !== ComposerState.text)
                 editor.settle()
         }
+
+        target: ComposerState
+    }
+    Connections {
+        function onTextDropped(text: string) {
+            editor.insert(editor.cursorPosition, text)
+        }
+
+        target: Intake
+    }
+    // The other clipboard of X11 would put a long text in past the rule for long texts.
+    MouseArea {
+        acceptedButtons: Qt.MiddleButton
+        anchors.fill: parent
+        cursorShape: Qt.IBeamCursor
+        onClicked: mouse => {
+            editor.forceActiveFocus(Qt.MouseFocusReason)
+            editor.cursorPosition = editor.positionAt(mouse.x, mouse.y)
+            Intake.pasteSelection()
+        }
+    }
+    Connections {
         function onSelectionChanged() {
             editor.settle()
         }

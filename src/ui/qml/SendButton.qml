@@ -10,14 +10,14 @@ PlainButton {
 
     Accessible.name: AppModel.isStreaming ? qsTr("Stop") : qsTr("Send")
     enabled: AppModel.isStreaming || ComposerState.canSend
-    hint: AppModel.isStreaming ? qsTr("Stop (Esc)") : qsTr("Send (Enter)")
+    hint: AppModel.isStreaming ? qsTr("Stop (Esc)") : ComposerState.sendsWithControl ? qsTr("Send (Ctrl+Enter)") : qsTr("Send (Enter)")
     iconName: AppModel.isStreaming ? "stop" : "send"
     primary: true
     onClicked: {
         if (AppModel.isStreaming)
             AppModel.stop()
         else
-            AppModel.send()
+            ComposerState.send()
         used()
     }
 }

@@ -10,6 +10,7 @@ Item {
 
     signal modelsAsked
     signal settingsAsked
+    signal libraryAsked
     signal sheetAsked
 
     Shortcut {
@@ -25,6 +26,10 @@ Item {
             WindowLayout.sidebarShown = true
             shortcuts.sidebar.focusSearch()
         }
+    }
+    Shortcut {
+        sequences: [StandardKey.Find]
+        onActivated: shortcuts.pane.openFind()
     }
     Shortcut {
         sequence: "Ctrl+B"
@@ -57,6 +62,10 @@ Item {
     Shortcut {
         sequence: "Ctrl+,"
         onActivated: shortcuts.settingsAsked()
+    }
+    Shortcut {
+        sequence: "Ctrl+L"
+        onActivated: shortcuts.libraryAsked()
     }
     Shortcut {
         sequence: "F2"

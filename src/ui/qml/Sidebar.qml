@@ -42,8 +42,7 @@ FocusScope {
         onTextChanged: AppModel.sessionQuery = text
 
         function openFirst() {
-            if (ConversationListModel.searching && ConversationListModel.currentRow < 0)
-                ConversationListModel.open(0)
+            ConversationListModel.openFirstHit()
             sidebar.finished()
         }
     }

@@ -5,8 +5,17 @@ import Varnel
 FocusScope {
     id: area
 
+    // The keyboard is to go on in the composer.
+    signal left
+
     function jumpToLatest() {
         view.jumpToLatest()
+    }
+    function openFind() {
+        findBar.open()
+    }
+    function closeFind(): bool {
+        return findBar.close()
     }
 
     TranscriptView {
@@ -23,16 +32,21 @@ FocusScope {
 
             bodyFamily: Appearance.uiFamily
             codeFamily: Appearance.codeFamily
+            mirrored: Appearance.rightToLeft
             zoom: Appearance.zoom
             Component.onCompleted: useTheme(dark)
             onDarkChanged: useTheme(dark)
         }
-        onActionRequested: (id, action) => {
-            if (action === "edit")
-                AppModel.editFailed()
+        onActionRequested: (id, action, place) => {
+            menu.place = place
+            TranscriptFeed.act(id, action)
         }
         onLinkActivated: url => Qt.openUrlExternally(url)
-        onTryAgainRequested: AppModel.tryAgain()
+        onLogsRequested: TranscriptFeed.openLogs()
+        onSearchOffRequested: AppModel.turnSearchOffAndTryAgain()
+        onTemperatureResetRequested: AppModel.resetTemperatureAndTryAgain()
+        onTryAgainRequested: id => TranscriptFeed.tryAgain(id)
+        onWriteRequested: id => TranscriptFeed.act(id, "writeFiles")
     }
     // A line that runs out of the view fades instead of being cut.
     Rectangle {
@@ -71,6 +85,8 @@ FocusScope {
         y: view.hoveredRect.y - height - Theme.unit
     }
     PlainButton {
+        id: latest
+
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.gap
         anchors.horizontalCenter: parent.horizontalCenter
@@ -79,6 +95,45 @@ FocusScope {
         text: view.unseenBelow > 0 ? qsTr("Jump to latest (%1 new)").arg(view.unseenBelow) : qsTr("Jump to latest")
         visible: !view.following
         onClicked: view.jumpToLatest()
+    }
+    EditUndoBar {
+        anchors.bottom: latest.visible ? latest.top : parent.bottom
+        anchors.bottomMargin: Theme.gap
+        anchors.horizontalCenter: parent.horizontalCenter
+    }
+    FindBar {
+        id: findBar
+
+        anchors.right: parent.right
+        anchors.rightMargin: Theme.turn
+        anchors.top: parent.top
+        anchors.topMargin: Theme.gap
+        transcript: view
+        width: Math.min(Theme.px(420), area.width - 2 * Theme.turn)
+        onClosed: area.left()
+    }
+    MessageMenu {
+        id: menu
+
+        onClosed: view.forceActiveFocus(Qt.PopupFocusReason)
+    }
+    Connections {
+        function onMoreRequested(id: string) {
+            menu.openFor(id, view)
+        }
+        function onSaveRequested(id: string) {
+            ExportFlow.saveMessage(id)
+        }
+
+        target: TranscriptFeed
+    }
+    Connections {
+        function onHitOpened(message: string, text: string) {
+            findBar.show()
+            view.showMatch(message, text)
+        }
+
+        target: ConversationListModel
     }
     Connections {
         function onIsStreamingChanged() {

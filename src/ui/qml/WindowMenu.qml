@@ -6,7 +6,10 @@ PlainMenu {
     id: menu
 
     signal modelsAsked
+    signal libraryAsked
     signal renameAsked
+    signal findAsked
+    signal importAsked
     signal settingsAsked
     signal shortcutsAsked
 
@@ -14,6 +17,32 @@ PlainMenu {
         keys: "F2"
         text: qsTr("Rename conversation")
         onTriggered: menu.renameAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+F"
+        text: qsTr("Find in the conversation")
+        onTriggered: menu.findAsked()
+    }
+    PlainMenuItem {
+        text: qsTr("Export as Markdown…")
+        onTriggered: ExportFlow.exportCurrent(ExportFlow.Markdown)
+    }
+    PlainMenuItem {
+        text: qsTr("Export as PDF…")
+        onTriggered: ExportFlow.exportCurrent(ExportFlow.Pdf)
+    }
+    PlainMenuItem {
+        text: qsTr("Export as JSON…")
+        onTriggered: ExportFlow.exportCurrent(ExportFlow.Json)
+    }
+    PlainMenuItem {
+        checked: ExportFlow.withThinking
+        text: qsTr("Export thinking as well")
+        onTriggered: ExportFlow.withThinking = !ExportFlow.withThinking
+    }
+    PlainMenuItem {
+        text: qsTr("Import a conversation…")
+        onTriggered: menu.importAsked()
     }
     PlainMenuItem {
         text: qsTr("Delete conversation")
@@ -54,6 +83,11 @@ PlainMenu {
         text: qsTr("Normal size (%1 %)").arg(Math.round(Appearance.zoom * 100))
         onTriggered: Appearance.resetZoom()
     }
+    PlainMenuItem {
+        checked: ComposerState.sendsWithControl
+        text: qsTr("Send with Ctrl+Enter")
+        onTriggered: ComposerState.sendsWithControl = !ComposerState.sendsWithControl
+    }
     PlainMenuSeparator {
     }
     PlainMenuItem {
@@ -65,6 +99,11 @@ PlainMenu {
         keys: "Ctrl+,"
         text: qsTr("Settings…")
         onTriggered: menu.settingsAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+L"
+        text: qsTr("Library")
+        onTriggered: menu.libraryAsked()
     }
     PlainMenuItem {
         keys: "Ctrl+/"

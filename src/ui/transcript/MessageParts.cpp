@@ -1,4 +1,4 @@
-// The rows of a message that are not its text: thinking, waiting, the error card, actions, and rules.
+// The rows of a message that are not its text: thinking, waiting, actions, and rules.
 #include "ui/transcript/ActionIcons.h"
 #include "ui/transcript/RowLayout.h"
 
@@ -59,12 +59,13 @@ public:
     {
         const QColor colour = state.hovered == 0 ? state.style.text : state.style.secondary;
         const QRectF box = rect();
-        const QPointF centre(box.left() + 8 * m_zoom, box.center().y());
+        const QPointF centre(m_column.mirrored ? box.right() - 8 * m_zoom : box.left() + 8 * m_zoom,
+                             box.center().y());
         painter.save();
         painter.setRenderHint(QPainter::Antialiasing);
         painter.translate(centre);
         painter.scale(m_zoom, m_zoom);
-        painter.rotate(state.isOpen ? 90 : 0);
+        painter.rotate(state.isOpen ? 90 : m_column.mirrored ? 180 : 0);
         QPainterPath arrow({-2, -4});
         arrow.lineTo(2, 0);
         arrow.lineTo(-2, 4);
@@ -73,7 +74,7 @@ public:
         painter.restore();
         painter.setFont(m_font);
         painter.setPen(colour);
-        painter.drawText(box.adjusted(20 * m_zoom, 0, 0, 0), Qt::AlignLeft | Qt::AlignVCenter,
+        painter.drawText(box.adjusted(20 * m_zoom, 0, -20 * m_zoom, 0), m_column.leading() | Qt::AlignVCenter,
                          thinkingText(state.message, state.now));
     }
 
@@ -89,7 +90,8 @@ public:
 private:
     QRectF rect() const
     {
-        return {m_column.left, m_spaceAbove, std::min(200 * m_zoom, m_column.width), targetSize * m_zoom};
+        return m_column.placed(
+            {m_column.left, m_spaceAbove, std::min(240 * m_zoom, m_column.width), targetSize * m_zoom});
     }
 
     RowColumn m_column;
@@ -118,14 +120,15 @@ public:
         painter.setPen(Qt::NoPen);
         painter.setBrush(state.style.secondary);
         for (int dot = 0; dot < 3; ++dot)
-            painter.drawEllipse(QPointF(m_column.left + (4 + 8 * dot) * m_zoom, middle), 2 * m_zoom,
-                                2 * m_zoom);
+            painter.drawEllipse(m_column.placed(
+                QRectF(m_column.left + (2 + 8 * dot) * m_zoom, middle - 2 * m_zoom, 4 * m_zoom, 4 * m_zoom)));
         painter.restore();
         painter.setFont(m_font);
         painter.setPen(state.style.secondary);
-        painter.drawText(
-            QRectF(m_column.left + 32 * m_zoom, m_spaceAbove, m_column.width - 32 * m_zoom, 24 * m_zoom),
-            Qt::AlignLeft | Qt::AlignVCenter, waitingText(state.message, state.now));
+        const QRectF text(m_column.left + 32 * m_zoom, m_spaceAbove, m_column.width - 32 * m_zoom,
+                          24 * m_zoom);
+        painter.drawText(m_column.placed(text), m_column.leading() | Qt::AlignVCenter,
+                         waitingText(state.message, state.now));
     }
 
 private:
@@ -133,85 +136,6 @@ private:
     qreal m_zoom;
     qreal m_spaceAbove;
     QFont m_font;
-};
-
-/// Why a turn failed, and what can be done about it.
-class ErrorCard final : public RowLayout
-{
-public:
-    ErrorCard(const TranscriptRow& row, const RowContext& context)
-        : m_zoom(context.style.zoom)
-        , m_box(context.column.left, context.style.px(row.spaceAbove), context.column.width, 0)
-        , m_font(context.style.bodyFont(13))
-        , m_text(shownText(row.text), {}, options(context))
-    {
-        m_box.setHeight(12 * m_zoom + m_text.height() + 4 * m_zoom + targetSize * m_zoom + 4 * m_zoom);
-        const QFontMetricsF metrics(m_font);
-        qreal left = m_box.left() + 8 * m_zoom;
-        const qreal top = m_box.bottom() - (targetSize + 4) * m_zoom;
-        const auto place = [&](TargetKind kind, const QString& name) {
-            const qreal width = std::ceil(metrics.horizontalAdvance(name)) + 16 * m_zoom;
-            m_buttons.push_back(
-                {kind, {QRectF(left, top, width, targetSize * m_zoom)}, name, {}, TranscriptAction::Copy});
-            left += width + 4 * m_zoom;
-        };
-        place(TargetKind::TryAgain, TranscriptModel::tr("Try again"));
-        place(TargetKind::EditPrompt, TranscriptModel::tr("Edit"));
-    }
-
-    qreal height() const override { return m_box.bottom(); }
-
-    void paint(QPainter& painter, const RowPaint& state) const override
-    {
-        painter.save();
-        painter.setRenderHint(QPainter::Antialiasing);
-        QPainterPath card;
-        card.addRoundedRect(m_box, 8 * m_zoom, 8 * m_zoom);
-        painter.setClipPath(card, Qt::IntersectClip);
-        painter.fillRect(m_box, state.style.code);
-        painter.fillRect(QRectF(m_box.left(), m_box.top(), 3 * m_zoom, m_box.height()), state.style.error);
-        painter.restore();
-        painter.setPen(state.style.text);
-        m_text.draw(painter, textOrigin(), state.clip.translated(-textOrigin()), state.selectionStart,
-                    state.selectionEnd, state.style.selection());
-        painter.setFont(m_font);
-        for (std::size_t i = 0; i < m_buttons.size(); ++i) {
-            painter.setPen(state.hovered == static_cast<int>(i) ? state.style.text : state.style.accent);
-            painter.drawText(m_buttons[i].rects.front(), Qt::AlignCenter, m_buttons[i].name);
-        }
-    }
-
-    std::vector<RowTarget> targets() const override { return m_buttons; }
-    int positionAt(QPointF point) const override { return m_text.positionAt(point - textOrigin()); }
-    bool isText(QPointF point) const override
-    {
-        return QRectF(textOrigin(), QSizeF(m_text.naturalWidth(), m_text.height())).contains(point);
-    }
-    QList<QRectF> rectsOf(int start, int length) const override
-    {
-        QList<QRectF> rects = m_text.rectsOf(start, length);
-        for (QRectF& rect : rects)
-            rect.translate(textOrigin());
-        return rects;
-    }
-
-private:
-    QPointF textOrigin() const { return m_box.topLeft() + QPointF(16, 12) * m_zoom; }
-    StyledText::Options options(const RowContext& context) const
-    {
-        StyledText::Options options;
-        options.font = m_font;
-        options.pitch = 20 * m_zoom;
-        options.ratio = context.column.ratio;
-        options.width = m_box.width() - 32 * m_zoom;
-        return options;
-    }
-
-    qreal m_zoom;
-    QRectF m_box;
-    QFont m_font;
-    StyledText m_text;
-    std::vector<RowTarget> m_buttons;
 };
 
 /// What answered, and what can be done with the message. Always as high, whether or not the actions show.
@@ -248,7 +172,8 @@ public:
             painter.setFont(m_font);
             painter.setPen(state.style.secondary);
             painter.drawText(QRectF(m_column.left, m_top, m_column.width, targetSize * m_zoom),
-                             Qt::AlignVCenter | (m_isPrompt ? Qt::AlignRight : Qt::AlignLeft), m_footer);
+                             Qt::AlignVCenter | (m_isPrompt ? m_column.trailing() : m_column.leading()),
+                             m_footer);
         }
         if (!state.isActive)
             return;
@@ -280,11 +205,19 @@ public:
         return targets;
     }
 
+    QRectF hintArea() const override
+    {
+        if (m_footerWidth <= 0)
+            return {};
+        const qreal left = m_isPrompt ? m_column.left + m_column.width - m_footerWidth : m_column.left;
+        return m_column.placed({left, m_top, m_footerWidth, targetSize * m_zoom});
+    }
+
 private:
     QRectF boxOf(std::size_t index) const
     {
         const qreal size = targetSize * m_zoom;
-        return {m_iconsLeft + static_cast<qreal>(index) * size, m_top, size, size};
+        return m_column.placed({m_iconsLeft + static_cast<qreal>(index) * size, m_top, size, size});
     }
 
     RowColumn m_column;
@@ -309,8 +242,6 @@ std::unique_ptr<RowLayout> layOutMessageRow(const TranscriptRow& row, const RowC
         return std::make_unique<ThinkingRow>(row, context);
     case RowKind::Waiting:
         return std::make_unique<WaitingRow>(row, context);
-    case RowKind::Error:
-        return std::make_unique<ErrorCard>(row, context);
     default:
         return std::make_unique<ActionsRow>(row, context);
     }

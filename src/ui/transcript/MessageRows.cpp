@@ -5,16 +5,28 @@
 
 namespace varnel {
 
+namespace {
+
+QString errorText(const TranscriptMessage& message)
+{
+    if (message.errorDetail.isEmpty())
+        return message.error;
+    return message.error + QChar(QChar::LineSeparator) + message.errorDetail;
+}
+
+} // namespace
+
 MessageRows::MessageRows() = default;
 MessageRows::~MessageRows() = default;
 
 int MessageRows::update(const TranscriptMessage& message, bool showsThinking)
 {
     const bool grows = m_isBuilt && m_stream && message.streaming && showsThinking == m_showsThinking &&
-                       message.thinking.isEmpty() == m_thinking.isEmpty() &&
+                       message.thinking.isEmpty() == m_thinking.isEmpty() && message.steps == m_steps &&
                        (!showsThinking || message.thinking == m_thinking);
     m_thinking = message.thinking;
     m_showsThinking = showsThinking;
+    m_steps = message.steps;
     if (grows && message.content.startsWith(m_stream->text()))
         return updateTail(message);
     return rebuild(message, showsThinking);
@@ -38,9 +50,12 @@ int MessageRows::rebuild(const TranscriptMessage& message, bool showsThinking)
     Rows fresh;
     RowBuilder builder(fresh, 0, 0);
     if (message.role == TranscriptRole::User) {
-        builder.addBubble(message.content);
+        if (!message.content.isEmpty() || message.chips.isEmpty())
+            builder.addBubble(message.content);
+        if (!message.chips.isEmpty())
+            builder.addSimple(RowKind::Chips, 8);
         if (!message.error.isEmpty())
-            builder.addSimple(RowKind::Error, 12, message.error);
+            builder.addSimple(RowKind::Error, 12, errorText(message));
         builder.addSimple(RowKind::Actions, 0);
     } else {
         if (!message.thinking.isEmpty()) {
@@ -48,6 +63,8 @@ int MessageRows::rebuild(const TranscriptMessage& message, bool showsThinking)
             if (showsThinking)
                 builder.addThinking(message.thinking);
         }
+        for (qsizetype i = 0; i < message.steps.size(); ++i)
+            builder.addStep(message.steps[i], i == 0 ? 4 : 0);
         readBlocks(message);
         m_starts.clear();
         build(fresh, message, 0, {static_cast<int>(fresh.size()), 0});
@@ -84,7 +101,9 @@ void MessageRows::build(Rows& rows, const TranscriptMessage& message, qsizetype 
     if (message.waitingSince && blocks.isEmpty() && message.thinking.isEmpty())
         builder.addSimple(RowKind::Waiting, 0);
     if (!message.error.isEmpty())
-        builder.addSimple(RowKind::Error, 12, message.error);
+        builder.addSimple(RowKind::Error, 12, errorText(message));
+    if (message.unfinished)
+        builder.addSimple(RowKind::Unfinished, 4);
     builder.addSimple(RowKind::Actions, 4);
 }
 

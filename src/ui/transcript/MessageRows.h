@@ -53,6 +53,7 @@ private:
     qsizetype m_finished = 0;                 ///< blocks whose rows stay
     QString m_thinking;
     bool m_showsThinking = false;
+    QList<TranscriptStep> m_steps;
     bool m_isBuilt = false;
 };
 

@@ -312,6 +312,13 @@ void RowBuilder::addThinking(const QString& text)
     m_frame = {};
 }
 
+void RowBuilder::addStep(const TranscriptStep& step, qreal spaceAbove)
+{
+    TranscriptRow& row = add(RowKind::Step, spaceAbove);
+    row.text.text = step.text;
+    row.first = step.kind == TranscriptStep::Kind::Searched ? 0 : 1;
+}
+
 void RowBuilder::addSimple(RowKind kind, qreal spaceAbove, const QString& text)
 {
     TranscriptRow& row = add(kind, spaceAbove);

@@ -26,6 +26,7 @@ public:
     void addBubble(const QString& text);
     /// What the model thought, as plain paragraphs.
     void addThinking(const QString& text);
+    void addStep(const TranscriptStep& step, qreal spaceAbove);
     void addSimple(RowKind kind, qreal spaceAbove, const QString& text = {});
 
     /// How many code blocks and tables there are by now.

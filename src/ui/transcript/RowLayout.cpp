@@ -81,7 +81,13 @@ qreal partHeight(const TranscriptRow& row, const RowContext& context)
     case RowKind::Actions:
         return context.message.role == TranscriptRole::User ? 32 : 56;
     case RowKind::Error:
-        return 72;
+        return 92;
+    case RowKind::Step:
+        return 24;
+    case RowKind::Unfinished:
+        return 32;
+    case RowKind::Chips:
+        return 28;
     default:
         return 32;
     }
@@ -92,8 +98,11 @@ qreal partHeight(const TranscriptRow& row, const RowContext& context)
 std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& context)
 {
     switch (row.kind) {
-    case RowKind::Text:
     case RowKind::Maths:
+        if (auto formula = layOutMathsRow(row, context))
+            return formula;
+        return layOutText(row, context);
+    case RowKind::Text:
     case RowKind::Bubble:
     case RowKind::ThinkingText:
         return layOutText(row, context);
@@ -106,9 +115,13 @@ std::unique_ptr<RowLayout> layOut(const TranscriptRow& row, const RowContext& co
     case RowKind::Rule:
     case RowKind::Thinking:
     case RowKind::Waiting:
-    case RowKind::Error:
     case RowKind::Actions:
         break;
+    case RowKind::Chips:
+    case RowKind::Step:
+    case RowKind::Error:
+    case RowKind::Unfinished:
+        return layOutCard(row, context);
     }
     return layOutMessageRow(row, context);
 }
@@ -153,6 +166,8 @@ bool isHeightKnown(const TranscriptRow& row, const RowContext& context)
     case RowKind::Rule:
     case RowKind::Thinking:
     case RowKind::Waiting:
+    case RowKind::Step:
+    case RowKind::Unfinished:
     case RowKind::Actions:
         return true;
     default:

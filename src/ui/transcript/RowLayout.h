@@ -17,10 +17,19 @@ struct RowColumn
 {
     qreal left = 0;
     qreal width = 0;
-    qreal wide = 0;  ///< from the same left edge
-    qreal ratio = 1; ///< device pixels per logical pixel
+    qreal wide = 0;        ///< from the same left edge
+    qreal ratio = 1;       ///< device pixels per logical pixel
+    bool mirrored = false; ///< the window's language runs from right to left
 
     bool operator==(const RowColumn&) const = default;
+    /// A rectangle on the side of the column where the window's language has it.
+    QRectF placed(const QRectF& rect) const
+    {
+        return mirrored ? QRectF(2 * left + width - rect.right(), rect.top(), rect.width(), rect.height())
+                        : rect;
+    }
+    Qt::Alignment leading() const { return (mirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute; }
+    Qt::Alignment trailing() const { return (mirrored ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignAbsolute; }
 };
 
 /// What the reader chose for one code block or table.
@@ -43,6 +52,8 @@ enum class TargetKind : quint8 {
     TryAgain,
     EditPrompt,
     OpenLogs,
+    ResetTemperature,
+    SearchOff,
 };
 
 /// A part of a row that can be pressed or focused.
@@ -96,6 +107,8 @@ public:
     virtual QList<QRectF> rectsOf(int /*start*/, int /*length*/) const { return {}; }
     /// How far the row can scroll to the right, 0 for a row that fits.
     virtual qreal scrollRange() const { return 0; }
+    /// Where the pointer rests to be told more of the message's footer; empty if nowhere.
+    virtual QRectF hintArea() const { return {}; }
     /// What of the row scrolls, for clipping; empty if nothing does.
     virtual QRectF scrollArea() const { return {}; }
 };
@@ -118,9 +131,12 @@ bool isHeightKnown(const TranscriptRow& row, const RowContext& context);
 
 // One for each family of rows.
 std::unique_ptr<RowLayout> layOutText(const TranscriptRow& row, const RowContext& context);
+/// Null for a formula that is to be shown as its source.
+std::unique_ptr<RowLayout> layOutMathsRow(const TranscriptRow& row, const RowContext& context);
 std::unique_ptr<RowLayout> layOutCode(const TranscriptRow& row, const RowContext& context);
 std::unique_ptr<RowLayout> layOutTable(const TranscriptRow& row, const RowContext& context);
 std::unique_ptr<RowLayout> layOutMessageRow(const TranscriptRow& row, const RowContext& context);
+std::unique_ptr<RowLayout> layOutCard(const TranscriptRow& row, const RowContext& context);
 
 /// The bars beside a row that stands in quotes; those of quotes that begin with it leave out the space above.
 struct QuoteBars

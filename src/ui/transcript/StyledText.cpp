@@ -28,18 +28,62 @@ bool runsLeftwards(QChar c)
                                     c.direction() == QChar::DirRLE || c.direction() == QChar::DirRLI);
 }
 
+/// A formula takes the place of its source: a space as wide as it is, and nothing for the other characters,
+/// so that every position in the text stays what it was.
+QString withSpaceFor(const std::vector<InlineFormula>& formulas, QString text)
+{
+    for (const InlineFormula& formula : formulas) {
+        for (int i = 0; i < formula.length; ++i)
+            text[formula.start + i] = QChar(i == 0 ? char16_t(QChar::Nbsp) : char16_t(0x2060));
+    }
+    return text;
+}
+
+StyledText::Formats withSpaceFor(const std::vector<InlineFormula>& formulas,
+                                 const StyledText::Formats& formats, const QFont& font)
+{
+    if (formulas.empty())
+        return formats;
+    const qreal space = QFontMetricsF(font).horizontalAdvance(QChar(QChar::Nbsp));
+    StyledText::Formats all;
+    auto next = formulas.begin();
+    for (const QTextLayout::FormatRange& range : formats) {
+        if (next == formulas.end() || range.start != next->start) {
+            all.append(range);
+            continue;
+        }
+        QTextCharFormat format;
+        format.setFontLetterSpacingType(QFont::AbsoluteSpacing);
+        format.setFontLetterSpacing(next->box->width - space);
+        all.append({next->start, 1, format});
+        ++next;
+    }
+    return all;
+}
+
+bool isWithin(const InlineFormula& formula, const QTextLine& line)
+{
+    return formula.start >= line.textStart() && formula.start < line.textStart() + line.textLength();
+}
+
 } // namespace
 
-StyledText::StyledText(const QString& text, const Formats& formats, const Options& options)
-    : m_text(text)
-    , m_layout(std::make_unique<QTextLayout>(text, options.font))
+StyledText::StyledText(const QString& text, const Formats& formats, const Options& options,
+                       std::vector<InlineFormula> formulas)
+    : m_formulas(std::move(formulas))
+    , m_text(withSpaceFor(m_formulas, text))
+    , m_layout(std::make_unique<QTextLayout>(m_text, options.font))
     , m_rightToLeft(!options.isCode && text.isRightToLeft())
     , m_mixed(std::any_of(text.begin(), text.end(), runsLeftwards))
 {
     m_layout->setTextOption(optionsOf(options, m_rightToLeft));
-    m_layout->setFormats(formats);
+    m_layout->setFormats(withSpaceFor(m_formulas, formats, options.font));
     m_layout->setCacheEnabled(true);
+    layOut(options);
+}
 
+void StyledText::layOut(const Options& options)
+{
     // Lines stand on an even grid, whatever fonts fill in for missing letters.
     const QFontMetricsF metrics(options.font);
     const qreal baseline = (options.pitch - metrics.ascent() - metrics.descent()) / 2 + metrics.ascent();
@@ -49,8 +93,14 @@ StyledText::StyledText(const QString& text, const Formats& formats, const Option
     m_layout->beginLayout();
     for (QTextLine line = m_layout->createLine(); line.isValid(); line = m_layout->createLine()) {
         line.setLineWidth(options.width);
-        const qreal above = std::max(0.0, line.ascent() - baseline - tolerance);
-        const qreal below = std::max(0.0, line.descent() - (options.pitch - baseline) - tolerance);
+        qreal above = std::max(0.0, line.ascent() - baseline - tolerance);
+        qreal below = std::max(0.0, line.descent() - (options.pitch - baseline) - tolerance);
+        for (const InlineFormula& formula : m_formulas) {
+            if (!isWithin(formula, line))
+                continue;
+            above = std::max(above, formula.box->ascent - baseline + 1);
+            below = std::max(below, formula.box->descent - (options.pitch - baseline) + 1);
+        }
         line.setPosition({0, top + above + baseline - line.ascent()});
         m_tops.push_back(top);
         top += std::ceil((options.pitch + above + below) * options.ratio - 1e-6) / options.ratio;
@@ -76,7 +126,26 @@ void StyledText::draw(QPainter& painter, QPointF origin, const QRectF& clip, int
         const QTextLine line = m_layout->lineAt(i);
         fillSelection(painter, origin, i, selectionStart, selectionEnd, selection);
         line.draw(&painter, origin);
+        paintFormulas(painter, origin, line);
     }
+}
+
+void StyledText::paintFormulas(QPainter& painter, QPointF origin, const QTextLine& line) const
+{
+    for (const InlineFormula& formula : m_formulas) {
+        if (!isWithin(formula, line))
+            continue;
+        const qreal x =
+            std::min(line.cursorToX(formula.start), line.cursorToX(formula.start + formula.length));
+        formula.box->paint(painter, origin + QPointF(x, line.y() + line.ascent()));
+    }
+}
+
+void StyledText::drawLine(QPainter& painter, int line, QPointF corner) const
+{
+    const QPointF origin = corner - QPointF(0, lineTop(line));
+    m_layout->lineAt(line).draw(&painter, origin);
+    paintFormulas(painter, origin, m_layout->lineAt(line));
 }
 
 void StyledText::fillSelection(QPainter& painter, QPointF origin, int number, int start, int end,
@@ -108,7 +177,13 @@ int StyledText::positionAt(QPointF point) const
         return 0;
     if (point.y() >= m_height)
         return length();
-    return m_layout->lineAt(lineAt(point.y())).xToCursor(point.x());
+    const int position = m_layout->lineAt(lineAt(point.y())).xToCursor(point.x());
+    // A formula is one thing to the hand: before it or after it.
+    for (const InlineFormula& formula : m_formulas) {
+        if (position > formula.start && position < formula.start + formula.length)
+            return formula.start + formula.length;
+    }
+    return position;
 }
 
 QList<QRectF> StyledText::rectsOf(int start, int length) const

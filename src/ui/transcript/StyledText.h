@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/transcript/MathBox.h"
+
 #include <QFont>
 #include <QTextLayout>
 
@@ -28,17 +30,27 @@ public:
     using Formats = QList<QTextLayout::FormatRange>;
 
     /// @param text lines are separated by QChar::LineSeparator.
-    StyledText(const QString& text, const Formats& formats, const Options& options);
+    /// @param formulas stand where their sources are in the text, in order.
+    StyledText(const QString& text, const Formats& formats, const Options& options,
+               std::vector<InlineFormula> formulas = {});
 
     qreal height() const { return m_height; }
     /// The width of the longest line.
     qreal naturalWidth() const { return m_naturalWidth; }
+    int lineCount() const { return static_cast<int>(m_tops.size()); }
+    /// Where the space of a line begins; that of the one after the last is the height.
+    qreal lineTop(int line) const
+    {
+        return line < lineCount() ? m_tops[static_cast<std::size_t>(line)] : m_height;
+    }
     int length() const { return static_cast<int>(m_text.size()); }
     const QString& text() const { return m_text; }
 
     /// Draws the lines that touch `clip`, which is relative to `origin` as all positions here are.
     void draw(QPainter& painter, QPointF origin, const QRectF& clip, int selectionStart, int selectionEnd,
               const QColor& selection) const;
+    /// Draws one line alone, the space of which begins at `corner`.
+    void drawLine(QPainter& painter, int line, QPointF corner) const;
     /// The boundary between characters nearest to a point.
     int positionAt(QPointF point) const;
     /// Where characters stand, one rectangle a line.
@@ -53,6 +65,10 @@ private:
     void fillSelection(QPainter& painter, QPointF origin, int number, int start, int end,
                        const QColor& colour) const;
 
+    void layOut(const Options& options);
+    void paintFormulas(QPainter& painter, QPointF origin, const QTextLine& line) const;
+
+    std::vector<InlineFormula> m_formulas;
     QString m_text;
     std::unique_ptr<QTextLayout> m_layout;
     std::vector<qreal> m_tops; ///< of the space of each line

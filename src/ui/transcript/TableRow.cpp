@@ -1,4 +1,5 @@
 // A stretch of a table's rows.
+#include "ui/transcript/MathLayout.h"
 #include "ui/transcript/RowLayout.h"
 
 #include <QFontMetricsF>
@@ -14,6 +15,7 @@ namespace {
 constexpr qreal cellPaddingX = 12;
 constexpr qreal cellPaddingY = 6;
 constexpr qreal narrowest = 120;        ///< a column gets at least this before the table starts to scroll
+constexpr qreal widestFormula = 2000;   ///< in a cell, while its column has no width yet
 constexpr int measuredRows = 60;        ///< column widths follow from so many rows
 constexpr qsizetype measuredText = 400; ///< and so much of a cell
 
@@ -49,7 +51,8 @@ QList<qreal> naturalWidths(const MarkdownTable& table, const TranscriptStyle& st
             StyledText::Options options;
             options.font = cellFont(style, line == 0);
             options.wraps = false;
-            const StyledText cell(shownText(text), formatsOf(text, options.font, style), options);
+            const StyledText cell(shownText(text), formatsOf(text, options.font, style), options,
+                                  formulasOf(text, options.font, widestFormula));
             const qreal padding = style.px(leftPadding(column) + cellPaddingX);
             widths[column] = std::max(widths[column], std::ceil(cell.naturalWidth()) + padding + 1);
         }
@@ -187,10 +190,11 @@ private:
             for (qsizetype column = 0; column < std::min(cells.size(), m_table->columns.size()); ++column) {
                 const qreal width = m_group->widths[column];
                 const auto options = cellOptions(style, number == 0, column, width);
-                m_cells.push_back({cells[column],
-                                   StyledText(shownText(cells[column]),
-                                              formatsOf(cells[column], options.font, style), options),
-                                   QRectF(left, top, width, 0), leftPadding(column) * m_zoom, position});
+                m_cells.push_back(
+                    {cells[column],
+                     StyledText(shownText(cells[column]), formatsOf(cells[column], options.font, style),
+                                options, formulasOf(cells[column], options.font, options.width)),
+                     QRectF(left, top, width, 0), leftPadding(column) * m_zoom, position});
                 height = std::max(height, m_cells.back().text.height());
                 position += static_cast<int>(cells[column].text.size()) + 1; // a tab or a line feed follows
                 left += width;

@@ -1,4 +1,5 @@
 // Paragraphs, headings, formulas, the user's bubbles and what the model thought.
+#include "ui/transcript/MathLayout.h"
 #include "ui/transcript/RowLayout.h"
 
 #include <QPainter>
@@ -53,7 +54,8 @@ public:
         , m_column(context.column)
         , m_look(lookOf(row, context.style))
         , m_muted(row.kind == RowKind::ThinkingText || !row.frame.bars.isEmpty())
-        , m_text(shownLines(row), formatsOf(row.text, m_look.font, context.style), options(row))
+        , m_text(shownLines(row), formatsOf(row.text, m_look.font, context.style), options(row),
+                 formulasOf(row.text, m_look.font, options(row).width))
     {
         place();
     }
@@ -115,7 +117,7 @@ private:
             const qreal limit = std::floor(m_column.width * 0.8);
             const qreal width =
                 single ? std::min(limit, std::ceil(m_text.naturalWidth()) + 28 * m_zoom) : limit;
-            const qreal left = m_column.left + m_column.width - width;
+            const qreal left = m_column.mirrored ? m_column.left : m_column.left + m_column.width - width;
             // Text that runs leftwards was aligned to the full width: keep its leading edge in the bubble.
             const qreal shift = m_text.isRightToLeft() ? limit - width : 0;
             m_origin = {whole(left + 14 * m_zoom - shift),

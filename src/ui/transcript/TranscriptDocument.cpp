@@ -31,6 +31,7 @@ void TranscriptDocument::setGeometry(qreal width, qreal ratio)
     const auto whole = [ratio](qreal value) { return std::floor(value * ratio) / ratio; };
     RowColumn column;
     column.ratio = ratio;
+    column.mirrored = m_style.mirrored;
     const qreal gutter = m_style.px(TranscriptStyle::gutter);
     column.width =
         whole(std::max(160.0, std::min(m_style.px(TranscriptStyle::columnWidth), width - 2 * gutter)));

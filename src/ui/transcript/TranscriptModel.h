@@ -26,6 +26,31 @@ enum class TranscriptAction : quint8 {
 Q_DECLARE_FLAGS(TranscriptActions, TranscriptAction)
 Q_DECLARE_OPERATORS_FOR_FLAGS(TranscriptActions)
 
+/// Something that went along with a prompt, in words: "PDF", "Report".
+struct TranscriptChip
+{
+    QString kind;
+    QString title;
+
+    bool operator==(const TranscriptChip&) const = default;
+};
+
+/// Something that was looked up for a reply, in words: "Searched for …", "Read …".
+struct TranscriptStep
+{
+    enum class Kind : quint8 { Searched, Read };
+
+    Kind kind = Kind::Searched;
+    QString text;
+
+    bool operator==(const TranscriptStep&) const = default;
+};
+
+/// What a failed turn offers to try differently.
+enum class TranscriptRemedy : quint8 { ResetTemperature = 0x01, SearchOff = 0x02 };
+Q_DECLARE_FLAGS(TranscriptRemedies, TranscriptRemedy)
+Q_DECLARE_OPERATORS_FOR_FLAGS(TranscriptRemedies)
+
 /// One message as the transcript shows it.
 struct TranscriptMessage
 {
@@ -42,8 +67,15 @@ struct TranscriptMessage
     /// When thinking began; together with thinkingTook empty it is still going on.
     std::optional<TimePoint> thinkingSince;
     std::optional<std::chrono::milliseconds> thinkingTook;
-    QString footer; ///< what answered, how long it took, how fast; the names of attachments below a prompt
-    QString error;  ///< why the turn failed; belongs to the prompt
+    QString footer;              ///< what answered, how long it took, how fast
+    QString footerHint;          ///< what is said when the pointer rests on it
+    QList<TranscriptChip> chips; ///< what was attached to a prompt
+    QList<TranscriptStep> steps; ///< what was looked up for a reply, in order
+    QString error;               ///< why the turn failed; belongs to the prompt
+    QString errorDetail;         ///< what the service itself said; may be empty
+    TranscriptRemedies remedies; ///< what may help against the error
+    bool unfinished = false;     ///< the reply ended before it was whole
+    bool canTryAgain = false;    ///< an unfinished reply can be asked for once more
     TranscriptActions actions = TranscriptAction::Copy;
 
     bool operator==(const TranscriptMessage&) const = default;

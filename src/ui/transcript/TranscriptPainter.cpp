@@ -50,6 +50,31 @@ void paintFocusRing(QPainter& painter, TranscriptDocument& document, const Place
     painter.restore();
 }
 
+/// Marks what was found like a pen does, over the text; the present place has an outline as well.
+void paintFound(QPainter& painter, TranscriptDocument& document, const TranscriptFinder& finder,
+                const PlacedRow& placed)
+{
+    const RowLayout& layout = document.layout(placed.ref);
+    const std::vector<FoundText> matches = finder.within(placed.ref, document.row(placed.ref));
+    if (matches.empty())
+        return;
+    const TranscriptStyle& style = document.style();
+    QColor marker = style.warning;
+    marker.setAlphaF(0.28F);
+    if (const QRectF area = layout.scrollArea(); !area.isEmpty())
+        painter.setClipRect(area, Qt::IntersectClip);
+    for (const FoundText& found : matches) {
+        for (const QRectF& rect : layout.rectsOf(found.start, found.length)) {
+            painter.fillRect(rect, marker);
+            if (finder.current() != found)
+                continue;
+            painter.setPen(QPen(style.warning, 2));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRect(rect.adjusted(-1, 0, 1, 0));
+        }
+    }
+}
+
 } // namespace
 
 std::vector<PlacedRow> visibleRows(TranscriptDocument& document, const ScrollPosition& position)
@@ -70,9 +95,9 @@ std::vector<PlacedRow> visibleRows(TranscriptDocument& document, const ScrollPos
 }
 
 void paintTranscript(QPainter& painter, TranscriptDocument& document, const std::vector<PlacedRow>& rows,
-                     const TranscriptSelection& selection, const TranscriptAttention& attention,
-                     const QRectF& clip)
+                     const TranscriptMarks& marks, const QRectF& clip)
 {
+    const auto& [selection, finder, attention] = marks;
     const TranscriptModel& model = document.model();
     for (const PlacedRow& placed : rows) {
         const RowRef ref = placed.ref;
@@ -97,6 +122,7 @@ void paintTranscript(QPainter& painter, TranscriptDocument& document, const std:
         painter.save();
         painter.translate(0, placed.y);
         layout.paint(painter, state);
+        paintFound(painter, document, finder, placed);
         painter.restore();
     }
     // Last, so that the row below does not cover the lower half of a ring.

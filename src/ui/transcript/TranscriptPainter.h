@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/transcript/ScrollPosition.h"
+#include "ui/transcript/TranscriptFinder.h"
 #include "ui/transcript/TranscriptSelection.h"
 
 class QPainter;
@@ -29,15 +30,23 @@ struct TranscriptAttention
 {
     std::optional<TargetRef> hovered;
     std::optional<TargetRef> focused;
-    int activeMessage = -1;       ///< under the pointer; its actions show
-    std::optional<RowRef> copied; ///< the row whose text was just copied
+    int activeMessage = -1;        ///< under the pointer; its actions show
+    std::optional<RowRef> hintRow; ///< the pointer rests where this row has more to tell
+    std::optional<RowRef> copied;  ///< the row whose text was just copied
+};
+
+/// What is drawn over the plain conversation.
+struct TranscriptMarks
+{
+    const TranscriptSelection& selection;
+    const TranscriptFinder& finder;
+    const TranscriptAttention& attention;
 };
 
 /// The rows in view from top to bottom; sticky headers come last, as they lie above the others.
 std::vector<PlacedRow> visibleRows(TranscriptDocument& document, const ScrollPosition& position);
 /// Draws them.
 void paintTranscript(QPainter& painter, TranscriptDocument& document, const std::vector<PlacedRow>& rows,
-                     const TranscriptSelection& selection, const TranscriptAttention& attention,
-                     const QRectF& clip);
+                     const TranscriptMarks& marks, const QRectF& clip);
 
 } // namespace varnel

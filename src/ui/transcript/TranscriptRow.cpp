@@ -95,7 +95,8 @@ bool TranscriptRow::looksLike(const TranscriptRow& other) const
         first != other.first || count != other.count || group != other.group || begins != other.begins ||
         ends != other.ends || !(frame == other.frame))
         return false;
-    if (kind == RowKind::Actions || kind == RowKind::Error || kind == RowKind::Waiting)
+    if (kind == RowKind::Actions || kind == RowKind::Error || kind == RowKind::Waiting ||
+        kind == RowKind::Chips || kind == RowKind::Unfinished)
         return false; // they show more of the message than is kept here
     if (kind == RowKind::CodeHeader || kind == RowKind::CodeFooter)
         return code->label == other.code->label && code->columns == other.code->columns;

@@ -64,7 +64,10 @@ enum class RowKind : quint8 {
     Thinking, ///< the collapsed row that opens and closes what the model thought
     ThinkingText,
     Waiting,
+    Chips, ///< what was attached to a prompt
+    Step,  ///< something that was looked up for the reply
     Error,
+    Unfinished,
     Actions,
 };
 

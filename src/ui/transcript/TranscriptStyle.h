@@ -12,6 +12,7 @@ class TranscriptStyle : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(qreal zoom MEMBER zoom NOTIFY metricsChanged)
+    Q_PROPERTY(bool mirrored MEMBER mirrored NOTIFY metricsChanged)
     Q_PROPERTY(QString bodyFamily MEMBER bodyFamily NOTIFY metricsChanged)
     Q_PROPERTY(QString codeFamily MEMBER codeFamily NOTIFY metricsChanged)
     Q_PROPERTY(QColor background MEMBER background NOTIFY coloursChanged)
@@ -57,6 +58,7 @@ public:
     static constexpr qreal gutter = 16;
 
     qreal zoom = 1;
+    bool mirrored = false; ///< the window's language runs from right to left
     QString bodyFamily;
     QString codeFamily;
     QColor background;

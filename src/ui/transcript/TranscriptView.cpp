@@ -40,6 +40,7 @@ TranscriptView::TranscriptView(QQuickItem* parent)
     setUp(m_idleTimer, idlePause, true, &TranscriptView::measureInIdle);
     setUp(m_tickTimer, 1000, false, &TranscriptView::tick);
     setUp(m_selectScrollTimer, 16, false, &TranscriptView::scrollWhileSelecting);
+    setUp(m_findTimer, 0, true, &TranscriptView::continueFinding);
     setUp(m_glideTimer, 16, false, &TranscriptView::glide);
     m_copiedTimer.setInterval(1500);
     m_copiedTimer.setSingleShot(true);
@@ -78,11 +79,14 @@ void TranscriptView::connectModel()
     connect(m_model, &TranscriptModel::finished, this, &TranscriptView::messageFinished);
     connect(m_model, &TranscriptModel::appended, this, [this](int index) {
         m_document->append();
+        m_finder->messageAppended();
         messageChanged(index);
     });
     connect(m_model, &TranscriptModel::removed, this, [this](int first) {
         m_document->removeFrom(first);
         m_position->removeFrom(first);
+        m_finder->messagesRemoved(first);
+        m_findTimer.start();
         m_selection.clampTo(*m_document);
         m_changed.erase(m_changed.lower_bound(first), m_changed.end());
         m_news.erase(m_news.lower_bound(first), m_news.end());
@@ -127,7 +131,14 @@ void TranscriptView::setStyle(TranscriptStyle* style)
 void TranscriptView::rebuild()
 {
     m_position.reset();
+    const QString findText = m_finder ? m_finder->text() : QString();
+    m_finder.reset();
     m_document = std::make_unique<TranscriptDocument>(m_model ? *m_model : *m_noModel, *m_style);
+    m_finder = std::make_unique<TranscriptFinder>(*m_document);
+    // The bar stays open over the next conversation, which is shown from its end nevertheless.
+    m_finder->start(findText, 0);
+    m_seeksFirst = false;
+    m_findTimer.start();
     m_position = std::make_unique<ScrollPosition>(*m_document);
     m_selection.clear();
     m_attention = {};
@@ -175,6 +186,9 @@ void TranscriptView::itemChange(ItemChange change, const ItemChangeData& value)
 void TranscriptView::messageChanged(int index)
 {
     m_changed.insert(index);
+    m_finder->messageChanged(index);
+    if (m_finder->isActive())
+        m_findTimer.start();
     m_news.insert(index);
     if (!m_tickTimer.isActive())
         m_tickTimer.start();
@@ -333,8 +347,8 @@ void TranscriptView::paint(QPainter* painter)
     if (m_position->height() <= 0)
         return;
     painter->setRenderHint(QPainter::Antialiasing, false);
-    paintTranscript(*painter, *m_document, visibleRows(*m_document, *m_position), m_selection, m_attention,
-                    clip);
+    paintTranscript(*painter, *m_document, visibleRows(*m_document, *m_position),
+                    {m_selection, *m_finder, m_attention}, clip);
     if (m_showsFocus && !m_attention.focused) {
         painter->setPen(QPen(m_style->accent, 2));
         painter->setBrush(Qt::NoBrush);

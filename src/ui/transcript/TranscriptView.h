@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/transcript/TranscriptFinder.h"
 #include "ui/transcript/TranscriptModel.h"
 #include "ui/transcript/TranscriptPainter.h"
 #include "ui/transcript/TranscriptScrollBar.h"
@@ -31,6 +32,10 @@ class TranscriptView : public QQuickPaintedItem
     Q_PROPERTY(QString hoveredLink READ hoveredLink NOTIFY hoveredChanged)
     Q_PROPERTY(QString hoveredName READ hoveredName NOTIFY hoveredChanged)
     Q_PROPERTY(QRectF hoveredRect READ hoveredRect NOTIFY hoveredChanged)
+    Q_PROPERTY(QString findText READ findText WRITE setFindText NOTIFY findChanged)
+    Q_PROPERTY(int findCount READ findCount NOTIFY findChanged)
+    Q_PROPERTY(int findNumber READ findNumber NOTIFY findChanged)
+    Q_PROPERTY(bool finding READ isFinding NOTIFY findChanged)
     Q_PROPERTY(bool hasSelection READ hasSelection NOTIFY selectionChanged)
 
 public:
@@ -62,6 +67,19 @@ public:
     /// Brings a message into view, its beginning at the top.
     Q_INVOKABLE void showMessage(const QString& id);
 
+    /// What is looked for in the conversation and marked wherever it stands; empty for nothing. The first
+    /// place from the view on is shown.
+    QString findText() const;
+    void setFindText(const QString& text);
+    /// How often it was found so far, which of them is shown, from 1, and whether the search goes on.
+    int findCount() const;
+    int findNumber() const;
+    bool isFinding() const;
+    Q_INVOKABLE void findNext();
+    Q_INVOKABLE void findPrevious();
+    /// Brings a message into view and looks for a text from there on.
+    Q_INVOKABLE void showMatch(const QString& id, const QString& text);
+
     /// The rows in view; brings everything up to date first.
     std::vector<PlacedRow> rowsInView();
     TranscriptDocument& document() { return *m_document; }
@@ -73,6 +91,8 @@ public:
     std::vector<TargetRef> targetsInView();
     /// A target, with its place in its row; none if it is gone.
     std::optional<RowTarget> targetAt(TargetRef ref) const;
+    /// The first rectangle of a target, in the view; empty if it is gone.
+    QRectF placeOf(TargetRef ref) const;
 
     void paint(QPainter* painter) override;
 
@@ -83,15 +103,20 @@ Q_SIGNALS:
     void unseenBelowChanged();
     void hoveredChanged();
     void selectionChanged();
+    void findChanged();
     /// A link to http, https or mailto was pressed.
     void linkActivated(const QUrl& url);
     /// A message's text went to the clipboard.
     void messageCopied(const QString& id);
     /// @param action "regenerate", "edit", "writeFiles", "handOff", "save" or "more".
-    void actionRequested(const QString& id, const QString& action);
+    /// @param place where what asked for it is, in the view.
+    void actionRequested(const QString& id, const QString& action, const QRectF& place);
     void writeRequested(const QString& id, const QString& path);
     void tryAgainRequested(const QString& id);
     void logsRequested();
+    /// A failed turn is to be tried again with a temperature of 1, or without the web tools.
+    void temperatureResetRequested();
+    void searchOffRequested();
     /// A reply is complete; said once, for reading aloud.
     void replyFinished(const QString& id, const QString& text);
     void focusedTargetChanged();
@@ -149,6 +174,12 @@ private:
     void glide();
     void selectionMoved();
 
+    // TranscriptViewFind.cpp
+    void startFinding(const QString& text, int from);
+    void continueFinding();
+    void stepFound(bool forward);
+    void revealFound();
+
     // TranscriptViewKeys.cpp
     bool scrollByKey(const QKeyEvent& event);
     bool moveFocus(bool forward);
@@ -167,6 +198,10 @@ private:
     std::unique_ptr<TranscriptStyle> m_ownStyle;
     std::unique_ptr<TranscriptDocument> m_document;
     std::unique_ptr<ScrollPosition> m_position;
+    std::unique_ptr<TranscriptFinder> m_finder;
+    bool m_seeksFirst = false; ///< the first place found is to be shown
+    int m_showsFound = -1;     ///< only if it is in this message; -1 for any
+    QTimer m_findTimer;
     TranscriptScrollBar* m_scrollBar; ///< owned as a child item
     TranscriptSelection m_selection;
     TranscriptAttention m_attention;

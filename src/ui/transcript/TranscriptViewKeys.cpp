@@ -200,10 +200,16 @@ void TranscriptView::activate(TargetRef ref)
         Q_EMIT tryAgainRequested(id);
         break;
     case TargetKind::EditPrompt:
-        Q_EMIT actionRequested(id, actionWord(TranscriptAction::Edit));
+        Q_EMIT actionRequested(id, actionWord(TranscriptAction::Edit), placeOf(ref));
         break;
     case TargetKind::OpenLogs:
         Q_EMIT logsRequested();
+        break;
+    case TargetKind::ResetTemperature:
+        Q_EMIT temperatureResetRequested();
+        break;
+    case TargetKind::SearchOff:
+        Q_EMIT searchOffRequested();
         break;
     }
 }
@@ -213,7 +219,8 @@ void TranscriptView::requestAction(TargetRef ref, const RowTarget& target)
     if (target.action == TranscriptAction::Copy)
         copyMessage(ref.row);
     else
-        Q_EMIT actionRequested(m_document->model().message(ref.row.message).id, actionWord(target.action));
+        Q_EMIT actionRequested(m_document->model().message(ref.row.message).id, actionWord(target.action),
+                               placeOf(ref));
 }
 
 void TranscriptView::toggleThinking(RowRef row)
@@ -224,6 +231,8 @@ void TranscriptView::toggleThinking(RowRef row)
     m_position->holdOn(row);
     m_selection.clear();
     m_document->setThinkingOpen(row.message, !m_document->isThinkingOpen(row.message));
+    m_finder->messageChanged(row.message);
+    m_findTimer.start();
     m_position->settle();
     if (followed)
         m_position->attachAtEnd();
@@ -321,18 +330,29 @@ QString TranscriptView::hoveredLink() const
 
 QString TranscriptView::hoveredName() const
 {
+    if (m_attention.hintRow)
+        return m_document->model().message(m_attention.hintRow->message).footerHint;
     const auto target = m_attention.hovered ? targetAt(*m_attention.hovered) : std::nullopt;
     return target && target->kind != TargetKind::Link ? target->name : QString();
 }
 
 QRectF TranscriptView::hoveredRect() const
 {
-    if (!m_attention.hovered)
-        return {};
-    const auto target = targetAt(*m_attention.hovered);
+    if (m_attention.hintRow) {
+        const qint64 top = m_document->topOf(*m_attention.hintRow) - m_position->top();
+        return m_document->layout(*m_attention.hintRow)
+            .hintArea()
+            .translated(0, static_cast<qreal>(top) / ratio());
+    }
+    return m_attention.hovered ? placeOf(*m_attention.hovered) : QRectF();
+}
+
+QRectF TranscriptView::placeOf(TargetRef ref) const
+{
+    const auto target = targetAt(ref);
     if (!target || target->rects.isEmpty())
         return {};
-    const qint64 top = m_document->topOf(m_attention.hovered->row) - m_position->top();
+    const qint64 top = m_document->topOf(ref.row) - m_position->top();
     return target->rects.front().translated(0, static_cast<qreal>(top) / ratio());
 }
 

@@ -117,13 +117,17 @@ void TranscriptView::hover(QPointF point)
     TranscriptAttention attention = m_attention;
     attention.hovered = hit ? hit->target : std::nullopt;
     attention.activeMessage = hit ? hit->row.ref.message : -1;
+    attention.hintRow.reset();
+    if (hit && !hit->target && m_document->layout(hit->row.ref).hintArea().contains(hit->point))
+        attention.hintRow = hit->row.ref;
     if (hit && hit->target)
         setCursor(Qt::PointingHandCursor);
     else if (hit && m_document->layout(hit->row.ref).isText(hit->point))
         setCursor(Qt::IBeamCursor);
     else
         unsetCursor();
-    if (attention.hovered == m_attention.hovered && attention.activeMessage == m_attention.activeMessage)
+    if (attention.hovered == m_attention.hovered && attention.activeMessage == m_attention.activeMessage &&
+        attention.hintRow == m_attention.hintRow)
         return;
     m_attention = attention;
     repaintAll();
@@ -138,6 +142,7 @@ void TranscriptView::hoverMoveEvent(QHoverEvent* event)
 void TranscriptView::hoverLeaveEvent(QHoverEvent*)
 {
     m_attention.hovered.reset();
+    m_attention.hintRow.reset();
     m_attention.activeMessage = -1;
     unsetCursor();
     repaintAll();

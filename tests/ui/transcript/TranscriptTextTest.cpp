@@ -90,6 +90,30 @@ private:
     int m_watch;
 };
 
+/// Replies that try to have `url` and `file` opened, and others made to be slow.
+std::vector<TranscriptMessage> hostileMessages(const QString& url, const QString& file)
+{
+    const QString images = QStringLiteral("![i](%1) ![r][ref] <img src=\"%1\"> ![f](file://%2) ![p](%2)\n\n"
+                                          "|![t](%1)|\n|-|\n|<img src='%1'>|\n\n> - # ![h](%1)\n\n"
+                                          "<style>@import url(%1)</style><link href=\"%1\">\n\n[ref]: %1\n");
+    const auto message = [](const char* id, const QString& text) { return reply(QLatin1String(id), text); };
+    std::vector<TranscriptMessage> messages{
+        message("images", images.arg(url, file)),
+        message("brackets", QString(100000, QLatin1Char('['))),
+        message("quotes", QString(100000, QLatin1Char('>'))),
+        message("bidi",
+                QStringLiteral("\u202Egnp.exe\u202C \u2066\u2067\u0001\u001B[31m\u009B ").repeated(500)),
+        message("word", QString(1000000, QLatin1Char('x'))),
+        message("code", QStringLiteral("```js\n") + QString(500000, QLatin1Char('"'))),
+        message("table", QStringLiteral("|a").repeated(300) + QStringLiteral("\n") +
+                             QStringLiteral("|-").repeated(300) + QStringLiteral("\n") +
+                             QStringLiteral("|b").repeated(3000)),
+        message("marks", QString::fromUcs4(U"a\u0301\u0302\u0303").repeated(20000)),
+    };
+    messages.push_back(prompt(QStringLiteral("prompt"), images.arg(url, file)));
+    return messages;
+}
+
 } // namespace
 
 class TranscriptTextTest : public QObject
@@ -270,27 +294,7 @@ private Q_SLOTS:
         QTcpServer server;
         QVERIFY(server.listen(QHostAddress::LocalHost));
         const QString url = QStringLiteral("http://127.0.0.1:%1/x.png").arg(server.serverPort());
-        const QString images =
-            QStringLiteral("![i](%1) ![r][ref] <img src=\"%1\"> ![f](file://%2) ![p](%2)\n\n"
-                           "|![t](%1)|\n|-|\n|<img src='%1'>|\n\n> - # ![h](%1)\n\n"
-                           "<style>@import url(%1)</style><link href=\"%1\">\n\n[ref]: %1\n");
-        const auto message = [](const char* id, const QString& text) {
-            return reply(QLatin1String(id), text);
-        };
-        std::vector<TranscriptMessage> messages{
-            message("images", images.arg(url, fifo)),
-            message("brackets", QString(100000, QLatin1Char('['))),
-            message("quotes", QString(100000, QLatin1Char('>'))),
-            message("bidi",
-                    QStringLiteral("\u202Egnp.exe\u202C \u2066\u2067\u0001\u001B[31m\u009B ").repeated(500)),
-            message("word", QString(1000000, QLatin1Char('x'))),
-            message("code", QStringLiteral("```js\n") + QString(500000, QLatin1Char('"'))),
-            message("table", QStringLiteral("|a").repeated(300) + QStringLiteral("\n") +
-                                 QStringLiteral("|-").repeated(300) + QStringLiteral("\n") +
-                                 QStringLiteral("|b").repeated(3000)),
-            message("marks", QString::fromUcs4(U"a\u0301\u0302\u0303").repeated(20000)),
-        };
-        messages.push_back(prompt(QStringLiteral("prompt"), images.arg(url, fifo)));
+        const std::vector<TranscriptMessage> messages = hostileMessages(url, fifo);
         Stage stage({});
         stage.window.grabWindow();
         const int before = openDescriptors();
@@ -300,6 +304,16 @@ private Q_SLOTS:
             stage.view.rowsInView();
             stage.window.grabWindow();
         }
+        // The same as it comes in pieces, each of which is shown, and as it is copied.
+        TranscriptMessage streamed = reply(QStringLiteral("streamed"), {});
+        streamed.streaming = true;
+        stage.model.appendMessage(streamed);
+        for (qsizetype size = 1; size <= messages.front().content.size(); size += 3) {
+            streamed.content = messages.front().content.left(size);
+            stage.model.updateMessage(streamed);
+            stage.window.grabWindow();
+        }
+        QVERIFY(!stage.selectAll(stage.model.count() - 1).isEmpty());
         QTest::qWait(100);
         QVERIFY(!server.hasPendingConnections());
         QVERIFY(!watch.sawOne());

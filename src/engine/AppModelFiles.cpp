@@ -1,0 +1,104 @@
+// What goes into and out of conversations besides turns: saved copies, and pages of the web.
+#include "engine/AppModelPrivate.h"
+
+#include "websearch/PageFetch.h"
+
+namespace varnel {
+
+void AppModel::keepTask(Task<void> task)
+{
+    std::erase_if(m_fileTasks, [](const Task<void>& other) { return other.isFinished(); });
+    m_fileTasks.push_back(std::move(task));
+}
+
+void AppModel::exportConversation(const QUuid& id, const QString& file, ConversationForm form)
+{
+    if (const ChatSession* const exported = session(id))
+        keepTask(followSaving(writeConversation(&m_worker, *exported, file, form), file));
+}
+
+void AppModel::saveWith(const std::function<Task<void>(Worker*)>& write, const QString& file)
+{
+    keepTask(followSaving(write(&m_worker), file));
+}
+
+void AppModel::saveTranscript(const QString& file)
+{
+    exportConversation(m_selection, file, ConversationForm::Markdown);
+}
+
+void AppModel::saveReply(const QUuid& message, const QString& file)
+{
+    const ChatSession* const selected = selectedSession();
+    const std::size_t index = selected ? indexOf(*selected, message) : 0;
+    if (selected && index < selected->messages.size())
+        keepTask(followSaving(writeText(&m_worker, selected->messages[index].content, file), file));
+}
+
+Task<void> AppModel::followSaving(Task<void> saving, QString file)
+{
+    QString status;
+    try {
+        co_await saving;
+        status = tr("Saved %1").arg(file);
+    } catch (const Cancelled&) {
+        co_return;
+    } catch (const Error& error) {
+        status = error.message();
+    }
+    setStatusMessage(status);
+}
+
+void AppModel::importConversation(const QString& file)
+{
+    keepTask(followConversationImport(file));
+}
+
+Task<void> AppModel::followConversationImport(QString file)
+{
+    QString status;
+    try {
+        ChatSession imported = co_await readConversation(&m_worker, file);
+        status = tr("Imported %1").arg(imported.title);
+        addConversation(std::move(imported));
+    } catch (const Cancelled&) {
+        co_return;
+    } catch (const Error& error) {
+        status = error.message();
+    }
+    setStatusMessage(status);
+}
+
+void AppModel::readPage(const QString& url)
+{
+    const QString address = url.trimmed();
+    if (address.isEmpty())
+        return;
+    m_stopPage.request_stop();
+    m_stopPage = std::stop_source();
+    m_page = followPage(m_selection, address, m_stopPage.get_token());
+}
+
+void AppModel::stopReadingPage()
+{
+    m_stopPage.request_stop();
+}
+
+Task<void> AppModel::followPage(QUuid session, QString url, std::stop_token stop)
+{
+    QString status;
+    setStatusMessage(tr("Reading %1…").arg(url));
+    try {
+        PageNetwork& network = m_services.pages ? *m_services.pages : m_pages;
+        const QString text = co_await readPublicPage(&m_http, &network, url, {}, stop);
+        if (this->session(session))
+            addToDraft(session, url + QStringLiteral("\n\n") + text);
+    } catch (const Cancelled&) {
+        status = QStringLiteral("Stopped.");
+    } catch (const Error& error) {
+        status = error.message();
+    }
+    setStatusMessage(status);
+}
+
+} // namespace varnel

@@ -1,0 +1,202 @@
+#include "ui/ProjectPreview.h"
+
+#include "store/ProjectFiles.h"
+
+#include <algorithm>
+
+namespace varnel {
+
+namespace {
+
+/// The last file of each path, where its first one stood: that is what is there after all were written.
+std::vector<PlannedProjectFile> lastOfEachPath(std::vector<PlannedProjectFile> files)
+{
+    std::vector<PlannedProjectFile> last;
+    for (PlannedProjectFile& file : files) {
+        const auto found =
+            std::ranges::find(last, file.file.relativePath,
+                              [](const PlannedProjectFile& each) { return each.file.relativePath; });
+        if (found == last.end())
+            last.push_back(std::move(file));
+        else
+            *found = std::move(file);
+    }
+    return last;
+}
+
+bool isTickable(const PlannedProjectFile& file)
+{
+    return file.change == ProjectFileChange::New || file.change == ProjectFileChange::Changed;
+}
+
+} // namespace
+
+ProjectPreview::ProjectPreview(AppModel& app, QObject* parent)
+    : QAbstractListModel(parent)
+    , m_app(app)
+{
+    connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::canRestoreChanged);
+}
+
+int ProjectPreview::rowCount(const QModelIndex& parent) const
+{
+    return parent.isValid() ? 0 : static_cast<int>(m_files.size());
+}
+
+QVariant ProjectPreview::data(const QModelIndex& index, int role) const
+{
+    if (!checkIndex(index, CheckIndexOption::IndexIsValid))
+        return {};
+    const PlannedProjectFile& file = m_files[static_cast<std::size_t>(index.row())];
+    switch (role) {
+    case Qt::DisplayRole:
+    case PathRole: {
+        constexpr qsizetype longest = 500;
+        return file.file.relativePath.left(longest);
+    }
+    case ChangeRole:
+        return static_cast<int>(file.change);
+    case StateRole: {
+        static const std::array names{tr("new"), tr("changed"), tr("unchanged"), tr("refused")};
+        const QString name = names.at(static_cast<std::size_t>(file.change));
+        return file.runsByItself ? tr("%1 · runs by itself").arg(name) : name;
+    }
+    case TickedRole:
+        return m_ticked.contains(file.file.relativePath);
+    case TickableRole:
+        return isTickable(file);
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> ProjectPreview::roleNames() const
+{
+    return {{PathRole, "path"},
+            {ChangeRole, "change"},
+            {StateRole, "fileState"},
+            {TickedRole, "ticked"},
+            {TickableRole, "tickable"}};
+}
+
+void ProjectPreview::show(const QUuid& message)
+{
+    std::vector<PlannedProjectFile> files = m_app.planProjectFiles(message);
+    if (files.empty())
+        return;
+    m_session = m_app.selection();
+    m_message = message;
+    setNotice({});
+    take(lastOfEachPath(std::move(files)));
+    Q_EMIT shown();
+}
+
+void ProjectPreview::take(std::vector<PlannedProjectFile> files)
+{
+    beginResetModel();
+    m_files = std::move(files);
+    m_ticked.clear();
+    for (const PlannedProjectFile& file : m_files) {
+        if (isTickable(file) && !file.runsByItself)
+            m_ticked.insert(file.file.relativePath);
+    }
+    endResetModel();
+    Q_EMIT contentsChanged();
+    Q_EMIT tickedChanged();
+    m_currentRow = 0;
+    compare();
+    Q_EMIT currentRowChanged();
+}
+
+void ProjectPreview::setTicked(int row, bool ticked)
+{
+    if (row < 0 || row >= rowCount() || !isTickable(m_files[static_cast<std::size_t>(row)]))
+        return;
+    const QString& path = m_files[static_cast<std::size_t>(row)].file.relativePath;
+    if (ticked)
+        m_ticked.insert(path);
+    else
+        m_ticked.erase(path);
+    Q_EMIT dataChanged(index(row), index(row), {TickedRole});
+    Q_EMIT tickedChanged();
+}
+
+void ProjectPreview::write()
+{
+    if (m_ticked.empty() || m_app.selection() != m_session)
+        return;
+    // Nothing is written that nobody has seen.
+    std::vector<PlannedProjectFile> now = lastOfEachPath(m_app.planProjectFiles(m_message));
+    if (now != m_files) {
+        take(std::move(now));
+        setNotice(tr("Something has changed since this was opened. Look again before it is written."));
+        return;
+    }
+    m_app.writeProjectFiles(m_message, QStringList(m_ticked.begin(), m_ticked.end()));
+    Q_EMIT written();
+}
+
+void ProjectPreview::restore()
+{
+    m_app.restoreProjectFiles();
+    std::vector<PlannedProjectFile> files = m_app.selection() == m_session && !m_message.isNull()
+                                                ? m_app.planProjectFiles(m_message)
+                                                : std::vector<PlannedProjectFile>();
+    take(lastOfEachPath(std::move(files)));
+}
+
+void ProjectPreview::setCurrentRow(int row)
+{
+    if (row == m_currentRow || row < 0 || row >= rowCount())
+        return;
+    m_currentRow = row;
+    compare();
+    Q_EMIT currentRowChanged();
+}
+
+void ProjectPreview::compare()
+{
+    if (m_currentRow < 0 || m_currentRow >= rowCount()) {
+        m_diff.setLines({});
+        return;
+    }
+    const PlannedProjectFile& file = m_files[static_cast<std::size_t>(m_currentRow)];
+    m_diff.setLines(lineDiff(QString::fromUtf8(file.earlier), file.file.contents));
+}
+
+QString ProjectPreview::currentNote() const
+{
+    constexpr qsizetype longest = 400;
+    if (m_currentRow < 0 || m_currentRow >= rowCount())
+        return {};
+    const PlannedProjectFile& file = m_files[static_cast<std::size_t>(m_currentRow)];
+    if (!file.problem.isEmpty())
+        return file.problem.left(longest);
+    QStringList notes;
+    if (file.runsByItself)
+        notes.append(
+            tr("Something runs this file without being asked. Tick it only if you know what it does."));
+    if (!file.twin.isEmpty())
+        notes.append(tr("On some systems this is the same file as %1.").arg(file.twin.left(longest)));
+    if (file.change == ProjectFileChange::Unchanged)
+        notes.append(tr("The file holds this already."));
+    return notes.join(QLatin1Char(' '));
+}
+
+QString ProjectPreview::folder() const
+{
+    constexpr qsizetype longest = 500;
+    const ChatSession* const session = m_app.session(m_session);
+    const std::optional<QUrl> url = session ? session->projectURL() : std::nullopt;
+    return url ? projectFolderPath(*url).left(longest) : QString();
+}
+
+void ProjectPreview::setNotice(const QString& text)
+{
+    if (text == m_notice)
+        return;
+    m_notice = text;
+    Q_EMIT noticeChanged();
+}
+
+} // namespace varnel

@@ -1,0 +1,30 @@
+import QtQuick
+import Varnel
+
+// From where something is attached to the message.
+PlainMenu {
+    id: menu
+
+    signal filesAsked
+    signal libraryAsked
+    signal pageAsked
+
+    PlainMenuItem {
+        text: qsTr("Files…")
+        onTriggered: menu.filesAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+L"
+        text: qsTr("From the library…")
+        onTriggered: menu.libraryAsked()
+    }
+    PlainMenuItem {
+        keys: "Ctrl+V"
+        text: qsTr("Paste")
+        onTriggered: Intake.pasteAnything()
+    }
+    PlainMenuItem {
+        text: qsTr("Read a web page…")
+        onTriggered: menu.pageAsked()
+    }
+}

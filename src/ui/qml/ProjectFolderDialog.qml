@@ -1,0 +1,12 @@
+import QtQuick
+import QtQuick.Dialogs
+import Varnel
+
+// Asks for the project folder of the conversation as soon as it is there.
+Item {
+    FolderDialog {
+        title: qsTr("Project folder")
+        Component.onCompleted: open()
+        onAccepted: ConversationSettings.chooseProject(selectedFolder)
+    }
+}

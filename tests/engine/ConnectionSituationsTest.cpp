@@ -1,0 +1,314 @@
+#include "engine/Stage.h"
+#include "practice_host/PracticeHost.h"
+#include "support/SshServer.h"
+#include "tunnel/LoopbackPort.h"
+
+#include <QTcpServer>
+
+#include <unistd.h>
+
+using namespace varnel;
+using namespace varnel::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+QString text(const char* words)
+{
+    return QString::fromUtf8(words);
+}
+
+quint16 freePort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    return server.serverPort();
+}
+
+ConnectionSettings direct(const QUrl& url)
+{
+    ConnectionSettings settings;
+    settings.mode = ConnectionMode::Direct;
+    settings.directURL = url.toString();
+    return settings;
+}
+
+const QStringList connectedDirectly{text("<connecting>"), text("<connected>"),
+                                    text("Connected to 127.0.0.1 · 2 models")};
+
+/// A model whose tunnel leads through a real server to a practice host; `ssh` is the real one.
+class TunnelStage
+{
+public:
+    TunnelStage()
+    {
+        practice.listen();
+        client.trust(server);
+        client.addHost(text("gpu-box"), server);
+        profile.programs.ssh = client.program();
+        settings.mode = ConnectionMode::SshTunnel;
+        settings.sshHost = text("gpu-box");
+        settings.sshUser = server.user();
+        settings.localPort = freePort();
+        leadTo(practice.port());
+        start();
+    }
+    void leadTo(quint16 port) { settings.remoteBind = QStringLiteral("127.0.0.1:%1").arg(port); }
+    void start()
+    {
+        model.reset();
+        profile.preferences.setConnection(settings);
+        model = std::make_unique<AppModel>(profile.services());
+        trace.entries.clear();
+        trace.follow(*model);
+    }
+    bool waitFor(LinkState state) const
+    {
+        return waitUntil([&] { return model->linkState() == state; }, 30s);
+    }
+    /// The lines of ssh, whose words are its own, apart from the fixed ones.
+    bool logged(const QStringList& expected) const { return matches(profile.logged(), expected, {}); }
+    QString forward() const
+    {
+        return QStringLiteral("%1:%2").arg(QString::number(settings.localPort), settings.remoteBind);
+    }
+
+    practice::PracticeHost practice{{.piece = 0ms, .slowStart = 0ms, .slowPiece = 0ms}};
+    SshClient client;
+    SshServer server{client};
+    SystemClock clock;
+    ModelProfile profile{clock};
+    ConnectionSettings settings;
+    Trace trace;
+    std::unique_ptr<AppModel> model;
+};
+
+const QString connecting = text("Connecting to gpu-box");
+
+} // namespace
+
+/// What is said and logged on the way to a server, whatever comes of it.
+class ConnectionSituationsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void directly_data()
+    {
+        QTest::addColumn<int>("mode");
+        QTest::addColumn<bool>("answers");
+        QTest::addColumn<QString>("status");
+        const auto row = [](const char* name, ConnectionMode mode, bool answers, const char* status) {
+            QTest::newRow(name) << static_cast<int>(mode) << answers << text(status);
+        };
+        row("direct", ConnectionMode::Direct, true, "Connected to 127.0.0.1 · 2 models");
+        row("direct, silent", ConnectionMode::Direct, false, "Could not reach SERVER.");
+        row("tunnel that is not open", ConnectionMode::SshTunnel, false,
+            "Not connected to the SSH host. Connect opens the SSH tunnel.");
+    }
+    void directly()
+    {
+        QFETCH(int, mode);
+        QFETCH(bool, answers);
+        QFETCH(QString, status);
+        Stage stage;
+        const QString server = stage.server.url().toString();
+        ConnectionSettings settings = stage.model->connection();
+        settings.mode = static_cast<ConnectionMode>(mode);
+        settings.localPort = freePort();
+        stage.model->setConnection(settings);
+        stage.trace.entries.clear();
+        if (!answers)
+            stage.server.stopListening();
+        stage.model->checkConnection();
+        QVERIFY(waitUntil([&] { return stage.model->linkState() != LinkState::Connecting; }));
+        const QString link = answers ? text("<connected>") : text("<offline>");
+        QVERIFY(matches(stage.trace.entries, {text("<connecting>"), link, status}, server));
+        const QStringList lines = answers ? QStringList{text("probe SERVER 0.24.0 models=2"),
+                                                        text("Connected to 127.0.0.1 models=2")}
+                                          : QStringList{text("probe failed *")};
+        QVERIFY(matches(stage.profile.logged(), lines, server));
+        QVERIFY(matches({stage.model->connectionDetail()},
+                        {answers ? text("Connected to 127.0.0.1. Reachable · 0.24.0 · 2 models") : status},
+                        server));
+    }
+
+    void theNewestAttemptIsTheOneThatCounts()
+    {
+        Stage stage;
+        Stage other;
+        stage.model->checkAtStart();
+        stage.model->openConnection();
+        stage.model->closeConnection();
+        QTest::qWait(100); // answers of what was cancelled would come now
+        QVERIFY(matches(stage.trace.entries,
+                        {text("<connecting>"), text("<offline>"), text("Disconnected from 127.0.0.1")}, {}));
+        QCOMPARE(stage.profile.logged(), QStringList{text("tunnel stopped")});
+        stage.trace.entries.clear();
+        stage.model->checkConnection();
+        stage.model->setConnection(direct(other.server.url()));
+        QVERIFY(stage.model->installedModels().empty());
+        stage.model->checkConnection();
+        QVERIFY(waitUntil([&] { return stage.model->linkState() == LinkState::Connected; }));
+        QVERIFY(matches(stage.trace.entries,
+                        QStringList{text("<connecting>"), text("<unknown>")} + connectedDirectly, {}));
+    }
+
+    void namesThatAreEmptyOrTwiceInAListAreOne()
+    {
+        Stage stage;
+        practice::HttpServer odd([](const Exchange& exchange) {
+            exchange->reply(200, "application/json",
+                            exchange->path() == "/api/tags"
+                                ? QByteArray("{\"models\":[{\"name\":\"a\"},{\"name\":\"\"},{\"name\":\"a\"},"
+                                             "{\"name\":\"b\"}]}")
+                                : QByteArray("{\"version\":\"1\",\"models\":[]}"));
+        });
+        odd.listen();
+        stage.model->setConnection(direct(odd.url()));
+        stage.model->checkConnection();
+        QVERIFY(waitUntil([&] { return stage.model->linkState() == LinkState::Connected; }));
+        QCOMPARE(stage.model->installedModels().size(), 2U);
+        QCOMPARE(stage.model->statusMessage(), text("Connected to 127.0.0.1 · 2 models"));
+    }
+
+    void throughATunnel()
+    {
+        TunnelStage stage;
+        const QString count = QString::number(practice::practiceModels().size());
+        const QStringList opened{text("<connecting>"), connecting, text("<connected>"),
+                                 text("Connected to gpu-box · %1 models").arg(count)};
+        const QStringList openedLog{
+            text("tunnel started %1@gpu-box %2").arg(stage.server.user(), stage.forward()), text("probe *"),
+            text("Connected to gpu-box models=%1").arg(count)};
+        stage.model->openConnection();
+        QVERIFY(stage.waitFor(LinkState::Connected));
+        QVERIFY(stage.model->tunnelIsUp());
+        QVERIFY(matches(stage.trace.entries, opened, {}));
+        QVERIFY(stage.logged(openedLog));
+
+        // The tunnel of the same run makes way without a word, also when its end is reported late.
+        stage.trace.entries.clear();
+        stage.model->openConnection();
+        QVERIFY(waitUntil([&] { return !stage.trace.entries.isEmpty(); }));
+        QVERIFY(stage.waitFor(LinkState::Connected));
+        QVERIFY(matches(stage.trace.entries, opened, {}));
+
+        stage.trace.entries.clear();
+        stage.server.dropConnections();
+        QVERIFY(stage.waitFor(LinkState::Offline));
+        QVERIFY(
+            matches(stage.trace.entries, {text("<offline>"), text("The tunnel to gpu-box closed. *")}, {}));
+        QVERIFY(!stage.model->tunnelIsUp());
+        QVERIFY(stage.profile.logged().last().startsWith(text("tunnel closed status=255 ")));
+
+        stage.trace.entries.clear();
+        stage.model->openConnection();
+        QVERIFY(stage.waitFor(LinkState::Connected));
+        stage.model->closeConnection();
+        QVERIFY(waitUntil([] { return descendantsOf(::getpid()).size() <= 3; }));
+        QVERIFY(matches(stage.trace.entries,
+                        opened + QStringList{text("<offline>"), text("Disconnected from gpu-box")}, {}));
+        QCOMPARE(stage.profile.logged().last(), text("tunnel stopped"));
+    }
+
+    void aTunnelThatLeadsNowhereOrFails_data()
+    {
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<QStringList>("trace");
+        QTest::addColumn<QStringList>("log");
+        const auto failed = [](const QString& status) {
+            return QStringList{text("<connecting>"), text("Connecting to *"), text("<offline>"), status};
+        };
+        QTest::newRow("nobody behind it")
+            << text("gpu-box") << failed(text("The tunnel to gpu-box is open, but Ollama did not answer."))
+            << QStringList{text("tunnel started *"), text("probe failed *")};
+        QTest::newRow("no such host")
+            << text("nowhere") << failed(text("The tunnel to nowhere did not stay open. connect to *"))
+            << QStringList{text("tunnel exited status=255 connect to *")};
+        QTest::newRow("an unknown key")
+            << text("stranger")
+            << failed(text("The tunnel to stranger did not stay open. Host key verification failed."))
+            << QStringList{text("tunnel exited status=255 Host key verification failed.")};
+        QTest::newRow("a held port")
+            << text("held")
+            << failed(text("Local port PORT is already in use, so the tunnel to held could not open."))
+            << QStringList{};
+        QTest::newRow("a host that would be an option")
+            << text("-oProxyCommand=x") << failed(text("*")) << QStringList{};
+    }
+    void aTunnelThatLeadsNowhereOrFails()
+    {
+        QFETCH(QString, host);
+        QFETCH(QStringList, trace);
+        QFETCH(QStringList, log);
+        TunnelStage stage;
+        stage.client.addHost(text("nowhere"), freePort());
+        stage.settings.sshHost = host;
+        stage.leadTo(freePort());
+        const SshServer stranger(stage.client);
+        stage.client.addHost(text("stranger"), stranger);
+        stage.client.addHost(text("held"), stage.server);
+        QTcpServer holder;
+        if (host == u"held")
+            holder.listen(QHostAddress::LocalHost, static_cast<quint16>(stage.settings.localPort));
+        stage.start();
+        stage.model->openConnection();
+        QVERIFY(stage.waitFor(LinkState::Offline));
+        trace.replaceInStrings(text("PORT"), QString::number(stage.settings.localPort));
+        QVERIFY(matches(stage.trace.entries, trace, {}));
+        QVERIFY(stage.logged(log));
+        QCOMPARE(stage.model->connectionReport(), stage.model->statusMessage());
+        QCOMPARE(stage.model->connectionDetail(), stage.model->statusMessage());
+    }
+
+    void disconnectingOrCheckingEndsAnOpening_data()
+    {
+        QTest::addColumn<bool>("checks");
+        QTest::newRow("disconnect") << false;
+        QTest::newRow("check") << true;
+    }
+    void disconnectingOrCheckingEndsAnOpening()
+    {
+        QFETCH(bool, checks);
+        TunnelStage stage;
+        stage.server.setFrozen(true);
+        stage.model->openConnection();
+        QVERIFY(waitUntil([] { return !descendantsOf(::getpid()).isEmpty(); }));
+        QTest::qWait(300);
+        if (checks)
+            stage.model->checkConnection();
+        else
+            stage.model->closeConnection();
+        QVERIFY(stage.waitFor(LinkState::Offline));
+        stage.server.setFrozen(false);
+        QTest::qWait(300);
+        QStringList expected{text("<connecting>"), connecting, text("<offline>")};
+        expected += checks ? text("Not connected to gpu-box. Connect opens the SSH tunnel.")
+                           : text("Disconnected from gpu-box");
+        QVERIFY(matches(stage.trace.entries, expected, {}));
+        QVERIFY(!stage.model->tunnelIsUp());
+    }
+
+    void quittingInAReplyKeepsItAndEndsTheTunnel()
+    {
+        TunnelStage stage;
+        stage.model->openConnection();
+        QVERIFY(stage.waitFor(LinkState::Connected));
+        stage.model->chooseModel(text("practice-stall:1b"));
+        stage.model->setDraft(text("one"));
+        stage.model->send();
+        const auto reply = [&] { return stage.model->selectedSession()->messages.back().content; };
+        QVERIFY(waitUntil([&] { return stage.model->isStreaming() && !reply().isEmpty(); }));
+        const QString shown = reply();
+        stage.model->shutDown();
+        QVERIFY(!stage.model->tunnelIsUp());
+        QVERIFY(isLoopbackPortFree(static_cast<int>(stage.settings.localPort)));
+        stage.start();
+        QVERIFY(reply().startsWith(shown));
+        QVERIFY(!stage.model->selectedSession()->messages.back().duration);
+    }
+};
+
+QTEST_GUILESS_MAIN(ConnectionSituationsTest)
+#include "ConnectionSituationsTest.moc"

@@ -1,0 +1,284 @@
+#include "engine/Stage.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+using namespace varnel;
+using namespace varnel::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+QString text(const char* words)
+{
+    return QString::fromUtf8(words);
+}
+
+/// Asks and lets the model answer.
+void talk(Stage& stage, const char* prompt, const QByteArray& reply)
+{
+    stage.send(text(prompt));
+    stage.begin(line(reply) + doneLine);
+    QVERIFY(stage.waitForEnd());
+}
+
+void answer(Stage& stage, std::size_t chat, const QByteArray& reply)
+{
+    QVERIFY(stage.waitForChats(chat));
+    stage.begin(line(reply) + doneLine);
+    QVERIFY(stage.waitForEnd());
+}
+
+QUuid messageAt(const Stage& stage, std::size_t index)
+{
+    return stage.session().messages.at(index).id;
+}
+
+QJsonObject lastMessage(const Exchange& chat)
+{
+    return QJsonDocument::fromJson(chat->body()).object().value(u"messages").toArray().last().toObject();
+}
+
+/// Puts files into the library of the model, attached to the next message.
+void importFile(Stage& stage, const char* name, const QByteArray& contents)
+{
+    QFile file(stage.profile.folder.filePath(text(name)));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(contents);
+    file.close();
+    const std::size_t before = stage.model->attachmentIDs().size();
+    stage.model->importFiles({QUrl::fromLocalFile(file.fileName())}, {}, true);
+    QVERIFY(waitUntil([&] { return stage.model->attachmentIDs().size() > before; }));
+}
+
+const QByteArray picture = QByteArray::fromBase64("iVBORw0KGgo=");
+
+} // namespace
+
+/// Asking again, branching off and taking back; what is attached, and what a new start finds.
+class TurnEditsTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void regeneratingIsUndoneUntilTheNextSend()
+    {
+        Stage stage;
+        talk(stage, "one", "first");
+        stage.model->regenerate();
+        QVERIFY(stage.model->canUndoEdit());
+        answer(stage, 2, "second");
+        QCOMPARE(stage.chats[1]->body(), stage.chats[0]->body());
+        QCOMPARE(stage.contents(), QStringList({text("one"), text("second")}));
+        stage.model->undoEdit();
+        QCOMPARE(stage.contents(), QStringList({text("one"), text("first")}));
+        QVERIFY(!stage.model->canUndoEdit());
+        stage.model->regenerate();
+        answer(stage, 3, "third");
+        talk(stage, "two", "fourth");
+        stage.model->undoEdit();
+        QCOMPARE(stage.contents(), QStringList({text("one"), text("third"), text("two"), text("fourth")}));
+    }
+
+    void anEditedPromptReplacesWhatFollows()
+    {
+        Stage stage;
+        talk(stage, "one", "first");
+        talk(stage, "two", "second");
+        stage.model->editAndResend(messageAt(stage, 1), text("not a prompt"));
+        QVERIFY(!stage.model->isBusy());
+        stage.model->editAndResend(messageAt(stage, 0), text(" uno "));
+        answer(stage, 3, "primo");
+        QCOMPARE(stage.contents(), QStringList({text("uno"), text("primo")}));
+        stage.model->undoEdit();
+        QCOMPARE(stage.contents(), QStringList({text("one"), text("first"), text("two"), text("second")}));
+        stage.model->setSearch(SearchSource::Brave); // without a key it is refused
+        stage.model->editAndResend(messageAt(stage, 0), text("eins"));
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.contents().size(), 4);
+        QCOMPARE(stage.model->draft(), text("eins"));
+    }
+
+    void aForkGoesOnInAnotherConversation()
+    {
+        Stage stage;
+        talk(stage, "one", "first");
+        talk(stage, "two", "second");
+        const QUuid original = stage.model->selection();
+        stage.model->fork(messageAt(stage, 1));
+        QVERIFY(stage.model->selection() != original);
+        QCOMPARE(stage.contents(), QStringList({text("one"), text("first")}));
+        stage.model->undoEdit();
+        QCOMPARE(stage.model->selection(), original);
+        QCOMPARE(stage.model->sessions().size(), 1U);
+        stage.model->fork(messageAt(stage, 2));
+        QCOMPARE(stage.model->draft(), text("two"));
+        QCOMPARE(stage.contents().size(), 2);
+        QCOMPARE(stage.model->session(original)->messages.size(), 4U);
+    }
+
+    void aRefusedRegenerationLeavesTheReply()
+    {
+        Stage stage;
+        talk(stage, "one", "first");
+        stage.model->setSearch(SearchSource::Ollama);
+        stage.model->regenerate();
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.contents(), QStringList({text("one"), text("first")}));
+        QCOMPARE(stage.chats.size(), 1U);
+    }
+
+    void attachmentsTravelAndAreFoundAgain()
+    {
+        Stage stage;
+        stage.model->chooseModel(text("llava"));
+        importFile(stage, "notes.txt", "the notes");
+        importFile(stage, "photo.png", picture);
+        talk(stage, "look", "seen");
+        const QJsonObject sent = lastMessage(stage.chats[0]);
+        QVERIFY(sent.value(u"content").toString().startsWith(text("look\n\n[file] notes")));
+        QVERIFY(sent.value(u"content").toString().contains(text("the notes")));
+        QCOMPARE(sent.value(u"images").toArray(), QJsonArray{QString::fromLatin1(picture.toBase64())});
+        QVERIFY(stage.model->attachmentIDs().empty());
+        stage.model->regenerate();
+        answer(stage, 2, "again");
+        QCOMPARE(stage.chats[1]->body(), stage.chats[0]->body());
+        stage.model->editAndResend(messageAt(stage, 0), text("stare"));
+        answer(stage, 3, "stared");
+        QCOMPARE(lastMessage(stage.chats[2]).value(u"images"), sent.value(u"images"));
+        QVERIFY(lastMessage(stage.chats[2]).value(u"content").toString().startsWith(text("stare\n\n[file]")));
+        stage.model->fork(messageAt(stage, 0));
+        QCOMPARE(stage.model->draft(), text("stare"));
+        QCOMPARE(stage.model->attachmentIDs().size(), 2U);
+    }
+
+    void whatAModelCannotReadIsSaidBefore_data()
+    {
+        QTest::addColumn<QString>("model");
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("handOff");
+        const QString opened = text("Opened a new conversation");
+        const QString unread = opened + text(". The current model cannot read this %1. Choose one under Send "
+                                             "with.");
+        QTest::newRow("image") << text("qwen") << text("photo.png") << unread.arg(text("image"));
+        QTest::newRow("PDF") << text("llava") << text("paper.pdf") << unread.arg(text("PDF"));
+        QTest::newRow("text") << text("qwen") << text("notes.txt") << opened;
+    }
+    void whatAModelCannotReadIsSaidBefore()
+    {
+        QFETCH(QString, model);
+        QFETCH(QString, file);
+        QFETCH(QString, handOff);
+        const bool isText = file.endsWith(text(".txt"));
+        Stage stage;
+        stage.model->chooseDefaultModel(model);
+        stage.model->chooseModel(model);
+        importFile(stage, file.toUtf8().constData(), picture);
+        stage.model->setDraft(text("look"));
+        const std::vector<QUuid> attached = stage.model->attachmentIDs();
+        if (!isText) {
+            stage.model->send();
+            QVERIFY(stage.waitForEnd());
+            QVERIFY(stage.model->statusMessage().startsWith(model + text(" cannot read ")));
+            QVERIFY(stage.chats.empty());
+            QCOMPARE(stage.model->draft(), text("look"));
+            QCOMPARE(stage.model->attachmentIDs(), attached);
+        }
+        stage.model->handOffItem(attached.front());
+        QVERIFY(stage.model->draft().startsWith(text("Read the attached ")));
+        QCOMPARE(stage.model->attachmentIDs(), attached);
+        QCOMPARE(stage.model->statusMessage(), handOff);
+    }
+
+    void whatIsTypedWhileAPromptIsMadeReadyStays()
+    {
+        Stage stage;
+        stage.profile.secrets->items[text("OLLAMA_API_KEY")] = "key";
+        stage.model->setSearch(SearchSource::Ollama); // its key has to be looked for
+        stage.model->setDraft(text("one"));
+        stage.model->send();
+        QVERIFY(stage.model->isBusy() && !stage.model->isStreaming());
+        stage.model->setDraft(text("one and more"));
+        QVERIFY(stage.waitForChats(1));
+        QCOMPARE(stage.contents().front(), text("one"));
+        QCOMPARE(stage.model->draft(), text(" and more"));
+    }
+
+    void aNewStartFindsEverything()
+    {
+        Stage stage;
+        talk(stage, "one", "first");
+        const QUuid first = stage.model->selection();
+        stage.model->newConversation();
+        stage.model->setDraft(text("left here"));
+        importFile(stage, "notes.txt", "n");
+        const std::vector<QUuid> attached = stage.model->attachmentIDs();
+        const QUuid second = stage.model->selection();
+        stage.model->select(first);
+        stage.send(text("two"));
+        stage.begin(line("half"));
+        QVERIFY(stage.waitForText(text("half")));
+        stage.start();
+        QCOMPARE(stage.model->selection(), first); // the one that changed last is the first
+        QCOMPARE(stage.lastText(), text("half"));
+        QVERIFY(!stage.session().messages.back().duration);
+        stage.model->select(second);
+        QCOMPARE(stage.model->draft(), text("left here"));
+        QCOMPARE(stage.model->attachmentIDs(), attached);
+        stage.model->select(first);
+        stage.model->regenerate();
+        QVERIFY(stage.waitForChats(3));
+        QCOMPARE(stage.chats[2]->body(), stage.chats[1]->body());
+    }
+
+    void aReplyThatNeverBeganIsNothingToAModel()
+    {
+        Stage stage;
+        stage.send(text("one"));
+        stage.start();
+        stage.send(text("two"));
+        QVERIFY(!stage.chats.back()->body().contains("assistant"));
+    }
+
+    void aClockThatJumpsChangesNoTurn()
+    {
+        class JumpingClock final : public Clock
+        {
+        public:
+            Instant now() const override { return m_now -= 1h; }
+            std::chrono::steady_clock::time_point steadyNow() const override { return m_real.steadyNow(); }
+            Task<void> sleepFor(std::chrono::milliseconds duration, std::stop_token stop) const override
+            {
+                return m_real.sleepFor(duration, std::move(stop));
+            }
+
+        private:
+            mutable Instant m_now = *fromIso8601(u"2026-03-18T12:00:00Z");
+            SystemClock m_real;
+        } const jumping;
+        Stage stage;
+        stage.time = &jumping;
+        stage.start();
+        talk(stage, "one", "first");
+        const double duration = stage.session().messages.back().duration.value_or(-1);
+        QVERIFY(duration >= 0 && duration < 10);
+        stage.model->newConversation();
+        QCOMPARE(stage.model->sessions().size(), 2U);
+        QVERIFY(stage.model->selectedIsEmpty());
+    }
+
+    void whatExceedsTheContextIsSaid()
+    {
+        Stage stage;
+        stage.model->changeSettings([](ChatSession& session) { session.contextLength = 100; });
+        QVERIFY(stage.model->contextWarning().isEmpty());
+        stage.model->setDraft(QString(400, u'x'));
+        QVERIFY(stage.model->contextWarning().isEmpty());
+        stage.model->setDraft(QString(405, u'x'));
+        QVERIFY(stage.model->contextWarning().contains(QChar(0x2248)));
+    }
+};
+
+QTEST_GUILESS_MAIN(TurnEditsTest)
+#include "TurnEditsTest.moc"
