@@ -40,6 +40,7 @@ private Q_SLOTS:
 
         const XDisplay display;
         ProgramRun session;
+        session.setPreferences("[General]\nvarnel.onboardingComplete=true\n");
         session.setVariable("DISPLAY", display.name());
         session.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
         session.setVariable("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", QStringLiteral("1"));

@@ -16,6 +16,7 @@ struct ProfileFixture
         host.listen();
         profile.connectTo(host.url());
         profile.preferences.setDefaultModel(QStringLiteral("practice-chat:70b"));
+        profile.preferences.setOnboardingComplete(true);
     }
 
     ManualClock clock;

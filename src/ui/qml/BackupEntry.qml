@@ -7,10 +7,8 @@ Item {
 
     required property int index
     required property string time
+    // Whether it is asked if that is meant.
     property bool asked: false
-
-    signal questionClosed
-    signal questionOpened
 
     height: Theme.control
     width: parent ? parent.width : 0
@@ -34,7 +32,7 @@ Item {
             text: qsTr("Restore…")
             visible: !entry.asked
             onClicked: {
-                entry.questionOpened()
+                entry.asked = true
                 cancel.forceActiveFocus(Qt.OtherFocusReason)
             }
         }
@@ -43,14 +41,14 @@ Item {
 
             text: qsTr("Cancel")
             visible: entry.asked
-            onClicked: entry.questionClosed()
+            onClicked: entry.asked = false
         }
         PlainButton {
             outlined: true
             text: qsTr("Restore")
             visible: entry.asked
             onClicked: {
-                entry.questionClosed()
+                entry.asked = false
                 BackupListModel.restore(entry.index)
             }
         }

@@ -42,12 +42,45 @@ Sheet {
         font: Theme.metadataFont
         text: qsTr("Step %1 of %2").arg(sheet.step + 1).arg(sheet.titles.length)
     }
-    Loader {
+    Item {
         anchors.bottom: foot.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: progress.bottom
-        sourceComponent: [place, test, models, keys][sheet.step]
+
+        Loader {
+            active: sheet.step === 0
+            anchors.fill: parent
+            sourceComponent: FirstRunPlace {
+            }
+        }
+        Loader {
+            active: sheet.step === 1
+            anchors.fill: parent
+            sourceComponent: FirstRunTest {
+            }
+        }
+        Loader {
+            id: models
+
+            active: sheet.step === 2
+            anchors.fill: parent
+            sourceComponent: FirstRunModel {
+            }
+        }
+        Loader {
+            active: sheet.step === 3
+            anchors.fill: parent
+            sourceComponent: FirstRunKeys {
+            }
+        }
+    }
+    Connections {
+        function onModelsAsked() {
+            sheet.modelsAsked()
+        }
+
+        target: models.item as FirstRunModel
     }
     Item {
         id: foot
@@ -85,50 +118,6 @@ Sheet {
             primary: true
             text: last ? qsTr("Start chatting") : sheet.step === 1 && !Link.connected ? qsTr("Go on without") : qsTr("Next")
             onClicked: last ? sheet.finish() : sheet.go(sheet.step + 1)
-        }
-    }
-    Component {
-        id: place
-
-        SettingsPage {
-            title: sheet.title
-
-            ConnectionFields {
-            }
-        }
-    }
-    Component {
-        id: test
-
-        FirstRunTest {
-            title: sheet.title
-        }
-    }
-    Component {
-        id: models
-
-        FirstRunModel {
-            onModelsAsked: sheet.modelsAsked()
-        }
-    }
-    Component {
-        id: keys
-
-        SettingsPage {
-            title: sheet.title
-
-            SettingsNote {
-                text: qsTr("Everything works with Ollama alone. With a key, a conversation can also be sent to a cloud provider, or look things up on the web.")
-            }
-            PlainSwitch {
-                checked: PreferenceEditor.passthrough
-                detail: qsTr("A conversation may then be sent to a provider. Without this, every message stays on Ollama.")
-                text: qsTr("Remote passthrough")
-                width: parent.width
-                onToggled: PreferenceEditor.passthrough = checked
-            }
-            KeyList {
-            }
         }
     }
 }

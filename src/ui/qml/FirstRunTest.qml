@@ -3,7 +3,7 @@ import Varnel
 
 // Whether the server answers, and what to look at when it does not.
 SettingsPage {
-    id: page
+    title: qsTr("Whether Ollama answers")
 
     ConnectionResult {
     }

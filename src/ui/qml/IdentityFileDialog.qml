@@ -1,9 +1,13 @@
+import QtQuick
 import QtQuick.Dialogs
 import Varnel
 
-// Chooses an ssh private key.
-FileDialog {
-    fileMode: FileDialog.OpenFile
-    title: qsTr("Identity file")
-    onAccepted: ConnectionEditor.chooseIdentityFile(selectedFile)
+// Asks for an ssh private key as soon as it is there.
+Item {
+    FileDialog {
+        fileMode: FileDialog.OpenFile
+        title: qsTr("Identity file")
+        Component.onCompleted: open()
+        onAccepted: ConnectionEditor.chooseIdentityFile(selectedFile)
+    }
 }

@@ -34,6 +34,7 @@ Item {
 
             PlainText {
                 Accessible.ignored: true
+                anchors.left: parent.left
                 height: parent.height
                 text: entry.name
                 width: Theme.px(150) - Theme.paragraph

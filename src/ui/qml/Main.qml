@@ -85,7 +85,6 @@ T.ApplicationWindow {
         id: firstRun
 
         sourceComponent: FirstRunSheet {
-            onModelsAsked: models.openSheet()
         }
     }
     SheetLoader {
@@ -98,8 +97,6 @@ T.ApplicationWindow {
         id: settings
 
         sourceComponent: SettingsSheet {
-            onFirstRunAsked: firstRun.openSheet()
-            onModelsAsked: models.openSheet()
         }
     }
     LibrarySheet {
@@ -111,6 +108,23 @@ T.ApplicationWindow {
     }
     ShortcutSheet {
         id: shortcutSheet
+    }
+    Connections {
+        function onModelsAsked() {
+            models.openSheet()
+        }
+
+        target: firstRun.item as FirstRunSheet
+    }
+    Connections {
+        function onFirstRunAsked() {
+            firstRun.openSheet()
+        }
+        function onModelsAsked() {
+            models.openSheet()
+        }
+
+        target: settings.item as SettingsSheet
     }
     Shortcuts {
         pane: pane

@@ -24,6 +24,7 @@ Column {
 
         PlainText {
             Accessible.ignored: true
+            anchors.left: parent.left
             height: Theme.control
             text: qsTr("Password")
             width: Theme.px(150) - Theme.paragraph

@@ -17,8 +17,8 @@ T.RadioButton {
     font: Theme.uiFont
     implicitHeight: words.height + 2 * Theme.px(6)
     implicitWidth: Theme.px(240)
-    Keys.onEnterPressed: click()
-    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: choice.click()
+    Keys.onReturnPressed: choice.click()
 
     background: Rectangle {
         border.color: choice.checked ? Theme.accent : Theme.controlBorder
@@ -31,8 +31,6 @@ T.RadioButton {
         }
     }
     indicator: Rectangle {
-        id: mark
-
         anchors.left: parent.left
         anchors.leftMargin: Theme.paragraph
         anchors.verticalCenter: parent.verticalCenter

@@ -4,7 +4,7 @@ import Varnel
 
 // Something that is on or off, with a line about what that means.
 T.Switch {
-    id: toggle
+    id: control
 
     property string detail: ""
 
@@ -17,25 +17,25 @@ T.Switch {
     font: Theme.uiFont
     implicitHeight: Math.max(Theme.control, words.height + Theme.gap)
     implicitWidth: Theme.px(240)
-    Keys.onEnterPressed: toggleByKey()
-    Keys.onReturnPressed: toggleByKey()
+    Keys.onEnterPressed: control.toggleByKey()
+    Keys.onReturnPressed: control.toggleByKey()
 
     function toggleByKey() {
-        toggle()
-        toggled()
+        control.toggle()
+        control.toggled()
     }
 
     background: Item {
         FocusRing {
-            shown: toggle.visualFocus
+            shown: control.visualFocus
         }
     }
     indicator: Rectangle {
         anchors.right: parent.right
         anchors.verticalCenter: parent.verticalCenter
-        border.color: toggle.checked ? Theme.accent : Theme.controlBorder
+        border.color: control.checked ? Theme.accent : Theme.controlBorder
         border.width: 1
-        color: toggle.checked ? Theme.accent : "transparent"
+        color: control.checked ? Theme.accent : "transparent"
         height: Theme.px(20)
         radius: height / 2
         width: Theme.px(36)
@@ -43,11 +43,11 @@ T.Switch {
         Rectangle {
             readonly property int edge: Theme.px(4)
 
-            color: toggle.checked ? Theme.inkOnAccent : Theme.secondary
+            color: control.checked ? Theme.inkOnAccent : Theme.secondary
             height: Theme.px(12)
             radius: height / 2
             width: height
-            x: toggle.checked !== toggle.mirrored ? parent.width - width - edge : edge
+            x: control.checked !== control.mirrored ? parent.width - width - edge : edge
             y: edge
         }
     }
@@ -61,8 +61,8 @@ T.Switch {
 
         PlainText {
             Accessible.ignored: true
-            opacity: toggle.enabled ? 1 : 0.5
-            text: toggle.text
+            opacity: control.enabled ? 1 : 0.5
+            text: control.text
             width: parent.width
         }
         PlainText {
@@ -70,7 +70,7 @@ T.Switch {
             color: Theme.secondary
             font: Theme.metadataFont
             line: Theme.metadataLine
-            text: toggle.detail
+            text: control.detail
             visible: text.length > 0
             width: parent.width
             wrapMode: Text.Wrap

@@ -5,7 +5,7 @@ import Varnel
 Item {
     id: strip
 
-    height: Theme.px(52)
+    height: visible ? Theme.px(52) : 0
 
     Rectangle {
         anchors.left: parent.left

@@ -3,11 +3,6 @@ import Varnel
 
 // Where everything is kept, and its backups.
 SettingsPage {
-    id: page
-
-    // The backup that is asked about; none with -1.
-    property int asked: -1
-
     Component.onCompleted: BackupListModel.refresh()
     title: qsTr("Files")
 
@@ -59,9 +54,6 @@ SettingsPage {
         model: BackupListModel
 
         BackupEntry {
-            asked: page.asked === index
-            onQuestionOpened: page.asked = index
-            onQuestionClosed: page.asked = -1
         }
     }
 }

@@ -71,44 +71,62 @@ Sheet {
         color: Theme.hairline
         width: 1
     }
-    Loader {
+    Item {
+        id: area
+
         anchors.bottom: parent.bottom
         anchors.bottomMargin: Theme.unit
         anchors.left: edge.right
         anchors.right: parent.right
         anchors.top: parent.top
-        sourceComponent: [connection, models, providers, files, about][sheet.page]
-    }
-    Component {
-        id: connection
 
-        SettingsConnection {
-            onFirstRunAsked: sheet.firstRunAsked()
+        Loader {
+            id: connection
+
+            active: sheet.page === 0
+            anchors.fill: parent
+            sourceComponent: SettingsConnection {
+            }
+        }
+        Loader {
+            id: models
+
+            active: sheet.page === 1
+            anchors.fill: parent
+            sourceComponent: SettingsModels {
+            }
+        }
+        Loader {
+            active: sheet.page === 2
+            anchors.fill: parent
+            sourceComponent: SettingsProviders {
+            }
+        }
+        Loader {
+            active: sheet.page === 3
+            anchors.fill: parent
+            sourceComponent: SettingsFiles {
+            }
+        }
+        Loader {
+            active: sheet.page === 4
+            anchors.fill: parent
+            sourceComponent: SettingsAbout {
+            }
         }
     }
-    Component {
-        id: models
-
-        SettingsModels {
-            onModelsAsked: sheet.modelsAsked()
+    Connections {
+        function onFirstRunAsked() {
+            sheet.firstRunAsked()
         }
+
+        target: connection.item as SettingsConnection
     }
-    Component {
-        id: providers
-
-        SettingsProviders {
+    Connections {
+        function onModelsAsked() {
+            sheet.modelsAsked()
         }
-    }
-    Component {
-        id: files
 
-        SettingsFiles {
-        }
-    }
-    Component {
-        id: about
-
-        SettingsAbout {
-        }
+        target: models.item as SettingsModels
     }
 }

@@ -23,7 +23,10 @@ T.Popup {
     modal: true
     padding: 0
     width: T.Overlay.overlay ? Math.min(Theme.px(wantedWidth), T.Overlay.overlay.width - 2 * Theme.gutter) : 0
-    onOpened: (firstFocus ?? closeButton).forceActiveFocus(Qt.PopupFocusReason)
+    onOpened: {
+        const first = firstFocus ? firstFocus : closeButton
+        first.forceActiveFocus(Qt.PopupFocusReason)
+    }
 
     T.Overlay.modal: Rectangle {
         color: Qt.rgba(0, 0, 0, Theme.dark ? 0.5 : 0.25)

@@ -51,18 +51,14 @@ Column {
             hint: qsTr("Choose the identity file")
             outlined: true
             text: qsTr("Browse…")
-            onClicked: dialog.active ? (dialog.item as IdentityFileDialog).open() : dialog.active = true
+            onClicked: dialog.ask()
         }
     }
     PasswordFields {
     }
-    // The dialog brings a whole file manager along, which few ever need.
-    Loader {
+    DialogLoader {
         id: dialog
 
-        active: false
-        sourceComponent: IdentityFileDialog {
-        }
-        onLoaded: (item as IdentityFileDialog).open()
+        dialog: "IdentityFileDialog.qml"
     }
 }

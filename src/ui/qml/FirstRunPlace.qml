@@ -1,0 +1,10 @@
+import QtQuick
+import Varnel
+
+// Where Ollama runs, as in the settings.
+SettingsPage {
+    title: qsTr("Where Ollama runs")
+
+    ConnectionFields {
+    }
+}
