@@ -63,7 +63,10 @@ void PdfRows::set(const TranscriptRow& row)
         break;
     case RowKind::Thinking:
     case RowKind::Waiting:
+    case RowKind::Chips:
+    case RowKind::Step:
     case RowKind::Error:
+    case RowKind::Unfinished:
     case RowKind::Actions:
         break; // they belong to the window
     }
