@@ -46,7 +46,7 @@ void removeOldCounts(const QDir& folder)
 
 } // namespace
 
-QString runtimeFolder()
+QString userRuntimeFolder()
 {
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     return folder.isEmpty() ? QString() : folder + QStringLiteral("/varnel");

@@ -24,7 +24,7 @@ AskpassCaller askpassCaller();
 
 /// The folder for what lives as long as the user's session; only the user can look into it.
 /// Empty if there is no such place.
-QString runtimeFolder();
+QString userRuntimeFolder();
 
 /// Whether the saved password may be given to the caller. Anybody who runs askpass by hand gets it, as from
 /// any other tool of the user's; ssh asks on behalf of a server, so it gets at most eight answers (an unknown

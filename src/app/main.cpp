@@ -71,7 +71,7 @@ int run(int argc, char** argv)
         qInstallMessageHandler(discardMessage); // what ssh's helper says ends up among what ssh says
         const std::unique_ptr<SecretStore> secrets = systemSecretStore();
         try {
-            return mayAnswer(askpassCaller(), runtimeFolder()) ? runAskpass(*secrets) : 1;
+            return mayAnswer(askpassCaller(), userRuntimeFolder()) ? runAskpass(*secrets) : 1;
         } catch (const Error&) {
             return 1; // nobody takes the answer, and there is nothing to say
         }
