@@ -108,7 +108,7 @@ void ConversationListModel::openFirstHit()
         open(0);
 }
 
-int ConversationListModel::rowOf(const QString& id) const
+int ConversationListModel::rowOfIdentifier(const QString& id) const
 {
     return rowOfSession(QUuid(id));
 }

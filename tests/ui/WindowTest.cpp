@@ -325,7 +325,7 @@ private Q_SLOTS:
         WindowFixture fixture;
         QVERIFY(fixture.begin(QStringLiteral("hello")));
         const QUuid original = fixture.app.selection();
-        fixture.press(Qt::Key_Tab, Qt::ShiftModifier);
+        fixture.press(Qt::Key_Backtab, Qt::ShiftModifier);
         QVERIFY(
             waitUntil([&] { return fixture.window->activeFocusItem()->inherits("varnel::TranscriptView"); }));
         fixture.press(Qt::Key_Return); // the last thing to press is what else there is
