@@ -150,6 +150,8 @@ void Intake::takeText(const QString& text)
 {
     constexpr qsizetype longestTitle = 40;
     QString title = wellFormed(text.left(4 * longestTitle).simplified().left(longestTitle));
+    if (const qsizetype lastWord = title.lastIndexOf(u' '); title.size() == longestTitle && lastWord > 0)
+        title.truncate(lastWord);
     std::replace(title.begin(), title.end(), u'/', u' ');
     // What looks like an extension in the text is none.
     std::replace(title.begin(), title.end(), u'.', u' ');
