@@ -4,6 +4,7 @@
 
 #include <QBuffer>
 #include <QClipboard>
+#include <QDir>
 #include <QGuiApplication>
 #include <QImage>
 #include <QMimeData>
@@ -43,6 +44,11 @@ Intake::Intake(AppModel& app, QObject* parent)
     : QObject(parent)
     , m_app(app)
 {}
+
+QUrl Intake::homeFolder()
+{
+    return QUrl::fromLocalFile(QDir::homePath());
+}
 
 bool Intake::canTake(const QMimeData& data)
 {
