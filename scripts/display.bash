@@ -7,6 +7,8 @@ height=760
 
 host_pid=
 window_pid=
+# What the window is started with: -reverse shows it as a language has it that runs from right to left.
+window_arguments=()
 
 # Ends what open_window and start_practice_host have started; they have it done when the script ends.
 end_programs()
@@ -96,7 +98,7 @@ open_window()
     mkdir -p "$XDG_DATA_HOME/varnel"
     printf '[General]\ncolours=%s\nzoom=%s\ngeometry=@Rect(0 0 %s %s)\n' "$1" "$2" $width $height \
         >"$XDG_DATA_HOME/varnel/window.ini"
-    "$bin/varnel" 2>"$profile/window.log" &
+    "$bin/varnel" "${window_arguments[@]}" 2>"$profile/window.log" &
     window_pid=$!
     on_exit end_programs
     id=$(xdotool search --sync --onlyvisible --pid "$window_pid" 2>/dev/null | tail -n 1)

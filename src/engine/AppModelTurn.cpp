@@ -82,7 +82,6 @@ Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid
             changed->title = titleFromPrompt(prompt);
         takeFromDraft(session, prompt, attachments);
         setReplaced(nullptr);
-        setPreparing(false);
         co_await runPrepared(session, std::move(material), stop);
         co_return;
     } catch (const Cancelled&) {
@@ -133,9 +132,8 @@ Task<void> AppModel::followResend(QUuid session, std::stop_token stop)
                                                           .items = mediaItemsOf(content),
                                                           .isFollowUp = true},
                                                          stop);
-        setPreparing(false);
         if (!this->session(session))
-            co_return;
+            throw Cancelled(); // removed while its prompt was made ready
         co_await runPrepared(session, std::move(material), stop);
         co_return;
     } catch (const Cancelled&) {
@@ -171,7 +169,8 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
     // Another server may be chosen while it runs.
     const ConnectionSettings connection = m_connection;
     setStreaming(session, message);
-    conversation->updatedAt = m_services.clock.now();
+    // Not through the pointer from above: whoever was told may have handed the list to the saving thread.
+    edit(session)->updatedAt = m_services.clock.now();
     moveIntoPlace(session);
     Q_EMIT messagesChanged(session);
     if (std::holds_alternative<OllamaQuestion>(request.question))
@@ -315,6 +314,7 @@ void AppModel::setStreaming(const QUuid& session, const QUuid& message)
     m_streamingSession = session;
     m_streamingMessage = message;
     m_isStreaming = !session.isNull();
+    m_isPreparing = false;
     m_historyUse.reset();
     Q_EMIT isStreamingChanged();
 }

@@ -108,7 +108,7 @@ void ConversationListModel::openFirstHit()
         open(0);
 }
 
-int ConversationListModel::rowOf(const QString& id) const
+int ConversationListModel::rowOfIdentifier(const QString& id) const
 {
     return rowOfSession(QUuid(id));
 }
@@ -162,7 +162,7 @@ QDateTime ConversationListModel::now() const
 
 ConversationRow ConversationListModel::describe(const ChatSession& session, const QDateTime& now) const
 {
-    ConversationRow row = rowOf(session, now);
+    ConversationRow row = varnel::rowOf(session, now);
     row.streaming = session.id == m_app.streamingSession();
     row.unseen = m_unseen.contains(session.id);
     row.current = session.id == m_app.selection();

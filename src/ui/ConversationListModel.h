@@ -64,7 +64,7 @@ public:
     /// Opens the first row of what the search finds, once it has found it.
     Q_INVOKABLE void openFirstHit();
     /// The row of the conversation of that identifier, as the role tells it; -1 if the list has none.
-    Q_INVOKABLE int rowOf(const QString& id) const;
+    Q_INVOKABLE int rowOfIdentifier(const QString& id) const;
     Q_INVOKABLE void duplicate(int row);
     /// The message in which the search found its words; null if it is the title, or nothing is searched.
     Q_INVOKABLE QUuid hitMessage(int row) const;

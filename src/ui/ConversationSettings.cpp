@@ -65,7 +65,7 @@ QString ConversationSettings::providerSearchDetail() const
     const ChatSession& conversation = settings();
     return conversation.answerBackend == AnswerBackend::Remote && hasOwnSearch(conversation.remoteProvider)
                ? tr("%1 searches by itself, with its own key").arg(displayName(conversation.remoteProvider))
-               : tr("This model has none: Ollama’s web search service or Brave Search stands in");
+               : tr("It has none: Ollama’s service or Brave Search stands in");
 }
 
 QString ConversationSettings::projectName() const

@@ -4,6 +4,7 @@
 
 #include <QBuffer>
 #include <QClipboard>
+#include <QDir>
 #include <QGuiApplication>
 #include <QImage>
 #include <QMimeData>
@@ -43,6 +44,11 @@ Intake::Intake(AppModel& app, QObject* parent)
     : QObject(parent)
     , m_app(app)
 {}
+
+QUrl Intake::homeFolder()
+{
+    return QUrl::fromLocalFile(QDir::homePath());
+}
 
 bool Intake::canTake(const QMimeData& data)
 {
@@ -150,6 +156,8 @@ void Intake::takeText(const QString& text)
 {
     constexpr qsizetype longestTitle = 40;
     QString title = wellFormed(text.left(4 * longestTitle).simplified().left(longestTitle));
+    if (const qsizetype lastWord = title.lastIndexOf(u' '); title.size() == longestTitle && lastWord > 0)
+        title.truncate(lastWord);
     std::replace(title.begin(), title.end(), u'/', u' ');
     // What looks like an extension in the text is none.
     std::replace(title.begin(), title.end(), u'.', u' ');

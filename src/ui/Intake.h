@@ -17,6 +17,7 @@ class Intake : public QObject
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
+    Q_PROPERTY(QUrl homeFolder READ homeFolder CONSTANT)
 
 public:
     /// What becomes of a new item.
@@ -32,6 +33,9 @@ public:
     /// The model outlives the object.
     explicit Intake(AppModel& app, QObject* parent = nullptr);
     static Intake* create(QQmlEngine* engine, QJSEngine*) { return provided<Intake>(engine); }
+
+    /// Where people look for their files first.
+    static QUrl homeFolder();
 
     /// Whether takeDropped() would take something of it.
     static bool canTake(const QMimeData& data);

@@ -1,6 +1,7 @@
 #include "engine/ConversationTitle.h"
 #include "engine/Stage.h"
 #include "engine/TurnBuffers.h"
+#include "store/LibraryStore.h"
 
 using namespace varnel;
 using namespace varnel::test;
@@ -143,6 +144,38 @@ private Q_SLOTS:
         QVERIFY(!buffers.take(thinking("late"), at(5000)));
         QVERIFY(buffers.take(reply("d"), at(5000)));
         QCOMPARE(buffers.thinking() + buffers.reply(), QStringLiteral("abcd"));
+    }
+
+    // Both wait for the disk on other threads, and say how it went afterwards.
+    void filesOfAReplyAndTheLibraryAreSavedBehind()
+    {
+        Stage stage;
+        const QString folder = stage.profile.folder.filePath(QStringLiteral("site"));
+        const QString path = folder + QStringLiteral("/a.txt");
+        const auto contents = [&path] {
+            QFile file(path);
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        };
+        QVERIFY(QDir().mkpath(folder));
+        QFile old(path);
+        QVERIFY(old.open(QIODevice::WriteOnly) && old.write("old") == 3);
+        old.close();
+        stage.model->setProjectPath(folder);
+        stage.send(QStringLiteral("write"));
+        stage.begin(line("```path:a.txt\\nnew\\n```\\n```path:b.txt\\n```\\n") + doneLine);
+        QVERIFY(stage.waitForEnd());
+        stage.model->writeProjectFiles(stage.session().messages.back().id, {QStringLiteral("a.txt")});
+        QVERIFY(waitUntil([&] { return stage.model->canRestoreProjectFiles(); }));
+        QCOMPARE(contents(), "new\n");
+        QCOMPARE(stage.model->statusMessage(), QStringLiteral("Wrote 1 file in site"));
+        QVERIFY(stage.profile.logged().contains(QStringLiteral("project write ") + folder));
+        stage.model->restoreProjectFiles();
+        QVERIFY(waitUntil([&] { return contents() == "old"; }));
+        stage.model->writeProjectFiles(stage.session().messages.back().id, {QStringLiteral("a.txt")});
+
+        stage.model->addLink(QStringLiteral("t"), QStringLiteral("u"), {}, {});
+        stage.model.reset();
+        QCOMPARE(LibraryStore(stage.profile.dataFolder()).items().size(), 1);
     }
 
     void titlesAreCutAtAWord_data()

@@ -23,6 +23,8 @@ public:
     void setVariable(const char* name, const QString& value);
     /// Writes the preferences file of the profile.
     void setPreferences(const QByteArray& text) const;
+    /// The folder that holds the whole profile.
+    QString folder() const { return m_profile.path(); }
     QProcess& process() { return m_process; }
 
     void start(const QStringList& arguments);

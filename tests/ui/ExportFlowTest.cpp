@@ -57,11 +57,11 @@ private Q_SLOTS:
         flow.save(QUrl::fromLocalFile(path)); // nobody asked
         flow.exportCurrent(static_cast<ExportFlow::Form>(form));
         QCOMPARE(wanted.count(), 1);
+        const QUuid session = fixture.app.selection();
         QVERIFY(flow.suggestedFile().fileName().startsWith(QStringLiteral("hello.")));
         fixture.app.newConversation(); // meanwhile the user goes elsewhere
         flow.save(QUrl(QStringLiteral("https://example.org/a.md")));
-        flow.exportConversation(fixture.app.sessions().back().id.toString(),
-                                static_cast<ExportFlow::Form>(form));
+        flow.exportConversation(session.toString(), static_cast<ExportFlow::Form>(form));
         flow.save(QUrl::fromLocalFile(path));
         QVERIFY(waitUntil([&] { return fixture.app.statusMessage() == QStringLiteral("Saved ") + path; }));
         QFile written(path);

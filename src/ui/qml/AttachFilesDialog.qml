@@ -7,7 +7,10 @@ Item {
     FileDialog {
         fileMode: FileDialog.OpenFiles
         title: qsTr("Attach files")
-        Component.onCompleted: open()
+        Component.onCompleted: {
+            currentFolder = Intake.homeFolder
+            open()
+        }
         onAccepted: Intake.takeFiles(selectedFiles, "", true)
     }
 }

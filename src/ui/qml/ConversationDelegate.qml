@@ -119,18 +119,16 @@ T.ItemDelegate {
             text: entry.preview.length > 0 ? entry.preview : qsTr("Nothing said yet")
             visible: entry.hitLength === 0
         }
-        Loader {
-            active: entry.hitLength > 0
+        MarkedLine {
             anchors.fill: preview
-            sourceComponent: MarkedLine {
-                color: Theme.secondary
-                font: Theme.metadataFont
-                markColor: Theme.text
-                markFill: Theme.selection
-                markLength: entry.hitLength
-                markStart: entry.hitStart
-                text: entry.preview
-            }
+            color: Theme.secondary
+            font: Theme.metadataFont
+            markColor: Theme.text
+            markFill: Theme.selection
+            markLength: entry.hitLength
+            markStart: entry.hitStart
+            text: entry.preview
+            visible: entry.hitLength > 0
         }
     }
 }

@@ -12,7 +12,7 @@ PlainMenu {
     signal renameAsked(row: int)
 
     function row(): int {
-        return ConversationListModel.rowOf(identifier)
+        return ConversationListModel.rowOfIdentifier(identifier)
     }
 
     function openAt(entry: ConversationDelegate) {

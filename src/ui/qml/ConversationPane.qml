@@ -53,7 +53,7 @@ FocusScope {
         anchors.right: parent.right
         anchors.top: header.bottom
         visible: !AppModel.selectedIsEmpty
-        onLeft: pane.focusComposer()
+        onFinished: pane.focusComposer()
     }
     Loader {
         active: AppModel.selectedIsEmpty

@@ -4,7 +4,11 @@ import QtQuick
 Loader {
     required property string dialog
 
+    // Later, when the menu that asks has given the keyboard back, so that the dialog keeps it.
     function ask() {
+        Qt.callLater(load)
+    }
+    function load() {
         active = false
         source = dialog
         active = true

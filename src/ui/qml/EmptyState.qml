@@ -30,7 +30,8 @@ Item {
             PlainText {
                 color: Theme.secondary
                 horizontalAlignment: Text.AlignHCenter
-                text: qsTr("%1 answers, on %2").arg(AppModel.selectedModel).arg(AppModel.hostLabel)
+                text: ComposerState.cloudName.length > 0 ? qsTr("%1 answers, a cloud service: %2").arg(AppModel.selectedModel).arg(ComposerState.cloudName)
+                                                         : qsTr("%1 answers, on %2").arg(AppModel.selectedModel).arg(AppModel.hostLabel)
                 width: parent.width
             }
         }

@@ -7,7 +7,7 @@ Column {
 
     property bool asking: false
 
-    signal left
+    signal finished
 
     spacing: Theme.gap
 
@@ -36,7 +36,7 @@ Column {
             text: qsTr("Hand off")
             onClicked: {
                 LibraryListModel.handOff()
-                actions.left()
+                actions.finished()
             }
         }
         PlainButton {
@@ -46,7 +46,7 @@ Column {
             visible: LibraryListModel.currentAddress.length > 0
             onClicked: {
                 AppModel.readPage(LibraryListModel.currentAddress)
-                actions.left()
+                actions.finished()
             }
         }
         PlainButton {

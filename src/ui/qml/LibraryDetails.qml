@@ -6,7 +6,7 @@ Flickable {
     id: details
 
     // The sheet is to be closed: the work goes on in a conversation.
-    signal left
+    signal finished
 
     function settle() {
         title.text = LibraryListModel.currentTitle
@@ -109,7 +109,7 @@ Flickable {
         }
         LibraryActions {
             width: parent.width
-            onLeft: details.left()
+            onFinished: details.finished()
         }
     }
 }

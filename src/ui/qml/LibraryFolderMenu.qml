@@ -19,9 +19,9 @@ PlainMenu {
         delegate: PlainMenuItem {
             required property string modelData
 
-            checked: folderMenu.chosen === modelData
+            checked: (menu as LibraryFolderMenu)?.chosen === modelData
             text: modelData.slice(0, 100)
-            onTriggered: folderMenu.picked(modelData)
+            onTriggered: (menu as LibraryFolderMenu).picked(modelData)
         }
         model: LibraryListModel.folders
         onObjectAdded: (index, object) => folderMenu.insertItem(index + 1, object as PlainMenuItem)

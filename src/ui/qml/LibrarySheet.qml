@@ -54,7 +54,7 @@ Sheet {
             anchors.right: parent.right
             anchors.top: list.top
             visible: LibraryListModel.currentRow >= 0
-            onLeft: sheet.close()
+            onFinished: sheet.close()
         }
     }
     DropOverlay {

@@ -58,6 +58,16 @@ FocusScope {
                 else if (cursorRectangle.y + cursorRectangle.height > scroll.contentY + scroll.height)
                     scroll.contentY = cursorRectangle.y + cursorRectangle.height - scroll.height + Theme.gap
             }
+
+            PlainText {
+                Accessible.ignored: true
+                anchors.left: parent.left
+                anchors.margins: Theme.gap
+                anchors.top: parent.top
+                color: Theme.secondary
+                text: field.label
+                visible: area.length === 0 && area.preeditText.length === 0
+            }
         }
     }
 }

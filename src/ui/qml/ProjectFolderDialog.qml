@@ -6,7 +6,10 @@ import Varnel
 Item {
     FolderDialog {
         title: qsTr("Project folder")
-        Component.onCompleted: open()
+        Component.onCompleted: {
+            currentFolder = Intake.homeFolder
+            open()
+        }
         onAccepted: ConversationSettings.chooseProject(selectedFolder)
     }
 }

@@ -32,17 +32,22 @@ Sheet {
             anchors.topMargin: Theme.gap
             height: Math.min(contentHeight, Math.round(parent.height * 0.36))
         }
-        PlainText {
+        // A positioner takes no room for a text that does not show.
+        Column {
             id: note
 
             anchors.left: parent.left
             anchors.right: parent.right
             anchors.top: files.bottom
             anchors.topMargin: Theme.gap
-            color: Theme.warning
-            height: text.length > 0 ? implicitHeight : 0
-            text: ProjectPreview.currentNote
-            wrapMode: Text.Wrap
+
+            PlainText {
+                color: Theme.warning
+                text: ProjectPreview.currentNote
+                visible: text.length > 0
+                width: parent.width
+                wrapMode: Text.Wrap
+            }
         }
         DiffView {
             anchors.bottom: notice.top
@@ -52,18 +57,22 @@ Sheet {
             anchors.top: note.bottom
             anchors.topMargin: note.height > 0 ? Theme.gap : 0
         }
-        PlainText {
+        Column {
             id: notice
 
-            Accessible.role: Accessible.AlertMessage
             anchors.bottom: actions.top
             anchors.bottomMargin: Theme.gap
             anchors.left: parent.left
             anchors.right: parent.right
-            color: Theme.error
-            height: text.length > 0 ? implicitHeight : 0
-            text: ProjectPreview.notice
-            wrapMode: Text.Wrap
+
+            PlainText {
+                Accessible.role: Accessible.AlertMessage
+                color: Theme.error
+                text: ProjectPreview.notice
+                visible: text.length > 0
+                width: parent.width
+                wrapMode: Text.Wrap
+            }
         }
         Row {
             id: actions

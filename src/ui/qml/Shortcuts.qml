@@ -28,7 +28,7 @@ Item {
         }
     }
     Shortcut {
-        sequences: [StandardKey.Find]
+        sequence: "Ctrl+F"
         onActivated: shortcuts.pane.openFind()
     }
     Shortcut {

@@ -6,7 +6,7 @@ FocusScope {
     id: area
 
     // The keyboard is to go on in the composer.
-    signal left
+    signal finished
 
     function jumpToLatest() {
         view.jumpToLatest()
@@ -110,7 +110,7 @@ FocusScope {
         anchors.topMargin: Theme.gap
         transcript: view
         width: Math.min(Theme.px(420), area.width - 2 * Theme.turn)
-        onClosed: area.left()
+        onClosed: area.finished()
     }
     MessageMenu {
         id: menu

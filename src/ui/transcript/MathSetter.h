@@ -44,6 +44,7 @@ private:
     MathBox setContent(const MathTable& table, Style style) const;
     MathBox setContent(const MathStyleChange& change, Style style) const;
 
+    std::vector<std::vector<MathBox>> cellsOf(const MathTable& table, Style style) const;
     MathBox withScripts(const MathNode& node, const MathBox& base, Style style) const;
     MathBox withLimits(const MathBox& base, const MathList& above, const MathList& below, Style style) const;
     /// A delimiter that reaches `reach` above and below the axis.

@@ -2,9 +2,33 @@
 #include "ui/transcript/MathSetter.h"
 
 #include <algorithm>
-#include <numeric>
 
 namespace varnel {
+
+namespace {
+
+/// How much of the room that a cell leaves in its column stands before it.
+qreal shareBefore(const MathTable& table, std::size_t column)
+{
+    if (table.alignment.isEmpty())
+        return 0.5;
+    const auto index = static_cast<qsizetype>(table.isAligned ? column % 2 : column);
+    const QChar alignment = table.alignment.at(std::min(index, table.alignment.size() - 1));
+    return alignment == u'l' ? 0 : alignment == u'r' ? 1 : 0.5;
+}
+
+/// Where each column begins, and where the last one ends.
+std::vector<qreal> leftsOf(const MathTable& table, const std::vector<qreal>& widths, qreal em)
+{
+    std::vector<qreal> lefts{0};
+    for (std::size_t column = 0; column < widths.size(); ++column) {
+        const qreal gap = !table.isAligned ? (table.isSmall ? 0.6 : 0.9) : column % 2 == 0 ? 0 : 2;
+        lefts.push_back(lefts.back() + widths[column] + (column + 1 < widths.size() ? gap * em : 0));
+    }
+    return lefts;
+}
+
+} // namespace
 
 MathBox MathSetter::setContent(const MathRoot& root, Style style) const
 {
@@ -116,35 +140,39 @@ MathBox MathSetter::setContent(const MathFence& fence, Style style) const
     return box;
 }
 
+std::vector<std::vector<MathBox>> MathSetter::cellsOf(const MathTable& table, Style style) const
+{
+    std::vector<std::vector<MathBox>> rows;
+    for (const std::vector<MathList>& cells : table.rows) {
+        rows.emplace_back();
+        for (std::size_t column = 0; column < cells.size(); ++column) {
+            // What follows "&" in an aligned equation continues its left side.
+            const bool goesOn = table.isAligned && column % 2 == 1;
+            MathBox cell;
+            cell.add(set(cells[column], style), {goesOn ? 5 * m_fonts.em(style.depth) / 18 : 0, 0});
+            rows.back().push_back(std::move(cell));
+        }
+    }
+    return rows;
+}
+
 MathBox MathSetter::setContent(const MathTable& table, Style style) const
 {
     const Style inner = table.isSmall ? script(style) : Style{style.depth, table.isDisplayed};
     const qreal em = m_fonts.em(inner.depth);
-    std::vector<std::vector<MathBox>> rows;
+    const std::vector<std::vector<MathBox>> rows = cellsOf(table, inner);
+
     std::vector<qreal> widths;
-    for (const std::vector<MathList>& cells : table.rows) {
-        rows.emplace_back();
-        for (std::size_t column = 0; column < cells.size(); ++column) {
-            MathBox cell = set(cells[column], inner);
-            // What follows "&" in an aligned equation continues its left side.
-            if (table.isAligned && column % 2 == 1) {
-                MathBox moved;
-                moved.add(cell, {5 * em / 18, 0});
-                cell = std::move(moved);
-            }
-            if (column >= widths.size())
-                widths.push_back(0);
-            widths[column] = std::max(widths[column], cell.width);
-            rows.back().push_back(std::move(cell));
-        }
+    for (const std::vector<MathBox>& cells : rows) {
+        widths.resize(std::max(widths.size(), cells.size()));
+        for (std::size_t column = 0; column < cells.size(); ++column)
+            widths[column] = std::max(widths[column], cells[column].width);
     }
-    const auto gapAfter = [&](std::size_t column) {
-        if (!table.isAligned)
-            return (table.isSmall ? 0.6 : 0.9) * em;
-        return column % 2 == 0 ? 0.0 : 2 * em;
-    };
+    const std::vector<qreal> lefts = leftsOf(table, widths, em);
+
+    const qreal gap = (table.isSmall ? 0.1 : table.isDisplayed ? 0.5 : 0.3) * em;
     MathBox box;
-    qreal y = 0;
+    qreal y = -gap;
     for (const std::vector<MathBox>& cells : rows) {
         qreal ascent = 0.7 * em;
         qreal descent = 0.3 * em;
@@ -152,25 +180,15 @@ MathBox MathSetter::setContent(const MathTable& table, Style style) const
             ascent = std::max(ascent, cell.ascent);
             descent = std::max(descent, cell.descent);
         }
-        qreal x = 0;
         for (std::size_t column = 0; column < cells.size(); ++column) {
-            const auto named = static_cast<qsizetype>(table.isAligned ? column % 2 : column);
-            const QChar alignment = table.alignment.isEmpty()
-                                        ? QChar(u'c')
-                                        : table.alignment.at(std::min(named, table.alignment.size() - 1));
             const qreal rest = widths[column] - cells[column].width;
-            const qreal shift = alignment == u'l' ? 0 : alignment == u'r' ? rest : rest / 2;
-            box.add(cells[column], {x + shift, y + ascent});
-            x += widths[column] + gapAfter(column);
+            box.add(cells[column], {lefts[column] + rest * shareBefore(table, column), y + gap + ascent});
         }
-        y += ascent + descent + (table.isSmall ? 0.1 : table.isDisplayed ? 0.5 : 0.3) * em;
+        y += gap + ascent + descent;
     }
-    y -= (table.isSmall ? 0.1 : table.isDisplayed ? 0.5 : 0.3) * em;
     box.ascent = 0;
     box.descent = y;
-    box.width = std::accumulate(widths.begin(), widths.end(), 0.0);
-    for (std::size_t column = 0; column + 1 < widths.size(); ++column)
-        box.width += gapAfter(column);
+    box.width = lefts.back();
     MathBox centred;
     centred.ascent = y / 2 + m_fonts.axis(style.depth);
     centred.add(box, {0, -centred.ascent});
