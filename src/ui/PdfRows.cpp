@@ -72,10 +72,7 @@ void PdfRows::set(const TranscriptRow& row)
         break;
     case RowKind::Thinking:
     case RowKind::Waiting:
-    case RowKind::Chips:
-    case RowKind::Step:
     case RowKind::Error:
-    case RowKind::Unfinished:
     case RowKind::Actions:
     case RowKind::Chips: // the prompt of a document names its attachments itself
     case RowKind::Step:

@@ -17,8 +17,8 @@ T.RadioButton {
     font: Theme.uiFont
     implicitHeight: words.height + 2 * Theme.px(6)
     implicitWidth: Theme.px(240)
-    Keys.onEnterPressed: choice.click()
-    Keys.onReturnPressed: choice.click()
+    Keys.onEnterPressed: choice.clicked()
+    Keys.onReturnPressed: choice.clicked()
 
     background: Rectangle {
         border.color: choice.checked ? Theme.accent : Theme.controlBorder
