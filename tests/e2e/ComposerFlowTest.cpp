@@ -20,7 +20,7 @@ QByteArray preferencesFor(const QUrl& url)
     return "[General]\nvarnel.connection=\"@ByteArray({\\\"directURL\\\": \\\"" + url.toString().toUtf8() +
            "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
            "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
-           "varnel.defaultModel=practice-chat:70b\n";
+           "varnel.defaultModel=practice-chat:70b\nvarnel.onboardingComplete=true\n";
 }
 
 /// What a file below a folder holds; empty while there is none of that name.
