@@ -18,11 +18,11 @@ FocusScope {
     }
     function openFind() {
         if (!AppModel.selectedIsEmpty)
-            transcript.openFind()
+            header.findBar.open()
     }
     // Whether there was one to close.
     function closeFind(): bool {
-        return transcript.closeFind()
+        return header.findBar.close()
     }
     function copyLastReply() {
         TranscriptFeed.copyLastReply()
@@ -34,20 +34,22 @@ FocusScope {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
+        transcript: area.transcript
         onFindAsked: pane.openFind()
+        onFindEnded: pane.focusComposer()
         onImportAsked: files.importConversation()
         onRenameEnded: pane.focusComposer()
         onShortcutsAsked: pane.shortcutsAsked()
     }
     TranscriptArea {
-        id: transcript
+        id: area
 
         anchors.bottom: status.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: header.bottom
         visible: !AppModel.selectedIsEmpty
-        onFinished: pane.focusComposer()
+        onHitShown: header.findBar.show()
     }
     Loader {
         active: AppModel.selectedIsEmpty

@@ -45,8 +45,9 @@ T.TextField {
 
     PlainText {
         anchors.fill: parent
-        anchors.leftMargin: field.leftPadding
-        anchors.rightMargin: field.rightPadding
+        // Anchors are mirrored by themselves, paddings are not.
+        anchors.leftMargin: field.mirrored ? field.rightPadding : field.leftPadding
+        anchors.rightMargin: field.mirrored ? field.leftPadding : field.rightPadding
         color: field.placeholderTextColor
         font: field.font
         text: field.placeholderText

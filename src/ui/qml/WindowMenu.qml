@@ -5,6 +5,8 @@ import Varnel
 PlainMenu {
     id: menu
 
+    implicitWidth: Theme.px(272)
+
     signal renameAsked
     signal findAsked
     signal importAsked
@@ -19,6 +21,8 @@ PlainMenu {
         keys: "Ctrl+F"
         text: qsTr("Find in the conversation")
         onTriggered: menu.findAsked()
+    }
+    PlainMenuSeparator {
     }
     PlainMenuItem {
         text: qsTr("Export as Markdown…")
@@ -40,6 +44,8 @@ PlainMenu {
     PlainMenuItem {
         text: qsTr("Import a conversation…")
         onTriggered: menu.importAsked()
+    }
+    PlainMenuSeparator {
     }
     PlainMenuItem {
         text: qsTr("Delete conversation")
