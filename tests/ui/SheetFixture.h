@@ -88,23 +88,37 @@ struct SheetFixture : ProfileFixture
         QRect place;
         const bool there = waitUntil([&] {
             QAccessibleInterface* const item = find(QString::fromUtf8(name));
-            const QRect now = item && !item->state().disabled ? item->rect() : QRect();
+            const QRect now = item && isEnabled(name) ? item->rect() : QRect();
             return std::exchange(place, now) == now && !now.isEmpty();
         });
         if (there)
             QTest::mouseClick(window, Qt::LeftButton, {}, place.center() - window->position());
         return there;
     }
+    /// Goes on by Tab until a control of that name has the keyboard, which brings it into view; whether one
+    /// came.
+    bool reach(const char* name) const
+    {
+        for (int i = 0; i < 80 && focusName() != QString::fromUtf8(name); ++i)
+            press(Qt::Key_Tab);
+        return focusName() == QString::fromUtf8(name);
+    }
     /// Puts a text in the place of what a field holds.
     bool fill(const char* field, const QString& text) const
     {
-        if (!click(field))
+        if (!reach(field))
             return false;
         press(Qt::Key_A, Qt::ControlModifier);
         press(Qt::Key_Delete);
         for (const QChar character : text)
             QTest::keyClick(window, character.toLatin1());
         return true;
+    }
+    bool isEnabled(const char* name) const
+    {
+        QAccessibleInterface* const item = find(QString::fromUtf8(name));
+        const auto* const control = item ? qobject_cast<QQuickItem*>(item->object()) : nullptr;
+        return control && control->isEnabled();
     }
     QString valueOf(const char* field) const
     {

@@ -5,7 +5,11 @@ import Varnel
 ListView {
     id: list
 
+    // By an arrow or a click, and not by the keyboard's coming here.
+    signal pointed
     signal used
+
+    property bool arriving: false
 
     Accessible.role: Accessible.List
     activeFocusOnTab: count > 0
@@ -18,8 +22,15 @@ ListView {
     pixelAligned: true
     Keys.onEnterPressed: used()
     Keys.onReturnPressed: used()
-    onActiveFocusChanged: if (activeFocus && currentIndex < 0)
+    onActiveFocusChanged: {
+        if (!activeFocus || currentIndex >= 0)
+            return
+        arriving = true
         currentIndex = 0
+        arriving = false
+    }
+    onCurrentIndexChanged: if (activeFocus && !arriving)
+        pointed()
 
     PlainScrollBar {
         anchors.bottom: parent.bottom

@@ -19,8 +19,12 @@ T.ItemDelegate {
     height: Theme.px(48)
     width: ListView.view ? ListView.view.width : 0
     onClicked: {
-        ListView.view.currentIndex = index
-        ListView.view.forceActiveFocus(Qt.MouseFocusReason)
+        const list = ListView.view as ChoiceList
+        list.forceActiveFocus(Qt.MouseFocusReason)
+        if (list.currentIndex === index)
+            list.pointed()
+        else
+            list.currentIndex = index
     }
 
     background: Rectangle {

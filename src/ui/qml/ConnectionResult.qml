@@ -10,7 +10,8 @@ Item {
     Accessible.description: ConnectionEditor.detail
     Accessible.name: qsTr("%1. %2").arg(stateText).arg(ConnectionEditor.report)
     Accessible.role: Accessible.StatusBar
-    height: words.height
+    // Room for both lines at any time: what stands below is not to move while it is clicked.
+    height: Math.max(words.height, Theme.uiLine + Theme.unit + Theme.metadataLine)
     width: parent ? parent.width : 0
 
     Icon {

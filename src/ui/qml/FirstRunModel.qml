@@ -28,8 +28,7 @@ FocusScope {
         anchors.right: explanation.right
         anchors.top: explanation.bottom
         anchors.topMargin: Theme.paragraph
-        onCurrentIndexChanged: if (activeFocus)
-            ServerModelList.makeDefault(currentIndex)
+        onPointed: ServerModelList.makeDefault(currentIndex)
         onUsed: ServerModelList.makeDefault(currentIndex)
         Component.onCompleted: currentIndex = ServerModelList.defaultRow
     }

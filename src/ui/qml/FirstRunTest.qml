@@ -8,7 +8,6 @@ SettingsPage {
     ConnectionResult {
     }
     PlainButton {
-        enabled: !Link.connecting
         outlined: true
         text: Link.connected ? qsTr("Test again") : qsTr("Try again")
         onClicked: ConnectionEditor.open()

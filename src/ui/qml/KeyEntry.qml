@@ -44,7 +44,6 @@ Item {
 
                 Accessible.description: entry.line
                 Accessible.name: qsTr("%1 key").arg(entry.name)
-                Accessible.passwordEdit: true
                 anchors.left: parent.left
                 anchors.leftMargin: Theme.px(150)
                 anchors.right: saveButton.left

@@ -33,7 +33,6 @@ Column {
             id: field
 
             Accessible.name: qsTr("Password")
-            Accessible.passwordEdit: true
             anchors.left: parent.left
             anchors.leftMargin: Theme.px(150)
             anchors.right: saveButton.left

@@ -17,25 +17,24 @@ SettingsPage {
         spacing: Theme.gap
         width: parent.width
 
+        // Never off, so that the keyboard stays: a newer attempt takes the place of the one under way.
         PlainButton {
-            enabled: !Link.connecting
             hint: qsTr("Ask the server for its version and models")
             outlined: true
             text: qsTr("Test")
             onClicked: ConnectionEditor.test()
         }
         PlainButton {
-            enabled: !Link.connecting
+            readonly property bool up: AppModel.tunnelIsUp || Link.connected
+
             outlined: true
-            text: qsTr("Connect")
-            visible: !AppModel.tunnelIsUp && !Link.connected
-            onClicked: ConnectionEditor.open()
-        }
-        PlainButton {
-            outlined: true
-            text: qsTr("Disconnect")
-            visible: AppModel.tunnelIsUp || Link.connected
-            onClicked: AppModel.closeConnection()
+            text: up ? qsTr("Disconnect") : qsTr("Connect")
+            onClicked: {
+                if (up)
+                    AppModel.closeConnection()
+                else
+                    ConnectionEditor.open()
+            }
         }
         PlainButton {
             text: qsTr("Open logs")
