@@ -21,6 +21,14 @@ public:
     static AppModel* create(QQmlEngine* engine, QJSEngine*) { return provided<AppModel>(engine); }
 };
 
+/// What the model inherits, for the tools that look at screens.
+struct AppStateForScreens
+{
+    Q_GADGET
+    QML_FOREIGN(varnel::AppState)
+    QML_ANONYMOUS
+};
+
 /// The state of the link as the screens ask for it: the singleton Link.
 class LinkForScreens : public QObject
 {
