@@ -37,7 +37,7 @@ class Preferences;
 ///
 /// Operations never throw: what goes wrong is said in `statusMessage`, or in `pullStatus` where models are
 /// managed.
-class AppModel : public AppState
+class AppModel : public varnel::AppState // in full, for the tools that look at screens
 {
     Q_OBJECT
     Q_PROPERTY(QUuid selection READ selection WRITE select NOTIFY selectionChanged)
