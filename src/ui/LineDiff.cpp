@@ -91,7 +91,7 @@ public:
 private:
     qsizetype& at(std::vector<qsizetype>& reached, int diagonal) const
     {
-        return reached[static_cast<std::size_t>(diagonal + m_limit + 1)];
+        return reached[static_cast<std::size_t>(diagonal) + static_cast<std::size_t>(m_limit) + 1];
     }
     bool comesFromAbove(std::vector<qsizetype>& reached, int diagonal, int edits) const
     {
@@ -111,6 +111,7 @@ std::vector<Step> stepsBetween(const Lines& before, const Lines& after)
     if (way.find())
         return way.steps();
     std::vector<Step> steps;
+    steps.reserve(static_cast<std::size_t>(before.size() + after.size()));
     for (qsizetype i = 0; i < before.size(); ++i)
         steps.push_back({.kind = Kind::Removed, .line = i});
     for (qsizetype i = 0; i < after.size(); ++i)

@@ -59,7 +59,7 @@ QVariant ProjectPreview::data(const QModelIndex& index, int role) const
         return static_cast<int>(file.change);
     case StateRole: {
         static const std::array names{tr("new"), tr("changed"), tr("unchanged"), tr("refused")};
-        const QString name = names.at(static_cast<std::size_t>(file.change));
+        const QString& name = names.at(static_cast<std::size_t>(file.change));
         return file.runsByItself ? tr("%1 · runs by itself").arg(name) : name;
     }
     case TickedRole:
