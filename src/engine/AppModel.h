@@ -35,9 +35,8 @@ class Preferences;
 /// look again when told that something changed. It belongs to one thread; one turn, one pull and one attempt
 /// to connect run at a time.
 ///
-/// Operations never throw: what goes wrong is said in `statusMessage`, or in `pullStatus` where models are
-/// managed.
-class AppModel : public AppState
+/// Operations never throw: what goes wrong is said in `statusMessage`, of models in `pullStatus`.
+class AppModel : public varnel::AppState // in full, for the tools that look at screens
 {
     Q_OBJECT
     Q_PROPERTY(QUuid selection READ selection WRITE select NOTIFY selectionChanged)
@@ -105,7 +104,7 @@ public:
     /// Where the public services are.
     const ApiBases& apiBases() const { return m_bases; }
     CredentialWorker& credentials() { return m_credentials; }
-    /// The settings that belong to no conversation; those that are shown elsewhere too have an operation here.
+    /// The settings of no conversation; those that are shown elsewhere too have an operation here.
     Preferences& preferences() { return m_services.preferences; }
     const DiagnosticsLog& diagnosticsLog() const { return m_services.log; }
 

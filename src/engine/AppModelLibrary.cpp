@@ -272,7 +272,6 @@ void AppModel::restoreProjectFiles()
     if (!m_projectBackup)
         return;
     keepTask(followProjectRestore(*std::exchange(m_projectBackup, std::nullopt)));
-    Q_EMIT projectFilesChanged();
 }
 
 Task<void> AppModel::followProjectRestore(ProjectBackup backup)
@@ -281,6 +280,7 @@ Task<void> AppModel::followProjectRestore(ProjectBackup backup)
         [backup = std::move(backup)](const std::stop_token&) { return varnel::restoreProjectFiles(backup); });
     setStatusMessage(problems.isEmpty() ? tr("The overwritten files are back as they were.")
                                         : problems.join(QLatin1Char(' ')));
+    Q_EMIT projectFilesChanged();
 }
 
 } // namespace varnel

@@ -228,10 +228,9 @@ void ConfinedFolder::replace(const QString& relativePath, const QByteArray& byte
     constexpr mode_t everybody = 0666;
     constexpr mode_t ownerOnly = 0600;
     FreshFile fresh(parent, earlier ? ownerOnly : everybody);
-    const bool isDone =
-        fresh.file().isOpen() && writeAll(fresh.file(), bytes) &&
-        (!earlier || ::fchmod(fresh.file().get(), earlier->st_mode & permissionBits) == 0) &&
-        sync(fresh.file()) && fresh.renameTo(lastName(path));
+    const bool isDone = fresh.file().isOpen() && writeAll(fresh.file(), bytes) &&
+                        (!earlier || ::fchmod(fresh.file().get(), earlier->st_mode & permissionBits) == 0) &&
+                        sync(fresh.file()) && fresh.renameTo(lastName(path));
     if (!isDone)
         throw failure(action, path, errno);
     // The file is there and whole; that its name survives a power cut is all that this could still fail at.

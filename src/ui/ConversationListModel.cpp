@@ -103,9 +103,12 @@ void ConversationListModel::open(int row)
 
 void ConversationListModel::openFirstHit()
 {
-    m_opensFirst = searching() && !m_app.sessionHits();
-    if (searching() && !m_opensFirst)
-        open(0);
+    if (!searching())
+        return;
+    m_awaited.reset();
+    if (!m_app.sessionHits())
+        m_awaited = m_rows.empty() ? QUuid() : m_rows.front().id; // its title holds the words
+    open(0);
 }
 
 int ConversationListModel::rowOfIdentifier(const QString& id) const
@@ -294,8 +297,11 @@ void ConversationListModel::takeHits()
             m_hits.emplace(hit.session, hit);
     }
     refresh();
-    if (m_app.sessionHits() && std::exchange(m_opensFirst, false))
-        open(0);
+    if (!m_app.sessionHits())
+        return;
+    const std::optional<QUuid> awaited = std::exchange(m_awaited, std::nullopt);
+    if (awaited && (awaited->isNull() || *awaited == m_app.selection()))
+        open(awaited->isNull() ? 0 : rowOfSession(*awaited));
 }
 
 void ConversationListModel::noteStreaming()

@@ -61,7 +61,7 @@ public:
     /// Operations on the conversation of a row; a row that is not there does nothing.
     /// Where the search found words in its messages, that is told with hitOpened().
     Q_INVOKABLE void open(int row);
-    /// Opens the first row of what the search finds, once it has found it.
+    /// Opens the first row of what the search finds; at its hit, or at all, once there is an answer.
     Q_INVOKABLE void openFirstHit();
     /// The row of the conversation of that identifier, as the role tells it; -1 if the list has none.
     Q_INVOKABLE int rowOfIdentifier(const QString& id) const;
@@ -107,7 +107,8 @@ private:
     const Clock& m_clock;
     std::vector<ConversationRow> m_rows;
     std::map<QUuid, SessionHit> m_hits;
-    bool m_opensFirst = false; ///< what the search finds first is to be opened
+    /// What is to be opened at its hit once the search has ended; null for what it finds first.
+    std::optional<QUuid> m_awaited;
     std::set<QUuid> m_unseen;
     QUuid m_streaming;
     QTimer m_midnight;

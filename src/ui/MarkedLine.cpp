@@ -50,6 +50,7 @@ void MarkedLine::paint(QPainter* painter)
     layout.setFormats({{line.markStart, line.markLength, mark}});
     QTextOption option;
     option.setWrapMode(QTextOption::NoWrap);
+    option.setAlignment((m_mirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute);
     layout.setTextOption(option);
     layout.beginLayout();
     QTextLine laidOut = layout.createLine();

@@ -16,6 +16,7 @@ class MarkedLine : public QQuickPaintedItem
     Q_PROPERTY(QString text MEMBER m_text NOTIFY changed)
     Q_PROPERTY(int markStart MEMBER m_markStart NOTIFY changed)
     Q_PROPERTY(int markLength MEMBER m_markLength NOTIFY changed)
+    Q_PROPERTY(bool mirrored MEMBER m_mirrored NOTIFY changed)
     Q_PROPERTY(QFont font MEMBER m_font NOTIFY changed)
     Q_PROPERTY(QColor color MEMBER m_color NOTIFY changed)
     Q_PROPERTY(QColor markColor MEMBER m_markColor NOTIFY changed)
@@ -42,6 +43,7 @@ private:
     QString m_text;
     int m_markStart = 0;
     int m_markLength = 0;
+    bool m_mirrored = false; ///< the line keeps to the right edge
     QFont m_font;
     QColor m_color = Qt::black;
     QColor m_markColor = Qt::black;

@@ -36,6 +36,7 @@ ProjectPreview::ProjectPreview(AppModel& app, QObject* parent)
     , m_app(app)
 {
     connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::canRestoreChanged);
+    connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::noteRestored);
 }
 
 int ProjectPreview::rowCount(const QModelIndex& parent) const
@@ -138,7 +139,14 @@ void ProjectPreview::write()
 
 void ProjectPreview::restore()
 {
+    m_isRestoring = true;
     m_app.restoreProjectFiles();
+}
+
+void ProjectPreview::noteRestored()
+{
+    if (!std::exchange(m_isRestoring, false))
+        return;
     std::vector<PlannedProjectFile> files = m_app.selection() == m_session && !m_message.isNull()
                                                 ? m_app.planProjectFiles(m_message)
                                                 : std::vector<PlannedProjectFile>();

@@ -75,6 +75,8 @@ Q_SIGNALS:
     void canRestoreChanged();
 
 private:
+    /// Shows the files anew that were put back.
+    void noteRestored();
     void take(std::vector<PlannedProjectFile> files);
     void compare();
     void setNotice(const QString& text);
@@ -87,6 +89,7 @@ private:
     DiffListModel m_diff;
     int m_currentRow = -1;
     QString m_notice;
+    bool m_isRestoring = false;
 };
 
 } // namespace varnel

@@ -195,11 +195,14 @@ private Q_SLOTS:
     {
         Stage stage;
         stage.profile.secrets->items[text("OLLAMA_API_KEY")] = "key";
+        QSemaphore gate;
+        stage.profile.secrets->gate = &gate;
         stage.model->setSearch(SearchSource::Ollama); // its key has to be looked for
         stage.model->setDraft(text("one"));
         stage.model->send();
         QVERIFY(stage.model->isBusy() && !stage.model->isStreaming());
         stage.model->setDraft(text("one and more"));
+        gate.release(100);
         QVERIFY(stage.waitForChats(1));
         QCOMPARE(stage.contents().front(), text("one"));
         QCOMPARE(stage.model->draft(), text(" and more"));

@@ -73,7 +73,7 @@ private Q_SLOTS:
         QSemaphore goOn;
         SaveQueue queue([](const SaveStatus&) {});
         const auto put = [&](SavedFile file) {
-            queue.put(file, [&]() -> std::optional<SetAside> {
+            queue.put(file, [&](const std::stop_token&) -> std::optional<SetAside> {
                 goOn.acquire();
                 return std::nullopt;
             });

@@ -3,6 +3,7 @@
 #include "base/SecretStore.h"
 
 #include <QMap>
+#include <QSemaphore>
 
 namespace varnel::test {
 
@@ -13,6 +14,8 @@ public:
     QMap<QString, QByteArray> items;
     /// As long as it is locked, nothing can be read or saved.
     bool locked = false;
+    /// Where there is one, every look-up waits until it is let through.
+    QSemaphore* gate = nullptr;
     /// How many of the next additions fail, and with which status.
     int failingAdditions = 0;
     int failureStatus = -34018;
@@ -20,6 +23,8 @@ public:
 protected:
     std::optional<QByteArray> find(const QString& account, Unlocking unlocking) override
     {
+        if (gate)
+            gate->acquire();
         if (locked && unlocking == Unlocking::MayPrompt)
             throw SecretStoreError(SecretServiceStatus::Locked);
         const auto item = items.constFind(account);

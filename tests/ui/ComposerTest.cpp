@@ -383,11 +383,11 @@ private Q_SLOTS:
         QCOMPARE(contentsOf(path("src/a.txt")), QByteArray("three\n"));
         preview.setTicked(1, false);
         preview.write();
+        QVERIFY(waitUntil([&] { return preview.canRestore(); }));
         QCOMPARE(contentsOf(path("src/a.txt")), QByteArray("one\n2\n"));
         QVERIFY(!QFileInfo::exists(path("new.txt")) && !QFileInfo::exists(path(".git")));
-        QVERIFY(preview.canRestore());
         preview.restore();
-        QCOMPARE(contentsOf(path("src/a.txt")), QByteArray("three\n"));
+        QVERIFY(waitUntil([&] { return contentsOf(path("src/a.txt")) == "three\n"; }));
         QVERIFY(!preview.canRestore());
     }
 };

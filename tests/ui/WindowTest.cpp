@@ -345,21 +345,6 @@ private Q_SLOTS:
         QVERIFY(!find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Bring back")));
     }
 
-    void searchEndsAtTheMessageThatHoldsTheWords()
-    {
-        WindowFixture fixture;
-        QVERIFY(fixture.begin(QStringLiteral("The walrus")));
-        const QUuid found = fixture.app.selection();
-        QVERIFY(fixture.begin(QStringLiteral("trains")));
-        fixture.press(Qt::Key_K, Qt::ControlModifier);
-        fixture.type(QStringLiteral("walrus"));
-        fixture.press(Qt::Key_Return);
-        QVERIFY(waitUntil([&] { return fixture.app.selection() == found; }));
-        QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
-        QAccessibleInterface* const root = QAccessible::queryAccessibleInterface(fixture.window);
-        QVERIFY(waitUntil([&] { return find(root, QStringLiteral("Close (Esc)")); }));
-    }
-
     void theWindowIsWholeAtEverySize_data()
     {
         QTest::addColumn<QSize>("size");

@@ -127,6 +127,7 @@ T.ItemDelegate {
             markFill: Theme.selection
             markLength: entry.hitLength
             markStart: entry.hitStart
+            mirrored: Appearance.rightToLeft
             text: entry.preview
             visible: entry.hitLength > 0
         }

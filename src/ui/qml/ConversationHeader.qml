@@ -12,8 +12,14 @@ Item {
     signal libraryAsked
     signal shortcutsAsked
     signal renameEnded
+    signal findEnded
+
+    // Where the find bar finds.
+    required property TranscriptView transcript
+    property alias findBar: findBar
 
     function rename() {
+        findBar.close()
         editor.start(AppModel.selectedTitle)
     }
 
@@ -38,6 +44,7 @@ Item {
         anchors.right: link.left
         anchors.rightMargin: Theme.gutter
         anchors.top: parent.top
+        visible: !findBar.visible
 
         TitleButton {
             anchors.verticalCenter: parent.verticalCenter
@@ -62,6 +69,17 @@ Item {
         anchors.right: more.left
         anchors.rightMargin: Theme.unit
         anchors.verticalCenter: parent.verticalCenter
+        visible: !findBar.visible
+    }
+    FindBar {
+        id: findBar
+
+        anchors.bottom: parent.bottom
+        anchors.left: toggle.right
+        anchors.right: more.left
+        anchors.top: parent.top
+        transcript: header.transcript
+        onClosed: header.findEnded()
     }
     PlainButton {
         id: more

@@ -21,11 +21,11 @@ FocusScope {
     }
     function openFind() {
         if (!AppModel.selectedIsEmpty)
-            transcript.openFind()
+            header.findBar.open()
     }
     // Whether there was one to close.
     function closeFind(): bool {
-        return transcript.closeFind()
+        return header.findBar.close()
     }
     function copyLastReply() {
         TranscriptFeed.copyLastReply()
@@ -37,7 +37,9 @@ FocusScope {
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: parent.top
+        transcript: area.transcript
         onFindAsked: pane.openFind()
+        onFindEnded: pane.focusComposer()
         onImportAsked: files.importConversation()
         onModelsAsked: pane.modelsAsked()
         onLibraryAsked: pane.libraryAsked()
@@ -46,14 +48,14 @@ FocusScope {
         onShortcutsAsked: pane.shortcutsAsked()
     }
     TranscriptArea {
-        id: transcript
+        id: area
 
         anchors.bottom: status.top
         anchors.left: parent.left
         anchors.right: parent.right
         anchors.top: header.bottom
         visible: !AppModel.selectedIsEmpty
-        onFinished: pane.focusComposer()
+        onHitShown: header.findBar.show()
     }
     Loader {
         active: AppModel.selectedIsEmpty

@@ -1,7 +1,8 @@
 import QtQuick
 import Varnel
 
-// Finds a text in the conversation: what to look for, how often it is there, and the way from one to the next.
+// Finds a text in the conversation: what to look for, how often it is there, and the way from one to the next. It
+// stands in the header, where it covers nothing of what is read.
 FocusScope {
     id: bar
 
@@ -29,30 +30,20 @@ FocusScope {
 
     Accessible.name: qsTr("Find in the conversation")
     Accessible.role: Accessible.Pane
-    height: Theme.px(48)
     visible: false
     Keys.onEscapePressed: close()
 
-    PopupSurface {
-        anchors.fill: parent
-    }
-    // What lies below is not reached through it.
-    TapHandler {
-    }
-    HoverHandler {
-    }
     PlainField {
         id: field
 
         anchors.left: parent.left
         anchors.leftMargin: Theme.gap
-        anchors.right: count.left
-        anchors.rightMargin: Theme.gap
         anchors.verticalCenter: parent.verticalCenter
         iconName: "search"
         maximumLength: 500
         placeholderText: qsTr("Find in the conversation")
         text: bar.transcript.findText
+        width: Math.min(Theme.px(360), bar.width - count.width - previous.width - next.width - closer.width - Theme.gutter)
         Keys.onDownPressed: bar.transcript.findNext()
         Keys.onEnterPressed: event => search(event)
         Keys.onReturnPressed: event => search(event)
@@ -73,21 +64,21 @@ FocusScope {
         readonly property bool nothing: bar.transcript.findCount === 0
 
         Accessible.role: Accessible.StatusBar
-        anchors.right: previous.left
-        anchors.rightMargin: Theme.unit
+        anchors.left: field.right
+        anchors.leftMargin: Theme.unit
         anchors.verticalCenter: parent.verticalCenter
         color: nothing && !bar.transcript.finding ? Theme.warning : Theme.secondary
         font: Theme.metadataFont
-        horizontalAlignment: Text.AlignRight
+        horizontalAlignment: Text.AlignHCenter
         line: Theme.metadataLine
         text: empty ? "" : !nothing ? qsTr("%L1 of %L2").arg(bar.transcript.findNumber).arg(bar.transcript.findCount)
                                     : bar.transcript.finding ? qsTr("Looking…") : qsTr("Not found")
-        width: Math.max(implicitWidth, Theme.px(64))
+        width: Math.max(implicitWidth + Theme.gap, Theme.px(72))
     }
     PlainButton {
         id: previous
 
-        anchors.right: next.left
+        anchors.left: count.right
         anchors.verticalCenter: parent.verticalCenter
         enabled: !count.nothing
         hint: qsTr("Previous place (Shift+Enter)")
@@ -98,7 +89,7 @@ FocusScope {
     PlainButton {
         id: next
 
-        anchors.right: closer.left
+        anchors.left: previous.right
         anchors.verticalCenter: parent.verticalCenter
         enabled: !count.nothing
         hint: qsTr("Next place (Enter)")
@@ -108,11 +99,19 @@ FocusScope {
     PlainButton {
         id: closer
 
-        anchors.right: parent.right
-        anchors.rightMargin: Theme.gap
+        anchors.left: next.right
         anchors.verticalCenter: parent.verticalCenter
         hint: qsTr("Close (Esc)")
         iconName: "close"
         onClicked: bar.close()
+    }
+    // In an empty conversation there is nothing to find.
+    Connections {
+        function onSelectionChanged() {
+            if (AppModel.selectedIsEmpty)
+                bar.close()
+        }
+
+        target: AppModel
     }
 }

@@ -45,7 +45,7 @@ T.TextField {
 
     PlainText {
         anchors.fill: parent
-        // Paddings are not mirrored, margins are.
+        // Anchors are mirrored by themselves, paddings are not.
         anchors.leftMargin: field.mirrored ? field.rightPadding : field.leftPadding
         anchors.rightMargin: field.mirrored ? field.leftPadding : field.rightPadding
         color: field.placeholderTextColor

@@ -5,17 +5,13 @@ import Varnel
 FocusScope {
     id: area
 
-    // The keyboard is to go on in the composer.
-    signal finished
+    readonly property TranscriptView transcript: view
+
+    // A search led to a message: what was found there is marked.
+    signal hitShown
 
     function jumpToLatest() {
         view.jumpToLatest()
-    }
-    function openFind() {
-        findBar.open()
-    }
-    function closeFind(): bool {
-        return findBar.close()
     }
 
     TranscriptView {
@@ -101,17 +97,6 @@ FocusScope {
         anchors.bottomMargin: Theme.gap
         anchors.horizontalCenter: parent.horizontalCenter
     }
-    FindBar {
-        id: findBar
-
-        anchors.right: parent.right
-        anchors.rightMargin: Theme.turn
-        anchors.top: parent.top
-        anchors.topMargin: Theme.gap
-        transcript: view
-        width: Math.min(Theme.px(420), area.width - 2 * Theme.turn)
-        onClosed: area.finished()
-    }
     MessageMenu {
         id: menu
 
@@ -129,8 +114,8 @@ FocusScope {
     }
     Connections {
         function onHitOpened(message: string, text: string) {
-            findBar.show()
             view.showMatch(message, text)
+            area.hitShown()
         }
 
         target: ConversationListModel

@@ -13,6 +13,8 @@ PlainMenu {
     signal settingsAsked
     signal shortcutsAsked
 
+    implicitWidth: Theme.px(272)
+
     PlainMenuItem {
         keys: "F2"
         text: qsTr("Rename conversation")
@@ -22,6 +24,8 @@ PlainMenu {
         keys: "Ctrl+F"
         text: qsTr("Find in the conversation")
         onTriggered: menu.findAsked()
+    }
+    PlainMenuSeparator {
     }
     PlainMenuItem {
         text: qsTr("Export as Markdown…")
@@ -43,6 +47,8 @@ PlainMenu {
     PlainMenuItem {
         text: qsTr("Import a conversation…")
         onTriggered: menu.importAsked()
+    }
+    PlainMenuSeparator {
     }
     PlainMenuItem {
         text: qsTr("Delete conversation")
