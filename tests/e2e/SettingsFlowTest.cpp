@@ -19,6 +19,7 @@ class SettingsFlowTest : public QObject
 
     QStringList m_requests;
     PracticeHost m_host{{.piece = 0ms}, [this](const QString& line) { m_requests.append(line); }};
+    qsizetype m_looked = 0;
     QTemporaryDir m_data;
     QTemporaryDir m_config;
     std::unique_ptr<XDisplay> m_display;
@@ -29,13 +30,16 @@ class SettingsFlowTest : public QObject
         for (int i = 0; i < times; ++i)
             m_display->key(QString::fromLatin1(keys));
     }
-    /// Waits until a request came since the last call; whether it did.
+    /// Waits for a request after the one that was asked for last; whether it came.
     bool asked(const char* request)
     {
-        const bool came =
-            waitUntil([&] { return !m_requests.filter(QString::fromLatin1(request)).isEmpty(); });
-        m_requests.clear();
-        return came;
+        return waitUntil([&] {
+            while (m_looked < m_requests.size()) {
+                if (m_requests[m_looked++].contains(QLatin1String(request)))
+                    return true;
+            }
+            return false;
+        });
     }
     /// Whether a file of that name holds a text by and by.
     static bool holds(const QTemporaryDir& folder, const QString& name, const QByteArray& text)

@@ -1,6 +1,7 @@
 #include "support/SshServer.h"
 #include "ui/SheetFixture.h"
 
+#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QSettings>
 #include <QTcpServer>
@@ -180,11 +181,14 @@ private Q_SLOTS:
         QVERIFY(fixture.fill("User", server.user()));
         QVERIFY(fixture.fill("Local port", QString::number(freePort())));
         QVERIFY(fixture.fill("Remote bind", QStringLiteral("127.0.0.1:%1").arg(fixture.host.port())));
+        // ssh lives by the real time, so the program has to.
+        QElapsedTimer passed;
+        passed.start();
         QVERIFY(fixture.reach("Connect"));
         fixture.press(Qt::Key_Return);
         QVERIFY2(waitUntil(
                      [&] {
-                         fixture.clock.advance(100ms);
+                         fixture.clock.advance(std::chrono::milliseconds(passed.restart()));
                          return fixture.app->linkState() == LinkState::Connected;
                      },
                      20s),

@@ -15,6 +15,7 @@ Item {
     width: parent ? parent.width : 0
 
     Icon {
+        anchors.left: parent.left
         color: Link.connected ? Theme.accent : Link.offline ? Theme.warning : Theme.secondary
         height: Theme.icon
         name: Link.connected ? "check" : Link.offline ? "warning" : "circle"
@@ -22,6 +23,7 @@ Item {
         width: Theme.icon
     }
     Spinner {
+        anchors.left: parent.left
         height: Theme.icon
         visible: Link.connecting
         width: Theme.icon

@@ -10,7 +10,7 @@ Column {
 
     SettingsField {
         label: qsTr("Host")
-        placeholder: qsTr("Name or address, or a host of the ssh configuration")
+        placeholder: qsTr("Name, address or ssh alias")
         value: ConnectionEditor.sshHost
         onEdited: text => ConnectionEditor.sshHost = text
         onFinished: ConnectionEditor.apply()
