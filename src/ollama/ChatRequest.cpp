@@ -61,7 +61,7 @@ void writeMessages(JsonWriter& writer, const ChatRequest& request, const ToolOff
     if (empty)
         writeMessage(writer, u"user", u"", {});
     if (offer) {
-        for (const QJsonValue& message : offer->messages)
+        for (const QJsonValue message : offer->messages)
             writer.value(message);
     }
     writer.endArray();

@@ -64,7 +64,7 @@ QString searchGuidance()
 std::vector<SearchToolCall> decodeToolCalls(const QJsonArray& calls)
 {
     std::vector<SearchToolCall> decoded;
-    for (const QJsonValue& value : calls) {
+    for (const QJsonValue value : calls) {
         const QJsonObject call = value.toObject();
         const QJsonObject function = call.value(QLatin1String("function")).toObject();
         QString id = call.value(QLatin1String("id")).toString();

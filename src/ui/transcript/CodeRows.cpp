@@ -128,6 +128,7 @@ public:
     std::vector<RowTarget> targets() const override
     {
         std::vector<RowTarget> targets;
+        targets.reserve(m_buttons.size());
         for (const Button& button : m_buttons)
             targets.push_back({button.kind, {button.rect}, button.name, m_label, TranscriptAction::Copy});
         return targets;

@@ -184,7 +184,7 @@ public:
         painter.setPen(state.style.warning);
         painter.drawText(
             m_column.placed({m_column.left + 16 * m_zoom, m_top, m_labelWidth + 1, targetSize * m_zoom}),
-            m_column.leading() | Qt::AlignVCenter, m_label);
+            m_column.leadingLine(), m_label);
         m_buttons.paint(painter, state);
     }
 
@@ -243,11 +243,11 @@ public:
             painter.setFont(m_kindFont);
             painter.setPen(state.style.secondary);
             painter.drawText(m_column.placed({inside.left(), inside.top(), chip.kindWidth, inside.height()}),
-                             m_column.leading() | Qt::AlignVCenter, chip.kind);
+                             m_column.leadingLine(), chip.kind);
             painter.setFont(m_titleFont);
             painter.setPen(state.style.text);
             painter.drawText(m_column.placed(inside.adjusted(chip.kindWidth + 8 * m_zoom, 0, 1, 0)),
-                             m_column.leading() | Qt::AlignVCenter, chip.title);
+                             m_column.leadingLine(), chip.title);
         }
     }
 
@@ -320,7 +320,7 @@ public:
         painter.setPen(state.style.secondary);
         painter.drawText(
             m_column.placed({m_column.left + 24 * m_zoom, m_top, m_column.width - 24 * m_zoom, 24 * m_zoom}),
-            m_column.leading() | Qt::AlignVCenter, m_text);
+            m_column.leadingLine(), m_text);
     }
 
 private:

@@ -74,7 +74,7 @@ public:
         painter.restore();
         painter.setFont(m_font);
         painter.setPen(colour);
-        painter.drawText(box.adjusted(20 * m_zoom, 0, -20 * m_zoom, 0), m_column.leading() | Qt::AlignVCenter,
+        painter.drawText(box.adjusted(20 * m_zoom, 0, -20 * m_zoom, 0), m_column.leadingLine(),
                          thinkingText(state.message, state.now));
     }
 
@@ -127,7 +127,7 @@ public:
         painter.setPen(state.style.secondary);
         const QRectF text(m_column.left + 32 * m_zoom, m_spaceAbove, m_column.width - 32 * m_zoom,
                           24 * m_zoom);
-        painter.drawText(m_column.placed(text), m_column.leading() | Qt::AlignVCenter,
+        painter.drawText(m_column.placed(text), m_column.leadingLine(),
                          waitingText(state.message, state.now));
     }
 
@@ -172,8 +172,7 @@ public:
             painter.setFont(m_font);
             painter.setPen(state.style.secondary);
             painter.drawText(QRectF(m_column.left, m_top, m_column.width, targetSize * m_zoom),
-                             Qt::AlignVCenter | (m_isPrompt ? m_column.trailing() : m_column.leading()),
-                             m_footer);
+                             m_isPrompt ? m_column.trailingLine() : m_column.leadingLine(), m_footer);
         }
         if (!state.isActive)
             return;
@@ -200,6 +199,7 @@ public:
     std::vector<RowTarget> targets() const override
     {
         std::vector<RowTarget> targets;
+        targets.reserve(m_actions.size());
         for (std::size_t i = 0; i < m_actions.size(); ++i)
             targets.push_back({TargetKind::Action, {boxOf(i)}, actionName(m_actions[i]), {}, m_actions[i]});
         return targets;

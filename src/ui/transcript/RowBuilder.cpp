@@ -205,7 +205,7 @@ void RowBuilder::addContent(const MarkdownCode& code)
         qsizetype length = 0;
         // A piece of a cut line stands alone, so that every other row holds whole lines.
         while (first + count < total && count < chunkLines && length < chunkText) {
-            const auto line = static_cast<std::size_t>(first + count);
+            const std::size_t line = static_cast<std::size_t>(first) + static_cast<std::size_t>(count);
             if (goesOn(*source, line)) {
                 count = std::max(count, 1);
                 break;

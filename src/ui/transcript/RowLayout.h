@@ -30,6 +30,9 @@ struct RowColumn
     }
     Qt::Alignment leading() const { return (mirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute; }
     Qt::Alignment trailing() const { return (mirrored ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignAbsolute; }
+    /// The same for a line in the middle of its box, as QPainter::drawText() takes it.
+    int leadingLine() const { return static_cast<int>((leading() | Qt::AlignVCenter).toInt()); }
+    int trailingLine() const { return static_cast<int>((trailing() | Qt::AlignVCenter).toInt()); }
 };
 
 /// What the reader chose for one code block or table.
