@@ -12,7 +12,7 @@ namespace {
 qint64 memoryInUse()
 {
     const struct mallinfo2 info = ::mallinfo2();
-    return static_cast<qint64>(info.uordblks + info.hblkhd);
+    return static_cast<qint64>(info.uordblks) + static_cast<qint64>(info.hblkhd);
 }
 
 } // namespace

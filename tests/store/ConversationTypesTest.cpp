@@ -99,7 +99,7 @@ LibraryItem fullItem()
             .relativePath = QStringLiteral("F/G/x.png"),
             .urlString = QStringLiteral("https://x.example/?a=b"),
             .createdAt = *fromIso8601(u"2026-11-15T20:25:40Z"),
-            .deletedAt = *fromIso8601(u"2026-11-15T20:26:00Z")};
+            .deletedAt = fromIso8601(u"2026-11-15T20:26:00Z")};
 }
 
 QJsonValue wrongTypeFor(const QJsonValue& value)

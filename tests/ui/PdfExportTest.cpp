@@ -95,7 +95,7 @@ class PdfExportTest : public QObject
     {
         PdfOptions options;
         options.thinking = thinking;
-        options.pageSize = size;
+        options.pageSize = std::move(size);
         options.timeZone = QTimeZone::utc();
         await(exportPdf(&m_worker, session, path(), options, {}), std::chrono::minutes(2));
     }
@@ -271,7 +271,7 @@ private Q_SLOTS:
             3000, message(ChatRole::Assistant, QStringLiteral("Some *words*.\n\n").repeated(10))));
         std::stop_source stop;
         Task<void> task = exportPdf(&m_worker, session, path(), {}, stop.get_token());
-        QVERIFY(waitUntil([&] { return QDir(m_folder.path()).entryList(QDir::Files).size() > 0; }));
+        QVERIFY(waitUntil([&] { return !QDir(m_folder.path()).entryList(QDir::Files).isEmpty(); }));
         stop.request_stop();
         QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(task)));
         QVERIFY(waitUntil([&] { return QDir(m_folder.path()).entryList(QDir::Files).size() == 1; }));

@@ -117,7 +117,7 @@ private Q_SLOTS:
         ScriptedService service;
         QStringList asked;
         bool allowed = false;
-        const auto approve = [&](QString url, std::stop_token) -> Task<bool> {
+        const auto approve = [&](const QString& url, const std::stop_token&) -> Task<bool> {
             asked.append(url);
             return [](bool answer) -> Task<bool> { co_return answer; }(allowed);
         };
