@@ -3,11 +3,13 @@
 #include "app/DiagnosticsLog.h"
 #include "base/Clock.h"
 #include "base/Error.h"
+#include "base/Worker.h"
 #include "store/DataFolderLock.h"
 #include "store/InstanceChannel.h"
 #include "store/Preferences.h"
 #include "store/StorageLocation.h"
 #include "ui/GraphicsDevice.h"
+#include "ui/QtImageConverter.h"
 #include "ui/QuitSignals.h"
 #include "ui/WindowScreens.h"
 
@@ -144,11 +146,14 @@ int runWindowApplication(int argc, char** argv)
         qWarning("Another Varnel holds %s and does not answer.", qUtf8Printable(location.folder()));
         return EXIT_FAILURE;
     }
+    Worker imageWorker;
+    QtImageConverter images(imageWorker);
     AppModel app({.preferences = preferences,
                   .clock = clock,
                   .secrets = systemSecretStore(),
                   .log = log,
-                  .location = location});
+                  .location = location,
+                  .images = &images});
     WindowScreens screens(app, clock, windowStateFile());
     QQuickWindow* const window = screens.load();
     if (!window)
