@@ -241,8 +241,10 @@ private Q_SLOTS:
         server.dropConnections();
         QVERIFY(tunnel.waitForReport());
         QCOMPARE(tunnel.status, 255);
-        QCOMPARE(TunnelController::summary(tunnel.output),
-                 QLatin1String("Connection to 127.0.0.1 closed by remote host."));
+        // Which of the two ssh notices first depends on whether it was about to write.
+        const QStringList words{QStringLiteral("Connection to 127.0.0.1 closed by remote host."),
+                                QStringLiteral("client_loop: send disconnect: Broken pipe")};
+        QVERIFY(words.contains(TunnelController::summary(tunnel.output)));
         QVERIFY(tunnel.output.size() > 200'000);
         QVERIFY(!tunnel.controller.isRunning());
         // The next one opens again.
