@@ -9,6 +9,24 @@
 
 namespace varnel {
 
+namespace {
+
+/// What is said when a pull or a removal did not come to its end.
+QString endingOf(const std::exception_ptr& exception)
+{
+    try {
+        std::rethrow_exception(exception);
+    } catch (const Cancelled&) {
+        return QStringLiteral("Stopped.");
+    } catch (const TransportError& error) {
+        return OllamaError::unreachable(error.message()).message();
+    } catch (const Error& error) {
+        return error.message();
+    }
+}
+
+} // namespace
+
 void AppModel::setPullStatus(const QString& text, double share)
 {
     if (text == m_pullStatus && share == m_pullShare)
@@ -86,12 +104,8 @@ Task<void> AppModel::followPull(QString name, std::stop_token stop)
         setPullStatus(done);
         setStatusMessage(done);
         co_await refreshInstalledModels(stop);
-    } catch (const Cancelled&) {
-        setPullStatus(QStringLiteral("Stopped."));
-    } catch (const TransportError& error) {
-        setPullStatus(OllamaError::unreachable(error.message()).message());
-    } catch (const Error& error) {
-        setPullStatus(error.message());
+    } catch (...) {
+        setPullStatus(endingOf(std::current_exception()));
     }
     assign(m_isPulling, false, &AppState::isPullingChanged);
 }
@@ -132,12 +146,8 @@ Task<void> AppModel::followRemoval(QString name, std::stop_token stop)
         setPullStatus(done);
         setStatusMessage(done);
         co_await refreshInstalledModels(stop);
-    } catch (const Cancelled&) {
-        setPullStatus(QStringLiteral("Stopped."));
-    } catch (const TransportError& error) {
-        setPullStatus(OllamaError::unreachable(error.message()).message());
-    } catch (const Error& error) {
-        setPullStatus(error.message());
+    } catch (...) {
+        setPullStatus(endingOf(std::current_exception()));
     }
     assign(m_isPulling, false, &AppState::isPullingChanged);
 }

@@ -63,10 +63,20 @@ void ComposerState::send()
         m_sendWhenImported = m_app.selection();
         return;
     }
-    if (m_canSend && m_app.needsCloudConfirmation())
-        setAsksCloud(true);
+    if (m_canSend)
+        afterConsent([this] { sendNow(); });
     else
-        sendNow();
+        sendNow(); // which says why not
+}
+
+void ComposerState::afterConsent(std::function<void()> action)
+{
+    if (!m_app.needsCloudConfirmation()) {
+        action();
+        return;
+    }
+    m_afterConsent = std::move(action);
+    setAsksCloud(true);
 }
 
 void ComposerState::sendNow()
@@ -79,9 +89,11 @@ void ComposerState::sendNow()
 
 void ComposerState::agreeToCloud()
 {
+    const std::function<void()> action = std::move(m_afterConsent);
     m_app.confirmCloud();
     setAsksCloud(false);
-    sendNow();
+    if (action)
+        action();
 }
 
 void ComposerState::refuseCloud()
@@ -91,6 +103,8 @@ void ComposerState::refuseCloud()
 
 void ComposerState::setAsksCloud(bool asks)
 {
+    if (!asks)
+        m_afterConsent = nullptr;
     if (asks == m_asksCloud)
         return;
     m_asksCloud = asks;

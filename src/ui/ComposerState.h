@@ -9,6 +9,7 @@
 #include <QUuid>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
 #include <map>
 
 namespace varnel {
@@ -71,6 +72,10 @@ public:
     /// there was one. One that failed is taken back, so that it is not there twice.
     Q_INVOKABLE bool editLastPrompt();
 
+    /// Does something that sends the selected conversation, at once or, where a provider would be sent it for
+    /// the first time, when the user has agreed; never if they refuse.
+    void afterConsent(std::function<void()> action);
+
     /// Whether Enter alone is a new line, and with Control sends.
     bool sendsWithControl() const { return m_sendsWithControl; }
     void setSendsWithControl(bool control);
@@ -97,6 +102,7 @@ private:
     std::map<QUuid, int> m_cursors;
     bool m_canSend = false;
     bool m_asksCloud = false;
+    std::function<void()> m_afterConsent; // what the question is about
     bool m_sendsWithControl = false;
     // The conversation whose prompt goes as soon as its attachments are there.
     QUuid m_sendWhenImported;

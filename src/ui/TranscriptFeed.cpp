@@ -270,7 +270,7 @@ void TranscriptFeed::show(const QUuid& message)
 void TranscriptFeed::act(const QString& id, const QString& action)
 {
     if (action == QLatin1String("regenerate"))
-        m_app.regenerate();
+        m_consent([this] { m_app.regenerate(); });
     else if (action == QLatin1String("handOff"))
         m_app.handOffReply(QUuid(id));
     else if (action == QLatin1String("writeFiles"))
@@ -288,9 +288,9 @@ void TranscriptFeed::act(const QString& id, const QString& action)
 void TranscriptFeed::tryAgain(const QString& id)
 {
     if (QUuid(id) == m_failedPrompt)
-        m_app.tryAgain();
+        m_consent([this] { m_app.tryAgain(); });
     else
-        m_app.regenerate();
+        m_consent([this] { m_app.regenerate(); });
 }
 
 void TranscriptFeed::fork(const QString& id)

@@ -9,6 +9,7 @@
 #include <QUuid>
 #include <QtQml/qqmlregistration.h>
 
+#include <functional>
 #include <map>
 
 namespace varnel {
@@ -28,6 +29,10 @@ public:
     static TranscriptFeed* create(QQmlEngine* engine, QJSEngine*) { return provided<TranscriptFeed>(engine); }
 
     TranscriptModel* model() { return &m_transcript; }
+
+    /// What stands before everything that sends a conversation once more; without one nothing does.
+    using Consent = std::function<void(std::function<void()> action)>;
+    void setConsent(Consent consent) { m_consent = std::move(consent); }
 
     /// Does what was asked for with a message of the conversation.
     /// @param action as TranscriptView::actionRequested() names it. What needs a sheet of its own is reported
@@ -79,6 +84,7 @@ private:
     AppModel& m_app;
     const Clock& m_clock;
     TranscriptModel m_transcript;
+    Consent m_consent = [](const std::function<void()>& action) { action(); };
     QUuid m_streaming;
     QUuid m_failedPrompt;
     QUuid m_last; ///< the message that is the last one

@@ -41,6 +41,7 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     QObject::connect(&m_appearance, &Appearance::zoomChanged, &m_saveSoon, saveSoon);
     QObject::connect(&m_composer, &ComposerState::sendsWithControlChanged, &m_saveSoon, saveSoon);
 
+    m_feed.setConsent([this](std::function<void()> action) { m_composer.afterConsent(std::move(action)); });
     QObject::connect(&m_feed, &TranscriptFeed::editRequested, &m_promptEdit,
                      [this](const QString& id) { m_promptEdit.begin(QUuid::fromString(id)); });
     QObject::connect(&m_feed, &TranscriptFeed::writeRequested, &m_projectPreview,

@@ -15,14 +15,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-QByteArray preferencesFor(const QUrl& url)
-{
-    return "[General]\nvarnel.connection=\"@ByteArray({\\\"directURL\\\": \\\"" + url.toString().toUtf8() +
-           "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
-           "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
-           "varnel.defaultModel=practice-chat:70b\nvarnel.onboardingComplete=true\n";
-}
-
 /// What a file below a folder holds; empty while there is none of that name.
 QByteArray stored(const QString& root, const QString& name)
 {
@@ -54,7 +46,7 @@ private Q_SLOTS:
                 qPrintable(QStringLiteral("not installed: %1; scripts/setup does").arg(missing.join(u", "))));
         m_host.listen();
         m_display = std::make_unique<XDisplay>();
-        m_program.setPreferences(preferencesFor(m_host.url()));
+        m_program.setPreferences(windowPreferences(m_host.url()));
         m_program.setVariable("DISPLAY", m_display->name());
         m_program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
         m_program.setVariable("LANG", QStringLiteral("C.UTF-8"));

@@ -21,14 +21,6 @@ namespace {
 constexpr QRect readingColumn(330, 60, 640, 460);
 constexpr QRect firstWords(330, 60, 640, 90); // above the first footer, whose rate is of one run only
 
-QByteArray preferencesFor(const QUrl& url)
-{
-    return "[General]\nvarnel.connection=\"@ByteArray({\\\"directURL\\\": \\\"" + url.toString().toUtf8() +
-           "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
-           "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
-           "varnel.defaultModel=practice-chat:70b\nvarnel.onboardingComplete=true\n";
-}
-
 QJsonArray messagesOf(const QJsonObject& session)
 {
     return session.value(QStringLiteral("messages")).toArray();
@@ -91,16 +83,6 @@ class ConversationFlowTest : public QObject
             m_display->key(QStringLiteral("shift+Tab"));
         m_display->key(QStringLiteral("Return"));
     }
-    QImage pictureAtRest() const
-    {
-        QImage before;
-        QImage now = m_display->picture(readingColumn);
-        waitUntil([&] {
-            before = std::exchange(now, m_display->picture(readingColumn));
-            return before == now;
-        });
-        return now;
-    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -112,7 +94,7 @@ private Q_SLOTS:
         m_host.listen();
         m_display = std::make_unique<XDisplay>();
         m_program = std::make_unique<ProgramRun>();
-        m_program->setPreferences(preferencesFor(m_host.url()));
+        m_program->setPreferences(windowPreferences(m_host.url()));
         m_program->setVariable("DISPLAY", m_display->name());
         m_program->setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
         m_program->setVariable("LANG", QStringLiteral("C.UTF-8"));
@@ -138,7 +120,7 @@ private Q_SLOTS:
         const QString first = replyId();
         pressAction(3); // copy, regenerate, hand off, save, more
         QVERIFY(waitUntil([&] { return !replyId().isEmpty() && replyId() != first; }));
-        pictureAtRest();
+        m_display->pictureAtRest(readingColumn);
         // What offers the earlier version stands between the conversation and the composer.
         m_display->key(QStringLiteral("ctrl+k"));
         m_display->key(QStringLiteral("Escape"));
@@ -164,7 +146,7 @@ private Q_SLOTS:
         m_display->key(QStringLiteral("ctrl+n"));
         QVERIFY(say(QStringLiteral("Something about a walrus")));
         m_display->key(QStringLiteral("ctrl+n"));
-        const QImage empty = pictureAtRest();
+        const QImage empty = m_display->pictureAtRest(readingColumn);
         m_display->key(QStringLiteral("ctrl+k"));
         m_display->type(QStringLiteral("walrus"));
         m_display->key(QStringLiteral("Return"));
@@ -183,7 +165,7 @@ private Q_SLOTS:
     void everythingIsThereAfterARestart()
     {
         m_display->type(QStringLiteral("A draft that waits"));
-        pictureAtRest();
+        m_display->pictureAtRest(readingColumn);
         const QImage before = m_display->picture(firstWords);
         QVERIFY(quit());
         QVERIFY(open());
@@ -221,7 +203,7 @@ private Q_SLOTS:
         const QString runtime =
             compositor.process().processEnvironment().value(QStringLiteral("XDG_RUNTIME_DIR"));
         QVERIFY(waitUntil([&] { return QFile::exists(runtime + QStringLiteral("/wayland-test")); }));
-        window.setPreferences(preferencesFor(m_host.url()));
+        window.setPreferences(windowPreferences(m_host.url()));
         window.setVariable("WAYLAND_DISPLAY", runtime + QStringLiteral("/wayland-test"));
         window.setVariable("QT_QPA_PLATFORM", QStringLiteral("wayland"));
         // A compositor without a keyboard makes Qt's own input method for it crash.

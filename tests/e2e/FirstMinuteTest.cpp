@@ -19,14 +19,6 @@ constexpr QRect scrollBarEnd(1108, 618, 12, 14);
 constexpr QPoint middleOfTranscript(690, 300);
 constexpr QPoint sendButton(1026, 720);
 
-QByteArray preferencesFor(const QUrl& url)
-{
-    return "[General]\nvarnel.connection=\"@ByteArray({\\\"directURL\\\": \\\"" + url.toString().toUtf8() +
-           "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
-           "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
-           "varnel.defaultModel=practice-chat:70b\nvarnel.onboardingComplete=true\n";
-}
-
 /// Whether a picture has one colour only.
 bool isPlain(const QImage& picture)
 {
@@ -49,7 +41,7 @@ class FirstMinuteTest : public QObject
     /// Starts the program on the display and waits until its window takes what is typed.
     bool open(ProgramRun& program) const
     {
-        program.setPreferences(preferencesFor(m_host.url()));
+        program.setPreferences(windowPreferences(m_host.url()));
         program.setVariable("DISPLAY", m_display->name());
         program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
         program.setVariable("LANG", QStringLiteral("C.UTF-8"));
@@ -61,17 +53,6 @@ class FirstMinuteTest : public QObject
     {
         m_display->key(QStringLiteral("Return"));
         return waitUntil([this] { return m_host.activeStreams() == 1; });
-    }
-    /// Waits until two pictures in a row are the same.
-    QImage pictureAtRest(const QRect& area)
-    {
-        QImage before;
-        QImage now = m_display->picture(area);
-        waitUntil([&] {
-            before = std::exchange(now, m_display->picture(area));
-            return before == now;
-        });
-        return now;
     }
 
 private Q_SLOTS:
@@ -88,7 +69,7 @@ private Q_SLOTS:
 
     void aModelIsChosenAndAPromptIsStreamed()
     {
-        const QImage empty = pictureAtRest(readingColumn);
+        const QImage empty = m_display->pictureAtRest(readingColumn);
         m_display->key(QStringLiteral("ctrl+shift+m"));
         QVERIFY(waitUntil([&] { return m_display->picture(readingColumn) != empty; }));
         m_display->type(QStringLiteral("practice-long"));
@@ -109,7 +90,7 @@ private Q_SLOTS:
         }));
         m_display->click(middleOfTranscript, 4);
         QVERIFY(waitUntil([&] { return isPlain(m_display->picture(scrollBarEnd)); })); // it has let go
-        const QImage read = pictureAtRest(readingColumn);
+        const QImage read = m_display->pictureAtRest(readingColumn);
         for (int arrival = 0; arrival < 3; ++arrival) {
             const QImage length = m_display->picture(scrollBar);
             QVERIFY(waitUntil([&] { return m_display->picture(scrollBar) != length; })); // more has arrived

@@ -97,4 +97,23 @@ QImage XDisplay::picture(const QRect& area) const
                                  QStringLiteral("-crop"), crop, QStringLiteral("png:-")}));
 }
 
+QImage XDisplay::pictureAtRest(const QRect& area) const
+{
+    QImage before;
+    QImage now = picture(area);
+    waitUntil([&] {
+        before = std::exchange(now, picture(area));
+        return before == now;
+    });
+    return now;
+}
+
+QByteArray windowPreferences(const QUrl& server)
+{
+    return "[General]\nvarnel.connection=\"@ByteArray({\\\"directURL\\\": \\\"" + server.toString().toUtf8() +
+           "\\\", \\\"localPort\\\": 11434, \\\"mode\\\": \\\"direct\\\", \\\"remoteBind\\\": "
+           "\\\"127.0.0.1:11434\\\", \\\"sshHost\\\": \\\"\\\", \\\"sshUser\\\": \\\"\\\"})\"\n"
+           "varnel.defaultModel=practice-chat:70b\nvarnel.onboardingComplete=true\n";
+}
+
 } // namespace varnel::test

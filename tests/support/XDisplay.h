@@ -5,8 +5,12 @@
 #include <QProcess>
 #include <QRect>
 #include <QStringList>
+#include <QUrl>
 
 namespace varnel::test {
+
+/// Preferences that lead a window to a server, with everything behind it that is asked at a first start.
+QByteArray windowPreferences(const QUrl& server);
 
 /// An X display of its own that nobody sees, with a hand on its keyboard and mouse. Its screen is 1120 by
 /// 760, and no window manager is on it.
@@ -31,6 +35,8 @@ public:
     void type(const QString& text) const;
     void click(QPoint place, int button = 1, int times = 1) const;
     QImage picture(const QRect& area) const;
+    /// Waits until two pictures in a row are the same.
+    QImage pictureAtRest(const QRect& area) const;
 
 private:
     QByteArray run(const QString& program, const QStringList& arguments, bool* succeeded = nullptr) const;

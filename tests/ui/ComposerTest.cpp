@@ -46,6 +46,7 @@ struct ComposerFixture : ModelFixture
     PromptEdit& edit() { return part<PromptEdit>("PromptEdit"); }
     AttachmentListModel& chips() { return part<AttachmentListModel>("AttachmentListModel"); }
     ProjectPreview& preview() { return part<ProjectPreview>("ProjectPreview"); }
+    TranscriptFeed& feed() { return part<TranscriptFeed>("TranscriptFeed"); }
     LibraryListModel& library() { return part<LibraryListModel>("LibraryListModel"); }
 
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
@@ -257,6 +258,21 @@ private Q_SLOTS:
         fixture.composer().send();
         QVERIFY(!fixture.composer().asksCloud());
         QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
+    }
+
+    void askingOnceMoreAsksAboutTheProviderToo()
+    {
+        ComposerFixture fixture;
+        QVERIFY(fixture.say(QStringLiteral("hello")));
+        fixture.app.setPassthroughEnabled(true);
+        fixture.app.chooseRemoteModel(RemoteProvider::Claude, {});
+        fixture.feed().act({}, QStringLiteral("regenerate"));
+        QVERIFY(fixture.composer().asksCloud() && !fixture.app.isBusy());
+        fixture.composer().refuseCloud();
+        QCOMPARE(fixture.app.selectedSession()->messages.size(), 2U);
+        fixture.feed().act({}, QStringLiteral("regenerate"));
+        fixture.composer().agreeToCloud();
+        QVERIFY(waitUntil([&] { return fixture.app.statusMessage().contains(QStringLiteral("API key")); }));
     }
 
     void thePickerOffersWhatCanAnswer()
