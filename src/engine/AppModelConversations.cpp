@@ -100,7 +100,8 @@ void AppModel::insertNewConversation()
 void AppModel::insertAndSelect(ChatSession session)
 {
     const QUuid id = session.id;
-    m_sessions.insert(placeFor(session), std::move(session));
+    const std::size_t place = placeFor(session);
+    m_sessions.insert(place, std::move(session));
     // Whoever looks at the new list finds the selection in it.
     m_selection = id;
     Q_EMIT sessionsChanged();

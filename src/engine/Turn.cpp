@@ -139,7 +139,7 @@ Task<TurnOutcome> runWhole(TurnRequest request, TurnServices services, TurnObser
 
 } // namespace
 
-Task<TurnOutcome> runTurn(TurnRequest request, TurnServices services, TurnObserver observer,
+Task<TurnOutcome> runTurn(TurnRequest request, const TurnServices& services, TurnObserver observer,
                           std::stop_token stop)
 {
     if (auto* const ollama = std::get_if<OllamaQuestion>(&request.question); ollama && !request.search)

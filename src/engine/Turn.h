@@ -85,7 +85,7 @@ struct TurnServices
 /// A streamed request that fails on its way before anything of the reply arrived is sent once more. Throws
 /// TransportError, OllamaError, VarnelError or Cancelled; what arrived before has then been shown.
 /// Connections are the turn's own: none outlives it.
-Task<TurnOutcome> runTurn(TurnRequest request, TurnServices services, TurnObserver observer,
+Task<TurnOutcome> runTurn(TurnRequest request, const TurnServices& services, TurnObserver observer,
                           std::stop_token stop);
 
 } // namespace varnel

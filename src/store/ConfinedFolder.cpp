@@ -124,10 +124,11 @@ public:
         constexpr int attempts = 100;
         for (int i = 0; i < attempts && !m_file.isOpen(); ++i) {
             m_name = ".varnel-" + QByteArray::number(QRandomGenerator::global()->generate64(), 16) + ".tmp";
-            m_file = FileDescriptor(::openat(parent.get(), m_name.constData(),
-                                             O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
-            if (!m_file.isOpen() && errno != EEXIST)
+            const int number = ::openat(parent.get(), m_name.constData(),
+                                        O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode);
+            if (number < 0 && errno != EEXIST)
                 break;
+            m_file = FileDescriptor(number);
         }
         m_isPresent = m_file.isOpen();
     }
@@ -208,7 +209,7 @@ std::optional<QByteArray> ConfinedFolder::read(const QString& relativePath, qint
                                              O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     if (!descriptor.isOpen())
         throw failure("read", path, errno);
-    const QByteArray bytes = readUpTo(descriptor, path, limit + 1);
+    QByteArray bytes = readUpTo(descriptor, path, limit + 1);
     if (bytes.size() > limit)
         throw ConfinedFolderError(
             ConfinedFolderError::Kind::TooLong,

@@ -31,7 +31,7 @@ QString contentsOf(const QString& file)
         beginning.bytes.remove(0, 3);
     if (!isUtf8(QByteArrayView(beginning.bytes)) || beginning.bytes.contains('\0'))
         return QStringLiteral("File attached at %1. It is not text.").arg(file);
-    const QString text = QString::fromUtf8(beginning.bytes);
+    QString text = QString::fromUtf8(beginning.bytes);
     if (!isCut)
         return text;
     return QStringLiteral("%1\n[The file goes on: only the first %2 of its %3 KiB are given here.]")

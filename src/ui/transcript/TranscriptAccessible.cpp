@@ -5,6 +5,7 @@
 #include <QQuickWindow>
 
 #include <algorithm>
+#include <memory>
 
 namespace varnel {
 namespace {
@@ -205,6 +206,16 @@ void installTranscriptAccessibility()
     Q_UNUSED(installed);
 }
 
+namespace {
+
+/// From here on QAccessible owns the interface, until it is told to delete it.
+QAccessible::Id registered(std::unique_ptr<QAccessibleInterface> made)
+{
+    return QAccessible::registerAccessibleInterface(made.release());
+}
+
+} // namespace
+
 TranscriptAccessible::TranscriptAccessible(TranscriptView* view)
     : QAccessibleObject(view)
 {
@@ -322,7 +333,7 @@ QAccessibleInterface* TranscriptAccessible::message(const QString& id) const
 {
     const auto [place, isNew] = m_messages.try_emplace(id);
     if (isNew)
-        place->second = QAccessible::registerAccessibleInterface(new MessageAccessible(*this, id));
+        place->second = registered(std::make_unique<MessageAccessible>(*this, id));
     return QAccessible::accessibleInterface(place->second);
 }
 
@@ -330,7 +341,7 @@ QAccessibleInterface* TranscriptAccessible::target(TargetRef ref) const
 {
     const auto [place, isNew] = m_targets.try_emplace(ref);
     if (isNew)
-        place->second = QAccessible::registerAccessibleInterface(new TargetAccessible(*this, ref));
+        place->second = registered(std::make_unique<TargetAccessible>(*this, ref));
     return QAccessible::accessibleInterface(place->second);
 }
 

@@ -81,7 +81,7 @@ QString waitingText(const TranscriptMessage& message, TranscriptMessage::TimePoi
     if (!message.waitingSince)
         return {};
     const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(now - *message.waitingSince);
-    const QString seconds = elapsed >= 1s ? elapsedText(elapsed) : QString();
+    QString seconds = elapsed >= 1s ? elapsedText(elapsed) : QString();
     if (message.waitingLabel.isEmpty())
         return seconds;
     return seconds.isEmpty() ? message.waitingLabel + QChar(0x2026)
