@@ -5,7 +5,6 @@
 #include <QQuickWindow>
 
 #include <algorithm>
-#include <memory>
 
 namespace varnel {
 namespace {
@@ -206,16 +205,6 @@ void installTranscriptAccessibility()
     Q_UNUSED(installed);
 }
 
-namespace {
-
-/// From here on QAccessible owns the interface, until it is told to delete it.
-QAccessible::Id registered(std::unique_ptr<QAccessibleInterface> made)
-{
-    return QAccessible::registerAccessibleInterface(made.release());
-}
-
-} // namespace
-
 TranscriptAccessible::TranscriptAccessible(TranscriptView* view)
     : QAccessibleObject(view)
 {
@@ -332,16 +321,22 @@ QAccessible::State TranscriptAccessible::state() const
 QAccessibleInterface* TranscriptAccessible::message(const QString& id) const
 {
     const auto [place, isNew] = m_messages.try_emplace(id);
-    if (isNew)
-        place->second = registered(std::make_unique<MessageAccessible>(*this, id));
+    if (isNew) {
+        // QAccessible owns it until the destructor here has it deleted.
+        place->second = QAccessible::registerAccessibleInterface(
+            new MessageAccessible(*this, id)); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+    }
     return QAccessible::accessibleInterface(place->second);
 }
 
 QAccessibleInterface* TranscriptAccessible::target(TargetRef ref) const
 {
     const auto [place, isNew] = m_targets.try_emplace(ref);
-    if (isNew)
-        place->second = registered(std::make_unique<TargetAccessible>(*this, ref));
+    if (isNew) {
+        // QAccessible owns it until the destructor here has it deleted.
+        place->second = QAccessible::registerAccessibleInterface(
+            new TargetAccessible(*this, ref)); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+    }
     return QAccessible::accessibleInterface(place->second);
 }
 
