@@ -27,6 +27,7 @@ ConversationListModel::ConversationListModel(AppModel& app, const Clock& clock, 
         refresh();
         awaitMidnight();
     });
+    m_selected = app.selection();
     refresh();
     awaitMidnight();
 }
@@ -163,9 +164,31 @@ QDateTime ConversationListModel::now() const
     return QDateTime::fromMSecsSinceEpoch(m_clock.now().time_since_epoch().count());
 }
 
-ConversationRow ConversationListModel::describe(const ChatSession& session, const QDateTime& now) const
+const ConversationRow& ConversationListModel::describedAnew(const ChatSession& session, const QDateTime& now)
 {
-    ConversationRow row = varnel::rowOf(session, now);
+    Described& kept = m_described[session.id];
+    kept = {.updatedAt = session.updatedAt,
+            .title = session.title,
+            .pinned = session.pinned,
+            .messages = session.messages.size(),
+            .row = varnel::rowOf(session, now)};
+    return kept.row;
+}
+
+const ConversationRow& ConversationListModel::described(const ChatSession& session, const QDateTime& now)
+{
+    const auto kept = m_described.find(session.id);
+    if (kept == m_described.end())
+        return describedAnew(session, now);
+    const Described& known = kept->second;
+    const bool isCurrent = known.updatedAt == session.updatedAt && known.pinned == session.pinned &&
+                           known.messages == session.messages.size() && known.title == session.title;
+    return isCurrent ? known.row : describedAnew(session, now);
+}
+
+ConversationRow ConversationListModel::describe(const ChatSession& session, const QDateTime& now)
+{
+    ConversationRow row = described(session, now);
     row.streaming = session.id == m_app.streamingSession();
     row.unseen = m_unseen.contains(session.id);
     row.current = session.id == m_app.selection();
@@ -187,22 +210,61 @@ void ConversationListModel::refresh()
     const QDateTime present = now();
     const int previousCount = count();
     const int previousRow = currentRow();
+    // Rows tell days, and those of conversations that are gone are not kept for ever.
+    if (std::exchange(m_describedDay, present.date()) != present.date() ||
+        m_described.size() > 2 * m_app.sessions().size() + 100)
+        m_described.clear();
     std::vector<ConversationRow> target;
     target.reserve(m_app.sessions().size());
     for (const ChatSession& session : m_app.sessions()) {
         if (isShown(session))
             target.push_back(describe(session, present));
     }
-    reconcile(target);
+    const bool isAnother = isAnotherList(target);
+    if (isAnother) {
+        replaceAll(std::move(target));
+    } else {
+        reconcile(target);
+    }
     if (count() != previousCount)
         Q_EMIT countChanged();
-    if (currentRow() != previousRow)
+    if (isAnother || currentRow() != previousRow)
         Q_EMIT currentRowChanged();
+}
+
+/// Row by row, thousands that come and go would each move all that are below.
+bool ConversationListModel::isAnotherList(const std::vector<ConversationRow>& target) const
+{
+    constexpr qsizetype most = 64;
+    QSet<QUuid> shown;
+    shown.reserve(count());
+    for (const ConversationRow& row : m_rows)
+        shown.insert(row.id);
+    qsizetype arriving = 0;
+    for (const ConversationRow& row : target)
+        arriving += shown.remove(row.id) ? 0 : 1;
+    const qsizetype leaving = shown.size();
+    return arriving + leaving > most;
+}
+
+void ConversationListModel::replaceAll(std::vector<ConversationRow> target)
+{
+    if (!m_rows.empty()) {
+        beginRemoveRows({}, 0, count() - 1);
+        m_rows.clear();
+        endRemoveRows();
+    }
+    if (!target.empty()) {
+        beginInsertRows({}, 0, static_cast<int>(target.size()) - 1);
+        m_rows = std::move(target);
+        endInsertRows();
+    }
 }
 
 void ConversationListModel::reconcile(const std::vector<ConversationRow>& target)
 {
-    std::set<QUuid> wanted;
+    QSet<QUuid> wanted;
+    wanted.reserve(static_cast<qsizetype>(target.size()));
     for (const ConversationRow& row : target)
         wanted.insert(row.id);
     for (int row = count() - 1; row >= 0; --row) {
@@ -256,7 +318,9 @@ void ConversationListModel::refreshRow(const QUuid& id)
     const ChatSession* const session = m_app.session(id);
     if (row < 0 || !session)
         return;
-    ConversationRow wanted = describe(*session, now());
+    const QDateTime present = now();
+    static_cast<void>(describedAnew(*session, present));
+    ConversationRow wanted = describe(*session, present);
     ConversationRow& shown = m_rows[static_cast<std::size_t>(row)];
     if (wanted == shown)
         return;
@@ -316,7 +380,8 @@ void ConversationListModel::noteStreaming()
 void ConversationListModel::noteSelection()
 {
     m_unseen.erase(m_app.selection());
-    refresh();
+    refreshRow(std::exchange(m_selected, m_app.selection()));
+    refreshRow(m_selected);
     Q_EMIT currentRowChanged();
 }
 

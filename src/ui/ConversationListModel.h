@@ -6,6 +6,8 @@
 #include "ui/EngineObjects.h"
 
 #include <QAbstractListModel>
+#include <QDate>
+#include <QSet>
 #include <QTimer>
 #include <QtQml/qqmlregistration.h>
 
@@ -85,13 +87,28 @@ Q_SIGNALS:
     void hitOpened(const QString& message, const QString& text);
 
 private:
-    ConversationRow describe(const ChatSession& session, const QDateTime& now) const;
+    /// What a row was made of, and the row: most conversations are as they were.
+    struct Described
+    {
+        Instant updatedAt;
+        QString title;
+        bool pinned = false;
+        std::size_t messages = 0;
+        ConversationRow row;
+    };
+
+    ConversationRow describe(const ChatSession& session, const QDateTime& now);
+    const ConversationRow& describedAnew(const ChatSession& session, const QDateTime& now);
+    const ConversationRow& described(const ChatSession& session, const QDateTime& now);
     QDateTime now() const;
     /// What the search found in a conversation; null while nothing is, or only its title is known to fit.
     const SessionHit* hitIn(const QUuid& session) const;
     bool isShown(const ChatSession& session) const;
-    /// Makes the rows what they should be, with as few changes as possible.
+    /// Makes the rows what they should be: with as few changes as possible, or, when most of them are others,
+    /// at once.
     void refresh();
+    bool isAnotherList(const std::vector<ConversationRow>& target) const;
+    void replaceAll(std::vector<ConversationRow> target);
     void reconcile(const std::vector<ConversationRow>& target);
     void place(int row, const std::vector<ConversationRow>& target);
     void refreshRow(const QUuid& id);
@@ -106,11 +123,14 @@ private:
     AppModel& m_app;
     const Clock& m_clock;
     std::vector<ConversationRow> m_rows;
+    std::map<QUuid, Described> m_described;
+    QDate m_describedDay;
     std::map<QUuid, SessionHit> m_hits;
     /// What is to be opened at its hit once the search has ended; null for what it finds first.
     std::optional<QUuid> m_awaited;
     std::set<QUuid> m_unseen;
     QUuid m_streaming;
+    QUuid m_selected;
     QTimer m_midnight;
 };
 

@@ -146,6 +146,30 @@ private Q_SLOTS:
         QCOMPARE(list.count(), 2);
     }
 
+    void manyRowsGoAndComeBackAtOnce()
+    {
+        ModelFixture fixture;
+        for (int i = 0; i < 150; ++i) {
+            fixture.app.duplicate(fixture.app.selection());
+            fixture.app.rename(fixture.app.selection(), QStringLiteral("number %1").arg(i));
+        }
+        ConversationListModel list(fixture.app, fixture.clock);
+        const QAbstractItemModelTester tester(&list, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        const QSignalSpy insertions(&list, &QAbstractItemModel::rowsInserted);
+        const QStringList all = column(list, ConversationListModel::TitleRole);
+        const int before = list.currentRow();
+        const QUuid other = fixture.app.sessions()[100].id;
+        fixture.app.setSessionQuery(QStringLiteral("number 149"));
+        QCOMPARE(column(list, ConversationListModel::TitleRole), QStringList{QStringLiteral("number 149")});
+        fixture.app.rename(other, QStringLiteral("renamed meanwhile"));
+        fixture.app.setSessionQuery(QString());
+        QStringList expected = all;
+        expected[100] = QStringLiteral("renamed meanwhile");
+        QCOMPARE(column(list, ConversationListModel::TitleRole), expected);
+        QCOMPARE(list.currentRow(), before);
+        QVERIFY(insertions.count() <= 2);
+    }
+
     void repliesThatNobodySawAreMarked()
     {
         ModelFixture fixture({.piece = 1ms});
