@@ -79,16 +79,21 @@ inline void turnFor(int milliseconds)
     turnUntil([&limit] { return limit.hasExpired(); });
 }
 
+/// Fills a data folder with conversations of about this size together.
+inline void fill(const QString& dataFolder, double mebibytes, int count)
+{
+    QDir().mkpath(dataFolder);
+    SessionStore store(dataFolder);
+    static_cast<void>(store.load());
+    static_cast<void>(store.save(conversations(mebibytes, count)));
+}
+
 /// What a model works with, in a folder that goes with it.
 struct Profile
 {
     Profile(double mebibytes, const std::string& server, int count = 0)
     {
-        const QString data = folder.filePath(QStringLiteral("data"));
-        QDir().mkpath(data);
-        SessionStore store(data);
-        static_cast<void>(store.load());
-        static_cast<void>(store.save(conversations(mebibytes, count > 0 ? count : int(mebibytes * 5))));
+        fill(folder.filePath(QStringLiteral("data")), mebibytes, count > 0 ? count : int(mebibytes * 5));
         ConnectionSettings connection;
         connection.mode = ConnectionMode::Direct;
         connection.directURL = QString::fromStdString(server);
