@@ -13,6 +13,20 @@ constexpr std::size_t partSize = 256 * 1024;
 constexpr std::string_view cutMark = "\n  },\n  {";
 constexpr std::size_t commaInMark = 4;
 
+/// Where the last mark of a text begins that ends behind its first `known` bytes. The braces are looked for,
+/// of which a text has few and which the processor finds many bytes at a time.
+std::size_t lastCut(std::string_view text, std::size_t known)
+{
+    constexpr std::size_t braceInMark = cutMark.size() - 1;
+    std::size_t last = std::string_view::npos;
+    for (std::size_t brace = text.find('{', std::max(known, braceInMark)); brace != std::string_view::npos;
+         brace = text.find('{', brace + 1)) {
+        if (text.substr(brace - braceInMark, cutMark.size()) == cutMark)
+            last = brace - braceInMark;
+    }
+    return last;
+}
+
 } // namespace
 
 ArrayReader::ArrayReader(const QString& file)
@@ -43,8 +57,9 @@ std::optional<std::string_view> ArrayReader::next()
         m_buffer[m_begin] = '[';
     std::size_t cut = std::string_view::npos;
     while (!m_isAtEnd && cut == std::string_view::npos) {
+        const std::size_t known = m_end - m_begin;
         readMore();
-        cut = std::string_view(m_buffer.data(), m_end).rfind(cutMark);
+        cut = lastCut({m_buffer.data(), m_end}, known);
     }
     m_wasCut = cut != std::string_view::npos;
     const std::size_t begin = m_begin;
