@@ -47,6 +47,7 @@ Item {
         visible: !findBar.visible
 
         TitleButton {
+            anchors.left: parent.left
             anchors.verticalCenter: parent.verticalCenter
             title: AppModel.selectedTitle
             visible: !editor.visible

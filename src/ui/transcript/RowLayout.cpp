@@ -3,10 +3,20 @@
 
 #include <QTextCharFormat>
 
+#include <algorithm>
 #include <cmath>
 
 namespace varnel {
 namespace {
+
+/// Arabic and Hebrew know no italics: what a face has for them is often upright letters only, and a fallback
+/// that is to be slanted shows boxes.
+bool hasItalics(QStringView text)
+{
+    return std::none_of(text.begin(), text.end(), [](QChar letter) {
+        return letter.direction() == QChar::DirR || letter.direction() == QChar::DirAL;
+    });
+}
 
 QTextCharFormat formatOf(const MarkdownText& text, const MarkdownRange& range, const QFont& base,
                          const TranscriptStyle& style)
@@ -14,8 +24,12 @@ QTextCharFormat formatOf(const MarkdownText& text, const MarkdownRange& range, c
     QTextCharFormat format;
     if (range.styles & MarkdownStyle::Strong)
         format.setFontWeight(QFont::DemiBold);
-    if (range.styles & MarkdownStyle::Emphasis)
-        format.setFontItalic(true);
+    if (range.styles & MarkdownStyle::Emphasis) {
+        if (hasItalics(QStringView(text.text).mid(range.start, range.length)))
+            format.setFontItalic(true);
+        else if (!(range.styles & MarkdownStyle::Strong))
+            format.setFontWeight(QFont::Medium);
+    }
     if (range.styles & MarkdownStyle::Strikethrough)
         format.setFontStrikeOut(true);
     if (range.styles &

@@ -38,6 +38,16 @@ QFont cellFont(const TranscriptStyle& style, bool header)
     return font;
 }
 
+/// Whether the first words of a table are of a script that runs from right to left.
+bool runsFromTheRight(const MarkdownTable& table)
+{
+    for (const MarkdownText& cell : table.header) {
+        if (!cell.text.isEmpty())
+            return cell.text.isRightToLeft();
+    }
+    return false;
+}
+
 /// How wide each column would like to be.
 QList<qreal> naturalWidths(const MarkdownTable& table, const TranscriptStyle& style)
 {
@@ -92,16 +102,24 @@ public:
         , m_zoom(context.style.zoom)
         , m_spaceAbove(context.style.px(row.spaceAbove))
         , m_ends(row.ends)
+        , m_isMirrored(runsFromTheRight(*row.table))
     {
         const qreal indent = std::min(row.frame.indent * m_zoom, context.column.width / 2);
         m_left = context.column.left + indent;
         const qreal available = std::max(context.column.width, context.column.wide) - indent;
-        if (m_group->widths.size() != row.table->columns.size()) {
+        const bool isNew = m_group->widths.size() != row.table->columns.size();
+        if (isNew) {
             context.group->widths = fittedWidths(naturalWidths(*row.table, context.style), available,
                                                  context.style.px(narrowest));
         }
         m_contentWidth = std::accumulate(m_group->widths.begin(), m_group->widths.end(), 0.0);
         m_width = std::min(m_contentWidth, available);
+        if (m_isMirrored) {
+            // It begins at the right, as its words do.
+            m_left += std::max(0.0, context.column.width - indent - m_width);
+            if (isNew)
+                context.group->scroll = scrollRange();
+        }
         layOutCells(row, context.style);
     }
 
@@ -145,7 +163,8 @@ public:
         const Cell* best = nullptr;
         for (const Cell& cell : m_cells) {
             const QRectF box = boxOf(cell);
-            if (point.y() >= box.top() && point.x() >= box.left())
+            const bool isReached = m_isMirrored ? point.x() < box.right() : point.x() >= box.left();
+            if (point.y() >= box.top() && isReached)
                 best = &cell;
         }
         return best ? best->start + best->text.positionAt(point - originOf(*best)) : 0;
@@ -185,7 +204,7 @@ private:
         for (int number = row.first; number < row.first + row.count; ++number) {
             const QList<MarkdownText>& cells = cellsOf(*m_table, number);
             const std::size_t firstCell = m_cells.size();
-            qreal left = m_left;
+            qreal offset = 0;
             qreal height = 0;
             for (qsizetype column = 0; column < std::min(cells.size(), m_table->columns.size()); ++column) {
                 const qreal width = m_group->widths[column];
@@ -194,10 +213,12 @@ private:
                     {cells[column],
                      StyledText(shownText(cells[column]), formatsOf(cells[column], options.font, style),
                                 options, formulasOf(cells[column], options.font, options.width)),
-                     QRectF(left, top, width, 0), leftPadding(column) * m_zoom, position});
+                     QRectF(m_left + (m_isMirrored ? m_contentWidth - offset - width : offset), top, width,
+                            0),
+                     (m_isMirrored ? cellPaddingX : leftPadding(column)) * m_zoom, position});
                 height = std::max(height, m_cells.back().text.height());
                 position += static_cast<int>(cells[column].text.size()) + 1; // a tab or a line feed follows
-                left += width;
+                offset += width;
             }
             height =
                 std::ceil((std::max(height, 22 * m_zoom) + 2 * cellPaddingY * m_zoom + 1) * m_column.ratio) /
@@ -251,6 +272,7 @@ private:
     qreal m_zoom;
     qreal m_spaceAbove;
     bool m_ends;
+    bool m_isMirrored;
     qreal m_left = 0;
     qreal m_width = 0;
     qreal m_contentWidth = 0;
