@@ -323,8 +323,8 @@ QAccessibleInterface* TranscriptAccessible::message(const QString& id) const
     const auto [place, isNew] = m_messages.try_emplace(id);
     if (isNew) {
         // QAccessible owns it until the destructor here has it deleted.
-        place->second = QAccessible::registerAccessibleInterface(
-            new MessageAccessible(*this, id)); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+        place->second = QAccessible::registerAccessibleInterface(new MessageAccessible(*this, id));
     }
     return QAccessible::accessibleInterface(place->second);
 }
@@ -334,8 +334,8 @@ QAccessibleInterface* TranscriptAccessible::target(TargetRef ref) const
     const auto [place, isNew] = m_targets.try_emplace(ref);
     if (isNew) {
         // QAccessible owns it until the destructor here has it deleted.
-        place->second = QAccessible::registerAccessibleInterface(
-            new TargetAccessible(*this, ref)); // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
+        // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks)
+        place->second = QAccessible::registerAccessibleInterface(new TargetAccessible(*this, ref));
     }
     return QAccessible::accessibleInterface(place->second);
 }
