@@ -95,9 +95,10 @@ private Q_SLOTS:
         QCOMPARE(stage.contents(), QStringList({text("one"), text("first"), text("two"), text("second")}));
         stage.model->setSearch(SearchSource::Brave); // without a key it is refused
         stage.model->editAndResend(messageAt(stage, 0), text("eins"));
+        QCOMPARE(stage.contents().size(), 4); // also while that is looked into
         QVERIFY(stage.waitForEnd());
         QCOMPARE(stage.contents().size(), 4);
-        QCOMPARE(stage.model->draft(), text("eins"));
+        QVERIFY(!stage.model->canUndoEdit());
     }
 
     void aForkGoesOnInAnotherConversation()
