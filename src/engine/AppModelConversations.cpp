@@ -159,8 +159,9 @@ void AppModel::duplicate(const QUuid& id)
     insertAndSelect(std::move(copy));
 }
 
-void AppModel::remove(const QUuid& id)
+void AppModel::remove(const QUuid& removedId)
 {
+    const QUuid id = removedId; // which may be that of the very conversation that goes
     const std::size_t index = m_sessions.indexOf(id);
     if (index == m_sessions.size())
         return;
