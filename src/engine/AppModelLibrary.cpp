@@ -111,8 +111,10 @@ Task<void> AppModel::followImport(std::vector<std::function<LibraryItem()>> make
         } catch (const Error& error) {
             failure = error.message();
         }
-        if (!failure.isEmpty())
+        if (!failure.isEmpty()) {
             setStatusMessage(failure);
+            Q_EMIT importFailed(attachTo);
+        }
     }
     countImports(-1);
 }
@@ -205,7 +207,8 @@ Task<void> AppModel::followRestore(QString name)
             insertNewConversation();
         setFailure(std::nullopt);
         setReplaced(nullptr);
-        setRemoved(nullptr);
+        m_removed.clear();
+        announceRemoved();
         m_selection = m_sessions.front().id;
         Q_EMIT sessionsChanged();
         announceSelection();
