@@ -40,7 +40,7 @@ QByteArray bytesOf(const ChatSession& session, ConversationForm form)
 
 void write(const QString& file, const QByteArray& bytes)
 {
-    ReplacingFile replacing(file);
+    ReplacingFile replacing(file, ReplacingFile::Folder::Users);
     replacing.write({bytes.constData(), static_cast<std::size_t>(bytes.size())});
     replacing.commit();
 }

@@ -56,9 +56,14 @@ private Q_SLOTS:
         const auto path = [&](const char* name) { return stage.profile.folder.filePath(text(name)); };
         talk(stage, "one", "**first**");
         const ChatSession original = stage.session();
+        write(path("reply.md"), "older");
+        write(path("reply.md.saving"), "mine");
+        const auto permissions = QFile::permissions(path("reply.md"));
         model.saveReply(original.messages[1].id, path("reply.md"));
         QVERIFY(waitForStatus(stage, text("Saved ") + path("reply.md")));
         QCOMPARE(contentsOf(path("reply.md")), QByteArray("**first**\n"));
+        QCOMPARE(contentsOf(path("reply.md.saving")), QByteArray("mine"));
+        QCOMPARE(QFile::permissions(path("reply.md")), permissions);
         model.saveTranscript(path("all.md"));
         QVERIFY(waitForStatus(stage, text("Saved ") + path("all.md")));
         QVERIFY(contentsOf(path("all.md")).startsWith("# one\n"));
