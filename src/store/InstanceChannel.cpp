@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 
 namespace varnel {
@@ -94,6 +95,22 @@ bool InstanceChannel::askToRaise(const QString& dataFolder, const QByteArray& to
     return socket.isOpen() &&
            ::sendto(socket.get(), message.constData(), static_cast<std::size_t>(message.size()), 0,
                     reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == message.size();
+}
+
+InstanceStart takeOrRaise(const QString& dataFolder, const QByteArray& token,
+                          std::chrono::milliseconds patience)
+{
+    constexpr std::chrono::milliseconds pause(50);
+    const auto end = std::chrono::steady_clock::now() + patience;
+    for (;;) {
+        if (std::optional<DataFolderLock> lock = DataFolderLock::take(dataFolder))
+            return {.lock = std::move(lock), .other = OtherInstance::None};
+        if (InstanceChannel::askToRaise(dataFolder, token))
+            return {.lock = std::nullopt, .other = OtherInstance::Raised};
+        if (std::chrono::steady_clock::now() >= end)
+            return {.lock = std::nullopt, .other = OtherInstance::Silent};
+        std::this_thread::sleep_for(pause);
+    }
 }
 
 } // namespace varnel

@@ -1,13 +1,16 @@
 #pragma once
 
+#include "store/DataFolderLock.h"
 #include "store/FileAccess.h"
 
 #include <QByteArray>
 #include <QSocketNotifier>
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace varnel {
 
@@ -39,5 +42,25 @@ private:
     FileDescriptor m_socket;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
+
+/// What became of another instance on the same data folder.
+enum class OtherInstance {
+    None,   ///< there is none, or no more: the folder is taken
+    Raised, ///< it was asked to show its window
+    Silent, ///< it holds the folder and listens to nobody
+};
+
+/// How the start of an instance goes on.
+struct InstanceStart
+{
+    std::optional<DataFolderLock> lock;
+    OtherInstance other = OtherInstance::None;
+};
+
+/// Takes the data folder, or asks the instance that holds it to show its window. One that has only just begun
+/// does not listen yet, and one that is ending no longer does: this waits for either, blocking, until
+/// `patience` is over. Throws Error when locks cannot be kept at all.
+InstanceStart takeOrRaise(const QString& dataFolder, const QByteArray& token,
+                          std::chrono::milliseconds patience);
 
 } // namespace varnel

@@ -8,12 +8,14 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <array>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace varnel;
 using namespace varnel::test;
+using namespace std::chrono_literals;
 
 class DataFolderLockTest : public QObject
 {
@@ -85,6 +87,37 @@ private Q_SLOTS:
         QVERIFY(!InstanceChannel::askToRaise(data.path(), {}));
         const InstanceChannel channel(data.path(), [](const QByteArray&) {});
         QVERIFY(InstanceChannel::askToRaise(data.path(), {}));
+    }
+
+    // One that is ending still holds the folder but shows no window any more.
+    void whoComesWhileTheFirstEndsGoesOnInItsPlace()
+    {
+        const QTemporaryDir data;
+        std::array<int, 2> told{};
+        std::array<int, 2> asked{};
+        QVERIFY(::pipe(told.data()) == 0 && ::pipe(asked.data()) == 0);
+        char byte = '1';
+        const pid_t child = ::fork();
+        if (child == 0) {
+            const std::optional<DataFolderLock> lock = DataFolderLock::take(data.path());
+            auto channel = std::make_unique<InstanceChannel>(data.path(), [](const QByteArray&) {});
+            bool isWell = ::write(told[1], &byte, 1) == 1 && ::read(asked[0], &byte, 1) == 1;
+            channel.reset();
+            isWell = isWell && ::write(told[1], &byte, 1) == 1;
+            ::usleep(300'000);
+            ::_exit(isWell ? 0 : 1);
+        }
+        QCOMPARE(::read(told[0], &byte, 1), 1);
+        QCOMPARE(takeOrRaise(data.path(), {}, 0ms).other, OtherInstance::Raised);
+        QCOMPARE(::write(asked[1], &byte, 1), 1);
+        QCOMPARE(::read(told[0], &byte, 1), 1);
+        QCOMPARE(takeOrRaise(data.path(), {}, 0ms).other, OtherInstance::Silent);
+        const InstanceStart start = takeOrRaise(data.path(), {}, 10s);
+        QVERIFY(start.other == OtherInstance::None && start.lock);
+        int status = -1;
+        QVERIFY(::waitpid(child, &status, 0) == child && status == 0);
+        for (const int end : {told[0], told[1], asked[0], asked[1]})
+            ::close(end);
     }
 
     void runtimeFolderIsPrivate()
