@@ -30,9 +30,11 @@ public:
     InstanceChannel& operator=(InstanceChannel&&) = delete;
     ~InstanceChannel();
 
-    /// Asks the process that holds the folder to show its window; never waits. False when nobody listens: one
-    /// that has just taken the lock may do so a moment later.
-    static bool askToRaise(const QString& dataFolder, const QByteArray& token);
+    /// Asks the process that holds the folder to show its window and waits, blocking, until it says that it
+    /// does. False when it says nothing for `patience`, when nobody listens, and when the one who did is gone
+    /// before it looked: one that has just taken the lock may listen a moment later.
+    static bool askToRaise(const QString& dataFolder, const QByteArray& token,
+                           std::chrono::milliseconds patience);
 
 private:
     void receive();
@@ -46,8 +48,8 @@ private:
 /// What became of another instance on the same data folder.
 enum class OtherInstance {
     None,   ///< there is none, or no more: the folder is taken
-    Raised, ///< it was asked to show its window
-    Silent, ///< it holds the folder and listens to nobody
+    Raised, ///< it shows its window
+    Silent, ///< it holds the folder and does not answer
 };
 
 /// How the start of an instance goes on.

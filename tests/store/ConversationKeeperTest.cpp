@@ -217,6 +217,7 @@ private Q_SLOTS:
         QVERIFY(::chmod(qPrintable(folder), 0700) == 0);
         if (conversations == "one")
             QCOMPARE(stored->sessions.front().messages.back().content, QStringLiteral("part"));
+        QVERIFY(!stored->problems.empty());
         QVERIFY2(stored->problems.back().contains(QStringLiteral("recovery.")),
                  qPrintable(stored->problems.back()));
         await(keeping.keeper.flushed());
