@@ -89,13 +89,14 @@ StoredConversations ConversationKeeper::take(Found found, const ChatSession& fre
 
 StoredConversations ConversationKeeper::load(const ChatSession& fresh)
 {
-    m_tidying = removeLeftovers(&m_worker, m_dataFolder);
+    m_tidying = removeLeftovers(&m_worker, &m_clock, m_dataFolder);
     return take(find(*m_stores), fresh);
 }
 
 /// An import that the end of the program interrupted leaves a part of a file that no index knows of.
-Task<void> ConversationKeeper::removeLeftovers(Worker* worker, QString dataFolder)
+Task<void> ConversationKeeper::removeLeftovers(Worker* worker, const Clock* clock, QString dataFolder)
 {
+    co_await clock->sleepFor(tidyingPause, {});
     co_await worker->run([dataFolder](const std::stop_token& stop) {
         removeUnfinishedCopies(dataFolder, stop);
         return true;

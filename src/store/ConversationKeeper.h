@@ -34,6 +34,8 @@ class ConversationKeeper
 public:
     /// How long the text of a running reply may be ahead of what is kept of it.
     static constexpr std::chrono::seconds replyPeriod{5};
+    /// How long after the start leftovers are looked for: the start has other things to do.
+    static constexpr std::chrono::seconds tidyingPause{10};
 
     /// Reads nothing yet. @param clock outlives the keeper. @param report see SaveQueue.
     ConversationKeeper(const QString& dataFolder, const Clock& clock, SaveQueue::Report report);
@@ -47,7 +49,7 @@ public:
     /// Reads the folder, blocking. A reply that an earlier run did not finish is put into its conversation;
     /// when that is not there, what was kept is set aside. Where there are no conversations, or they cannot
     /// be read, `fresh` is the only one. What differs from the file is saved at once. Unfinished copies in
-    /// the library are removed behind.
+    /// the library are removed a little later, on another thread.
     StoredConversations load(const ChatSession& fresh);
 
     /// Takes the conversations as they are now. Returns at once.
@@ -96,7 +98,7 @@ private:
 
     static Found find(Stores& stores);
     static void setHomelessAside(Stores& stores, Found& found);
-    static Task<void> removeLeftovers(Worker* worker, QString dataFolder);
+    static Task<void> removeLeftovers(Worker* worker, const Clock* clock, QString dataFolder);
     StoredConversations take(Found found, const ChatSession& fresh);
     static Task<void> pace(ConversationKeeper* keeper);
     static Task<Backup> makeBackupBehind(ConversationKeeper* keeper, std::vector<LibraryItem> items);

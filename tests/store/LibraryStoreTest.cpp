@@ -1,9 +1,12 @@
 #include "store/LibraryStore.h"
+#include "store/ConversationKeeper.h"
 #include "store/LibraryPath.h"
 #include "store/LibraryTexts.h"
 #include "store/StoredValues.h"
 
 #include "StoreFixtures.h"
+#include "support/Await.h"
+#include "support/ManualClock.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -240,6 +243,21 @@ private Q_SLOTS:
                                      QFileDevice::FileModificationTime));
         removeUnfinishedCopies(root, {});
         QTEST(!file.exists(), "isRemoved");
+    }
+
+    void unfinishedCopiesAreLookedForOnceTheStartIsOver()
+    {
+        const QTemporaryDir scratch;
+        QFile part(
+            scratch.filePath(QStringLiteral("Library/%1.txt.saving").arg(uuidText(QUuid::createUuid()))));
+        writeFile(part.fileName(), "part");
+        QVERIFY(part.open(QIODevice::ReadWrite) &&
+                part.setFileTime(QDateTime::fromSecsSinceEpoch(1), QFileDevice::FileModificationTime));
+        ManualClock clock;
+        ConversationKeeper keeper(scratch.path(), clock, [](const SaveStatus&) {});
+        keeper.load({});
+        clock.advance(ConversationKeeper::tidyingPause);
+        QVERIFY(waitUntil([&] { return !part.exists(); }));
     }
 
     void unreadableIndexIsSetAside()
