@@ -216,9 +216,9 @@ public:
 
     // Files of a project.
 
-    /// What writing the files of a reply would do; empty when it has none or no folder is chosen, and then
-    /// the status says so.
-    std::vector<PlannedProjectFile> planProjectFiles(const QUuid& message);
+    /// What writing the files of a reply would do, read on another thread, after what was asked for before;
+    /// empty when it has none or no folder is chosen, and then the status says so.
+    Task<std::vector<PlannedProjectFile>> planProjectFiles(QUuid message);
     /// Writes the files of a reply on another thread; the status says how it went.
     /// @param paths only these; all of them if it is empty.
     void writeProjectFiles(const QUuid& message, const QStringList& paths = {});

@@ -36,6 +36,33 @@ Task<BackupContents> readBackup(Worker* worker, QString root, QString name)
     });
 }
 
+/// One that were dropped in the middle would end without a word.
+constexpr const char* backupIsUnfinished =
+    QT_TRANSLATE_NOOP("varnel::AppModel", "A backup is still being made or restored.");
+
+bool isUnfinished(const Task<void>& task)
+{
+    return task.isValid() && !task.isFinished();
+}
+
+/// Makes a backup that holds all there is when it is done: it takes its time, and the user may go on
+/// meanwhile. What is given belongs to the model.
+Task<void> backUpAll(ConversationKeeper* keeper, const SessionList* sessions, const LibraryStore* library,
+                     const Clock* clock)
+{
+    SessionList savedSessions;
+    std::vector<LibraryItem> savedItems;
+    do {
+        // A backup is named after its second, which another one may have taken just now.
+        const std::vector<Backup> backups = listBackups(library->root());
+        if (!backups.empty() && backups.front().name == backupName(clock->now()))
+            co_await clock->sleepFor(std::chrono::seconds(1), {});
+        savedSessions = *sessions;
+        savedItems = library->items();
+        co_await keeper->backUp(savedItems);
+    } while (savedSessions != *sessions || savedItems != library->items());
+}
+
 struct WrittenProject
 {
     std::size_t count = 0;
@@ -165,7 +192,10 @@ void AppModel::removeItemForGood(const QUuid& id)
 
 void AppModel::backUp()
 {
-    m_backup = followBackup();
+    if (isUnfinished(m_backup))
+        setStatusMessage(tr(backupIsUnfinished));
+    else
+        m_backup = followBackup();
 }
 
 Task<void> AppModel::followBackup()
@@ -184,7 +214,9 @@ Task<void> AppModel::followBackup()
 
 void AppModel::restoreBackup(const QString& name)
 {
-    if (!refuseWhileStreaming())
+    if (isUnfinished(m_backup))
+        setStatusMessage(tr(backupIsUnfinished));
+    else if (!refuseWhileStreaming())
         m_backup = followRestore(name);
 }
 
@@ -193,11 +225,7 @@ Task<void> AppModel::followRestore(QString name)
     QString status;
     try {
         BackupContents contents = co_await readBackup(&m_worker, m_location.folder(), name);
-        // A backup is named after its second, which another one may have taken just now.
-        const std::vector<Backup> backups = listBackups(m_location.folder());
-        if (!backups.empty() && backups.front().name == backupName(m_services.clock.now()))
-            co_await m_services.clock.sleepFor(std::chrono::seconds(1), {});
-        co_await m_keeper.backUp(m_library.items());
+        co_await backUpAll(&m_keeper, &m_sessions, &m_library, &m_services.clock);
         if (refuseWhileStreaming())
             co_return; // begun while the backup was read
         m_library.replaceItems(std::move(contents.items));
@@ -214,7 +242,7 @@ Task<void> AppModel::followRestore(QString name)
         announceSelection();
         saveSessions();
         showLibrary();
-        status = tr("Restored backup %1").arg(name);
+        status = (QStringList(tr("Restored backup %1").arg(name)) + contents.leftOut).join(QLatin1Char(' '));
     } catch (const Cancelled&) {
         co_return;
     } catch (const Error& error) {
@@ -223,17 +251,28 @@ Task<void> AppModel::followRestore(QString name)
     setStatusMessage(status);
 }
 
-std::vector<PlannedProjectFile> AppModel::planProjectFiles(const QUuid& message)
+Task<std::vector<PlannedProjectFile>> AppModel::planProjectFiles(QUuid message)
 {
     const ChatSession* const selected = selectedSession();
     const ChatMessage* const reply = messageOf(selected, message);
-    const std::vector<ProjectFile> files = reply ? projectFiles(reply->content) : std::vector<ProjectFile>();
+    ChatSession session;
+    session.projectPath = selected ? selected->projectPath : QString();
     std::vector<PlannedProjectFile> planned;
-    if (files.empty())
-        setStatusMessage(noProjectFilesStatus());
-    else
-        attempt([&] { planned = varnel::planProjectFiles(*selected, files); });
-    return planned;
+    QString problem;
+    try {
+        planned = co_await m_projectWorker.run(
+            [session, text = reply ? reply->content : QString()](const std::stop_token&) {
+                const std::vector<ProjectFile> files = projectFiles(text);
+                if (files.empty())
+                    throw Error(noProjectFilesStatus());
+                return varnel::planProjectFiles(session, files);
+            });
+    } catch (const Error& error) {
+        problem = error.message();
+    }
+    if (!problem.isEmpty())
+        setStatusMessage(problem);
+    co_return planned;
 }
 
 void AppModel::writeProjectFiles(const QUuid& message, const QStringList& paths)
@@ -262,7 +301,8 @@ Task<void> AppModel::followProjectWrite(ChatSession session, std::vector<Project
     if (written.failure) {
         setStatusMessage(*written.failure);
     } else {
-        setStatusMessage(projectWriteStatus(written.count, folder));
+        const QStringList status(projectWriteStatus(written.count, folder));
+        setStatusMessage((status + written.backup.lost()).join(QLatin1Char(' ')));
         m_services.log.log(projectWriteLogLine(folder));
     }
     if (!written.failure || !written.backup.files.empty())
@@ -279,10 +319,13 @@ void AppModel::restoreProjectFiles()
 
 Task<void> AppModel::followProjectRestore(ProjectBackup backup)
 {
-    const QStringList problems = co_await m_projectWorker.run(
+    ProjectRestore restored = co_await m_projectWorker.run(
         [backup = std::move(backup)](const std::stop_token&) { return varnel::restoreProjectFiles(backup); });
-    setStatusMessage(problems.isEmpty() ? tr("The overwritten files are back as they were.")
-                                        : problems.join(QLatin1Char(' ')));
+    // What a writing since then overwrote is the last that can be put back.
+    if (!m_projectBackup && !restored.remaining.files.empty())
+        m_projectBackup = std::move(restored.remaining);
+    setStatusMessage(restored.problems.isEmpty() ? tr("The overwritten files are back as they were.")
+                                                 : restored.problems.join(QLatin1Char(' ')));
     Q_EMIT projectFilesChanged();
 }
 

@@ -52,7 +52,7 @@ void markImported(ChatSession& session)
 
 void write(const QString& file, const QByteArray& bytes)
 {
-    ReplacingFile replacing(file);
+    ReplacingFile replacing(file, ReplacingFile::Folder::Users);
     replacing.write({bytes.constData(), static_cast<std::size_t>(bytes.size())});
     replacing.commit();
 }

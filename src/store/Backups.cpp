@@ -24,12 +24,20 @@ void copyIfThere(const QString& source, const QString& target)
         copyFile(source, target);
 }
 
-/// Copies the stored files of the items that one folder has and the other has not.
-void copyStoredFiles(const std::vector<LibraryItem>& items, const QString& from, const QString& to)
+/// Copies the stored files of the items that one folder has and the other has not. Yields a sentence for each
+/// that a link keeps out of reach: one such item is no reason to go without a backup of all the others.
+QStringList copyStoredFiles(const std::vector<LibraryItem>& items, const QString& from, const QString& to)
 {
+    QStringList leftOut;
     for (const LibraryItem& item : items) {
         if (!item.relativePath || !whyNotLibraryPath(*item.relativePath).isEmpty())
             continue;
+        if (!whyNotStored(from, *item.relativePath).isEmpty() ||
+            !whyNotStored(to, *item.relativePath).isEmpty()) {
+            leftOut.append(
+                QStringLiteral("The file of \"%1\" was left out: a link stands in its way.").arg(item.title));
+            continue;
+        }
         const QString source = libraryFile(from, *item.relativePath);
         const QString target = libraryFile(to, *item.relativePath);
         if (!QFileInfo(source).isFile() || QFileInfo::exists(target))
@@ -37,6 +45,7 @@ void copyStoredFiles(const std::vector<LibraryItem>& items, const QString& from,
         makeFolder(QFileInfo(target).path());
         copyFile(source, target);
     }
+    return leftOut;
 }
 
 } // namespace
@@ -63,7 +72,7 @@ static void removeUnfinished(const QString& backups)
 Backup makeBackup(const QString& root, const std::vector<LibraryItem>& items, Instant now)
 {
     const QString name = backupName(now);
-    Backup backup{.name = name, .folder = backupsFolder(root) + QLatin1Char('/') + name};
+    Backup backup{.name = name, .folder = backupsFolder(root) + QLatin1Char('/') + name, .leftOut = {}};
     if (QFileInfo::exists(backup.folder))
         throw fileError(backup.folder, QStringLiteral("could not be made"), EEXIST);
     removeUnfinished(backupsFolder(root));
@@ -73,7 +82,7 @@ Backup makeBackup(const QString& root, const std::vector<LibraryItem>& items, In
         makeFolder(unfinished);
         copyIfThere(SessionStore::fileIn(root), SessionStore::fileIn(unfinished));
         copyIfThere(LibraryStore::indexIn(root), LibraryStore::indexIn(unfinished));
-        copyStoredFiles(items, root, unfinished);
+        backup.leftOut = copyStoredFiles(items, root, unfinished);
         if (::rename(QFile::encodeName(unfinished).constData(),
                      QFile::encodeName(backup.folder).constData()) != 0)
             throw fileError(backup.folder, QStringLiteral("could not be made"), errno);
@@ -93,7 +102,7 @@ std::vector<Backup> listBackups(const QString& root)
     std::vector<Backup> backups;
     for (const QString& name : names) {
         if (!name.endsWith(ReplacingFile::temporarySuffix()))
-            backups.push_back({.name = name, .folder = folder.filePath(name)});
+            backups.push_back({.name = name, .folder = folder.filePath(name), .leftOut = {}});
     }
     return backups;
 }
@@ -107,7 +116,7 @@ BackupContents restoreBackup(const QString& root, const Backup& backup)
     contents.items = DataFile(LibraryStore::indexIn(backup.folder))
                          .load(decodeLibraryItems)
                          .value_or(std::vector<LibraryItem>());
-    copyStoredFiles(contents.items, backup.folder, root);
+    contents.leftOut = copyStoredFiles(contents.items, backup.folder, root);
     return contents;
 }
 

@@ -5,6 +5,7 @@
 #include "store/SessionList.h"
 
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
@@ -16,11 +17,16 @@ struct Backup
     /// The name of its folder, which is the time it was made.
     QString name;
     QString folder;
+    /// Where it was just made: a sentence for each stored file that is not in it.
+    QStringList leftOut;
 
     bool operator==(const Backup&) const = default;
 
     /// What the status says once it was made.
-    QString statusText() const { return QStringLiteral("Backup ") + name; }
+    QString statusText() const
+    {
+        return (QStringList(QStringLiteral("Backup ") + name) + leftOut).join(QLatin1Char(' '));
+    }
 };
 
 /// What a backup holds.
@@ -28,6 +34,8 @@ struct BackupContents
 {
     SessionList sessions;
     std::vector<LibraryItem> items;
+    /// A sentence for each stored file that could not be copied back.
+    QStringList leftOut;
 };
 
 /// The folder that holds the backups of a data folder.

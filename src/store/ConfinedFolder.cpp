@@ -72,6 +72,13 @@ FileDescriptor openFolder(const FileDescriptor& parent, const QByteArray& name)
     return folder;
 }
 
+ConfinedFolderError unreadable(const QByteArray& path, int code)
+{
+    return {ConfinedFolderError::Kind::Unreadable, failure("read", path, code).message()};
+}
+
+/// All of an open file. Throws when there is more than `limit`, which is told before any of it is read if it
+/// can be.
 QByteArray readUpTo(const FileDescriptor& file, const QByteArray& path, qint64 limit)
 {
     constexpr qint64 pieceSize = qint64(64) * 1024;
@@ -83,15 +90,17 @@ QByteArray readUpTo(const FileDescriptor& file, const QByteArray& path, qint64 l
     QByteArray bytes;
     bytes.reserve(std::min<qint64>(status.st_size, limit));
     std::array<char, pieceSize> piece{};
-    while (bytes.size() < limit) {
-        const qint64 wanted = std::min(pieceSize, limit - bytes.size());
-        const ssize_t count = ::read(file.get(), piece.data(), static_cast<std::size_t>(wanted));
-        if (count == 0)
-            break;
+    for (bool isMore = status.st_size <= limit; isMore && bytes.size() <= limit;) {
+        const ssize_t count = ::read(file.get(), piece.data(), piece.size());
         if (count < 0 && errno != EINTR)
-            throw failure("read", path, errno);
+            throw unreadable(path, errno);
+        isMore = count != 0;
         bytes.append(piece.data(), std::max<ssize_t>(count, 0));
     }
+    if (std::max<qint64>(status.st_size, bytes.size()) > limit)
+        throw ConfinedFolderError(ConfinedFolderError::Kind::TooLong,
+                                  QStringLiteral("%1 is larger than %2 MiB.")
+                                      .arg(QFile::decodeName(path), QString::number(limit >> 20)));
     return bytes;
 }
 
@@ -207,14 +216,11 @@ std::optional<QByteArray> ConfinedFolder::read(const QString& relativePath, qint
     // Should it have become a pipe by now, opening must not wait for a writer.
     const FileDescriptor descriptor(::openat(parent.get(), lastName(path).constData(),
                                              O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    if (!descriptor.isOpen())
+    if (!descriptor.isOpen() && errno == ELOOP)
         throw failure("read", path, errno);
-    QByteArray bytes = readUpTo(descriptor, path, limit + 1);
-    if (bytes.size() > limit)
-        throw ConfinedFolderError(
-            ConfinedFolderError::Kind::TooLong,
-            QStringLiteral("%1 is larger than %2 MiB.").arg(relativePath, QString::number(limit >> 20)));
-    return bytes;
+    if (!descriptor.isOpen())
+        throw unreadable(path, errno);
+    return readUpTo(descriptor, path, limit);
 }
 
 void ConfinedFolder::replace(const QString& relativePath, const QByteArray& bytes) const

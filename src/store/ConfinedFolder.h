@@ -15,9 +15,10 @@ class ConfinedFolderError : public Error
 {
 public:
     enum class Kind {
-        Link,    ///< a symbolic link stands in the way, which is never followed
-        TooLong, ///< the file is larger than asked for
-        System,  ///< what the system said, or no regular file stands there
+        Link,       ///< a symbolic link stands in the way, which is never followed
+        TooLong,    ///< the file is larger than asked for
+        Unreadable, ///< a regular file that cannot be read
+        System,     ///< what the system said, or no regular file stands there
     };
 
     ConfinedFolderError(Kind kind, QString message)

@@ -1,5 +1,9 @@
 #include "store/ConversationKeeper.h"
 
+#include "store/LibraryPath.h"
+
+#include <algorithm>
+
 namespace varnel {
 
 namespace {
@@ -36,15 +40,34 @@ ConversationKeeper::Found ConversationKeeper::find(Stores& stores)
     Found found;
     std::vector<QString>& problems = found.stored.problems;
     found.stored.sessions = loadOrReport(problems, [&stores] { return stores.sessions.load(); });
-    const bool isReadable = problems.empty();
     found.stored.drafts = loadOrReport(problems, [&stores] { return stores.drafts.load(); });
     found.replies = loadOrReport(problems, [&stores] { return stores.recovery.load(); });
-    if (!isReadable && !found.replies.empty()) {
-        // They belong to conversations that cannot be read, and go the same way.
-        loadOrReport(problems, [&stores] { return stores.recovery.setAside(); });
-        found.replies.clear();
-    }
+    setHomelessAside(stores, found);
     return found;
+}
+
+/// Replies that belong to conversations which are not there, or cannot be read, stay in the file; it gets
+/// another name and what has a place is kept anew.
+void ConversationKeeper::setHomelessAside(Stores& stores, Found& found)
+{
+    const SessionList& sessions = found.stored.sessions;
+    const auto isHomeless = [&sessions](const KeptReply& reply) { return hasNoPlace(sessions, reply); };
+    if (std::ranges::none_of(found.replies, isHomeless))
+        return;
+    try {
+        const QString path = stores.recovery.setAside();
+        found.stored.problems.push_back(
+            QStringLiteral("Text that was kept belongs to a conversation that is not there. It is in %1.")
+                .arg(path));
+    } catch (const Error& error) {
+        // It is still where it was, and the next start tries again.
+        found.stored.problems.push_back(error.message());
+        std::erase_if(found.replies, isHomeless);
+        return;
+    }
+    std::erase_if(found.replies, isHomeless);
+    for (const KeptReply& reply : found.replies)
+        loadOrReport(found.stored.problems, [&stores, &reply] { return stores.recovery.keep(reply); });
 }
 
 StoredConversations ConversationKeeper::take(Found found, const ChatSession& fresh)
@@ -66,7 +89,18 @@ StoredConversations ConversationKeeper::take(Found found, const ChatSession& fre
 
 StoredConversations ConversationKeeper::load(const ChatSession& fresh)
 {
+    m_tidying = removeLeftovers(&m_worker, &m_clock, m_dataFolder);
     return take(find(*m_stores), fresh);
+}
+
+/// An import that the end of the program interrupted leaves a part of a file that no index knows of.
+Task<void> ConversationKeeper::removeLeftovers(Worker* worker, const Clock* clock, QString dataFolder)
+{
+    co_await clock->sleepFor(tidyingPause, {});
+    co_await worker->run([dataFolder](const std::stop_token& stop) {
+        removeUnfinishedCopies(dataFolder, stop);
+        return true;
+    });
 }
 
 void ConversationKeeper::saveSessions(SessionList sessions)
@@ -75,7 +109,9 @@ void ConversationKeeper::saveSessions(SessionList sessions)
                                            ended = m_ended](const std::stop_token& stop) {
         std::optional<SetAside> kept = stores->sessions.save(sessions, stop);
         try {
-            stores->recovery.forget(ended);
+            std::optional<SetAside> beside = stores->recovery.forget(ended);
+            if (!kept)
+                kept = std::move(beside);
         } catch (const Error&) {
             // It does no harm that it is still there, and the next save tries again.
         }
@@ -154,7 +190,7 @@ Task<Backup> ConversationKeeper::makeBackupBehind(ConversationKeeper* keeper, st
                     *failure);
     // A large library takes its time, which the saves and whoever waits for them must not. Files are replaced
     // as a whole, so what is copied is one state of each.
-    co_return co_await keeper->m_backups.run(
+    co_return co_await keeper->m_worker.run(
         [root = keeper->m_dataFolder, items = std::move(items),
          now = keeper->m_clock.now()](const std::stop_token&) { return makeBackup(root, items, now); });
 }

@@ -22,8 +22,8 @@ struct StoredConversations
     /// Sorted; never empty.
     SessionList sessions;
     Drafts drafts;
-    /// One line for the user for each file that could not be read. It is renamed, not overwritten, by the
-    /// first save.
+    /// One line for the user for each file that could not be read, which is renamed, not overwritten, by the
+    /// first save; and for what was set aside already.
     std::vector<QString> problems;
 };
 
@@ -34,6 +34,8 @@ class ConversationKeeper
 public:
     /// How long the text of a running reply may be ahead of what is kept of it.
     static constexpr std::chrono::seconds replyPeriod{5};
+    /// How long after the start leftovers are looked for: the start has other things to do.
+    static constexpr std::chrono::seconds tidyingPause{10};
 
     /// Reads nothing yet. @param clock outlives the keeper. @param report see SaveQueue.
     ConversationKeeper(const QString& dataFolder, const Clock& clock, SaveQueue::Report report);
@@ -44,9 +46,10 @@ public:
     /// Saves what is not saved yet, blocking.
     ~ConversationKeeper();
 
-    /// Reads the folder, blocking. A reply that an earlier run did not finish is put into its conversation.
-    /// Where there are no conversations, or they cannot be read, `fresh` is the only one. What differs from
-    /// the file is saved at once.
+    /// Reads the folder, blocking. A reply that an earlier run did not finish is put into its conversation;
+    /// when that is not there, what was kept is set aside. Where there are no conversations, or they cannot
+    /// be read, `fresh` is the only one. What differs from the file is saved at once. Unfinished copies in
+    /// the library are removed a little later, on another thread.
     StoredConversations load(const ChatSession& fresh);
 
     /// Takes the conversations as they are now. Returns at once.
@@ -95,6 +98,8 @@ private:
     };
 
     static Found find(Stores& stores);
+    static void setHomelessAside(Stores& stores, Found& found);
+    static Task<void> removeLeftovers(Worker* worker, const Clock* clock, QString dataFolder);
     StoredConversations take(Found found, const ChatSession& fresh);
     static Task<void> pace(ConversationKeeper* keeper);
     static Task<Backup> makeBackupBehind(ConversationKeeper* keeper, std::vector<LibraryItem> items);
@@ -104,12 +109,14 @@ private:
     const Clock& m_clock;
     std::shared_ptr<Stores> m_stores;
     SaveQueue m_queue;
-    Worker m_backups;
+    /// For what takes its time and waits for no save: backups, and tidying up at the start.
+    Worker m_worker;
     /// The running reply, when it was not handed to the queue yet.
     std::optional<KeptReply> m_reply;
     /// Messages that are in the conversations and need not be kept apart.
     std::vector<QUuid> m_ended;
     Task<void> m_pacing;
+    Task<void> m_tidying;
 };
 
 } // namespace varnel

@@ -48,8 +48,12 @@ std::optional<FileContents> DataFile::read()
 std::optional<SetAside> DataFile::keepOldContents()
 {
     const QFileInfo info(m_path);
-    if (!info.exists() && !info.isSymLink())
+    if (!info.exists() && !info.isSymLink()) {
+        // What could not be read is gone; whatever comes to stand there from now on is something else.
+        m_isReadable = true;
+        m_known.reset();
         return std::nullopt;
+    }
     if (m_wasRead && !m_isReadable) {
         const QString path = setAsideUnreadable(withoutLink(m_path));
         m_isReadable = true;
@@ -84,9 +88,14 @@ std::optional<SetAside> DataFile::save(const std::function<void(JsonWriter&)>& w
     write(writer);
     writer.finish();
     file.sync();
-    std::optional<SetAside> kept = keepOldContents();
-    m_known = file.commit();
-    return kept;
+    if (std::optional<SetAside> kept = keepOldContents())
+        m_unreported.push_back(*std::move(kept));
+    file.commit(m_known);
+    if (m_unreported.empty())
+        return std::nullopt;
+    SetAside first = std::move(m_unreported.front());
+    m_unreported.erase(m_unreported.begin());
+    return first;
 }
 
 void DataFile::remove()

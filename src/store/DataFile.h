@@ -81,8 +81,9 @@ public:
     /// it returns, the new contents are on the disk. Throws Error; the old contents are then in place.
     ///
     /// Old contents that could not be read, or that somebody else wrote, are kept beside the file; if that
-    /// fails, nothing is saved. Yields what was kept. A stop that comes before the new contents are complete
-    /// ends it with Cancelled.
+    /// fails, nothing is saved. Yields what was kept; what a save that then failed had kept, the next one
+    /// that does not fail yields. A stop that comes before the new contents are complete ends it with
+    /// Cancelled.
     std::optional<SetAside> save(const std::function<void(JsonWriter&)>& write,
                                  const std::stop_token& stop = {});
 
@@ -121,6 +122,8 @@ private:
     QString m_path;
     /// The state that was last read or written here; nothing if there was no file.
     std::optional<FileStamp> m_known;
+    /// What was kept and nobody was told of yet.
+    std::vector<SetAside> m_unreported;
     bool m_isReadable = true;
     bool m_wasRead = false;
 };

@@ -1,13 +1,20 @@
 #include "store/LibraryPath.h"
 
 #include "base/Error.h"
+#include "store/ReplacingFile.h"
 #include "store/SelfRunningFile.h"
 
+#include <QDateTime>
+#include <QDir>
+#include <QDirIterator>
+#include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QStringList>
 
 #include <algorithm>
 #include <array>
+#include <unistd.h>
 
 namespace varnel {
 
@@ -49,22 +56,45 @@ QString whyNotLibraryPath(const QString& relativePath)
     return {};
 }
 
-QString libraryFile(const QString& root, const QString& relativePath)
+QString whyNotStored(const QString& root, const QString& relativePath)
 {
     QString problem = whyNotLibraryPath(relativePath);
+    if (!problem.isEmpty())
+        return problem;
+    // A link is followed by whoever opens the file. Every name on the way is looked at.
     const QString file = root + QLatin1Char('/') + relativePath;
-    if (problem.isEmpty()) {
-        // A link is followed by whoever opens the file. Every name on the way is looked at.
-        for (qsizetype end = root.size(); end >= 0; end = file.indexOf(QLatin1Char('/'), end + 1)) {
-            if (end > root.size() && QFileInfo(file.left(end)).isSymLink())
-                problem = QStringLiteral("a link stands in its way");
-        }
-        if (QFileInfo(file).isSymLink())
-            problem = QStringLiteral("a link stands in its way");
-    }
+    bool isLink = QFileInfo(file).isSymLink();
+    for (qsizetype end = root.size(); end >= 0; end = file.indexOf(QLatin1Char('/'), end + 1))
+        isLink = isLink || (end > root.size() && QFileInfo(file.left(end)).isSymLink());
+    return isLink ? QStringLiteral("a link stands in its way") : QString();
+}
+
+QString libraryFile(const QString& root, const QString& relativePath)
+{
+    const QString problem = whyNotStored(root, relativePath);
     if (!problem.isEmpty())
         throw Error(QStringLiteral("The library path \"%1\" cannot be used: %2.").arg(relativePath, problem));
-    return file;
+    return root + QLatin1Char('/') + relativePath;
+}
+
+void removeUnfinishedCopies(const QString& root, const std::stop_token& stop)
+{
+    constexpr qint64 quietSeconds = 60;
+    // A finished copy has one dot in its name, so none is called like this.
+    static const QRegularExpression unfinished(
+        QStringLiteral(R"(^[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}\.[^.]+%1$)")
+            .arg(QRegularExpression::escape(ReplacingFile::temporarySuffix())));
+    const QDateTime quietSince = QDateTime::currentDateTimeUtc().addSecs(-quietSeconds);
+    // Links are not followed.
+    QDirIterator files(root, {QLatin1Char('*') + ReplacingFile::temporarySuffix()},
+                       QDir::Files | QDir::Hidden | QDir::NoSymLinks, QDirIterator::Subdirectories);
+    while (files.hasNext() && !stop.stop_requested()) {
+        const QString file = files.next();
+        const QString relative = QDir(root).relativeFilePath(file);
+        if (unfinished.match(files.fileName()).hasMatch() && whyNotStored(root, relative).isEmpty() &&
+            files.fileInfo().lastModified() < quietSince)
+            ::unlink(QFile::encodeName(file).constData());
+    }
 }
 
 } // namespace varnel

@@ -249,8 +249,8 @@ void LibraryStore::removeForGood(const QUuid& id)
     const auto item = itemOf(items, id);
     if (item == items.end())
         return;
-    // A path that leads elsewhere was never a stored copy.
-    if (item->relativePath && whyNotLibraryPath(*item->relativePath).isEmpty())
+    // A path that leads elsewhere, by itself or by a link, was never a stored copy.
+    if (item->relativePath && whyNotStored(m_root, *item->relativePath).isEmpty())
         removeStored(libraryFile(m_root, *item->relativePath));
     items.erase(item);
     change(std::move(items));

@@ -86,7 +86,11 @@ void plan(PlannedProjectFile& planned, const ConfinedPath& place, ConfinedFolder
 {
     std::optional<QByteArray> earlier;
     if (QFileInfo::exists(place.folder))
-        earlier = ConfinedFolder(place.folder, lookup).read(place.relative, ProjectBackup::largestFile);
+        planned.notKept = whyNotKept(ConfinedFolder(place.folder, lookup), place.relative, earlier);
+    if (!planned.notKept.isEmpty()) {
+        planned.change = ProjectFileChange::Changed;
+        return;
+    }
     if (!earlier) {
         planned.change = ProjectFileChange::New;
         return;

@@ -14,7 +14,7 @@ enum class ProjectFileChange {
     New,
     Changed,
     Unchanged,
-    Refused, ///< it cannot be written, or not with a backup
+    Refused, ///< it cannot be written
 };
 
 /// One file of a reply, as it is shown before anything is written.
@@ -22,8 +22,10 @@ struct PlannedProjectFile
 {
     ProjectFile file;
     ProjectFileChange change = ProjectFileChange::New;
-    /// What the file holds now; empty when it is new or refused.
+    /// What the file holds now; empty when it is new or refused, or cannot be kept.
     QByteArray earlier;
+    /// Why what it holds could not be put back after it was written, as it is shown; else empty.
+    QString notKept;
     /// Something runs it without being asked, so it is better not written unseen.
     bool runsByItself = false;
     /// A path in the reply or in the folder that is another one here but the same on file systems that do

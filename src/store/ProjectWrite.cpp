@@ -58,10 +58,13 @@ void writeOne(ProjectFolder& project, const ConfinedPath& place, const QByteArra
         again->written = contents;
         return;
     }
-    std::optional<QByteArray> earlier = folder.read(place.relative, ProjectBackup::largestFile);
+    WrittenProjectFile written{
+        .relativePath = place.relative, .written = contents, .earlier = std::nullopt, .lost = {}};
+    const QString problem = whyNotKept(folder, place.relative, written.earlier);
     folder.replace(place.relative, contents);
-    backup->files.push_back(
-        {.relativePath = place.relative, .written = contents, .earlier = std::move(earlier)});
+    if (!problem.isEmpty())
+        written.lost = QStringLiteral("What %1 held cannot be put back: %2").arg(place.relative, problem);
+    backup->files.push_back(std::move(written));
 }
 
 std::vector<QUrl> writeAll(const ChatSession& session, const std::vector<ProjectFile>& files,
@@ -109,29 +112,54 @@ std::vector<QUrl> writeProjectFiles(const ChatSession& session, const std::vecto
     return writeAll(session, files, &backup, lookup);
 }
 
-QStringList restoreProjectFiles(const ProjectBackup& backup, ConfinedFolder::Lookup lookup)
+QString whyNotKept(const ConfinedFolder& folder, const QString& relativePath,
+                   std::optional<QByteArray>& earlier)
 {
-    const auto isOverwritten = [](const WrittenProjectFile& file) {
-        return file.earlier && *file.earlier != file.written;
-    };
-    if (std::ranges::none_of(backup.files, isOverwritten))
+    try {
+        earlier = folder.read(relativePath, ProjectBackup::largestFile);
         return {};
-    QStringList problems;
+    } catch (const ConfinedFolderError& error) {
+        using Kind = ConfinedFolderError::Kind;
+        if (error.kind() != Kind::TooLong && error.kind() != Kind::Unreadable)
+            throw;
+        return error.message();
+    }
+}
+
+QStringList ProjectBackup::lost() const
+{
+    QStringList lost;
+    for (const WrittenProjectFile& file : files) {
+        if (!file.lost.isEmpty())
+            lost.append(file.lost);
+    }
+    return lost;
+}
+
+ProjectRestore restoreProjectFiles(const ProjectBackup& backup, ConfinedFolder::Lookup lookup)
+{
+    ProjectRestore result{.problems = backup.lost(), .remaining = {.folder = backup.folder, .files = {}}};
+    std::vector<WrittenProjectFile>& remaining = result.remaining.files;
+    std::ranges::copy_if(backup.files, std::back_inserter(remaining), [](const WrittenProjectFile& file) {
+        return file.earlier && *file.earlier != file.written;
+    });
+    if (remaining.empty())
+        return result;
     try {
         const ConfinedFolder folder(backup.folder, lookup);
-        for (const WrittenProjectFile& file : backup.files) {
-            if (!isOverwritten(file))
-                continue;
+        std::erase_if(remaining, [&](const WrittenProjectFile& file) {
             try {
                 restore(folder, file);
+                return true;
             } catch (const Error& error) {
-                problems.append(error.message());
+                result.problems.append(error.message());
+                return false;
             }
-        }
+        });
     } catch (const Error& error) {
-        problems.append(error.message());
+        result.problems.append(error.message());
     }
-    return problems;
+    return result;
 }
 
 } // namespace varnel

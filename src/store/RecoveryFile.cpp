@@ -61,6 +61,11 @@ void writeKeptReply(JsonWriter& writer, const KeptReply& reply)
     writer.endObject();
 }
 
+bool hasNoPlace(const SessionList& sessions, const KeptReply& reply)
+{
+    return lengthOf(reply.message) > 0 && sessions.indexOf(reply.session) == sessions.size();
+}
+
 SessionList withKeptReplies(SessionList sessions, const std::vector<KeptReply>& replies)
 {
     for (const KeptReply& reply : replies) {
@@ -96,13 +101,14 @@ QString RecoveryFile::setAside()
     return path;
 }
 
-void RecoveryFile::forget(const std::vector<QUuid>& messages)
+std::optional<SetAside> RecoveryFile::forget(const std::vector<QUuid>& messages)
 {
     std::vector<KeptReply> remaining = m_replies;
     for (const QUuid& message : messages)
         remaining.erase(std::remove_if(remaining.begin(), remaining.end(), isOf(message)), remaining.end());
-    if (remaining.size() != m_replies.size())
-        write(std::move(remaining));
+    if (remaining.size() == m_replies.size())
+        return std::nullopt;
+    return write(std::move(remaining));
 }
 
 std::optional<SetAside> RecoveryFile::write(std::vector<KeptReply> replies)

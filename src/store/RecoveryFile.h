@@ -27,9 +27,12 @@ struct KeptReply
 KeptReply decodeKeptReply(JsonValue value);
 void writeKeptReply(JsonWriter& writer, const KeptReply& reply);
 
+/// Whether there is anything of the reply, and its conversation is none of these.
+bool hasNoPlace(const SessionList& sessions, const KeptReply& reply);
+
 /// The conversations with each reply as far as it is known: what was kept takes the place of a stored message
 /// that holds less, and a message that is missing is put behind its prompt. A stored reply that was complete
-/// stays, and what belongs to a conversation that is gone is dropped. The order of the list stays.
+/// stays, and what has no place is passed over. The order of the list stays.
 SessionList withKeptReplies(SessionList sessions, const std::vector<KeptReply>& replies);
 
 /// A small file beside the conversations that holds replies whose conversations are not saved yet. It belongs
@@ -51,8 +54,9 @@ public:
     /// Renames the file, so that what it holds stays when it cannot be put into its conversations; yields the
     /// new path. Throws Error.
     QString setAside();
-    /// Takes messages out, because the conversations that hold them are saved. Throws Error.
-    void forget(const std::vector<QUuid>& messages);
+    /// Takes messages out, because the conversations that hold them are saved. Throws Error. Yields what had
+    /// to be kept beside the file.
+    std::optional<SetAside> forget(const std::vector<QUuid>& messages);
 
 private:
     std::optional<SetAside> write(std::vector<KeptReply> replies);

@@ -3,7 +3,9 @@
 #include "store/CloudContainer.h"
 #include "store/FileAccess.h"
 #include "store/FileCopy.h"
+#include "store/RecoveryFile.h"
 #include "store/ReplacingFile.h"
+#include "store/SessionStore.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -36,13 +38,16 @@ void copyMissingFiles(const QString& source, const QString& destination)
 {
     const QDir from(QDir::cleanPath(source));
     const QString to = QDir::cleanPath(destination);
+    // What was kept of a reply belongs to the conversations beside it, which the other folder has its own of.
+    const bool hasConversations = QFileInfo::exists(SessionStore::fileIn(to));
     QDirIterator files(from.path(), QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot,
                        QDirIterator::Subdirectories);
     while (files.hasNext()) {
         const QString relative = from.relativeFilePath(files.next());
         // A file that is still being written has a name of its own.
         if (relative.startsWith(QLatin1String("Backups/")) ||
-            relative.endsWith(ReplacingFile::temporarySuffix()))
+            relative.endsWith(ReplacingFile::temporarySuffix()) ||
+            (hasConversations && from.filePath(relative) == RecoveryFile::fileIn(from.path())))
             continue;
         const QString target = to + QLatin1Char('/') + relative;
         const QFileInfo there(target);

@@ -24,8 +24,9 @@ StorageFolders systemStorageFolders();
 /// cloud is used, files that only the local folder has are copied there.
 LibraryLocation resolveLocation(const StorageFolders& folders);
 
-/// Copies the files below one folder that another lacks, at any depth, backups left out. Nothing is
-/// overwritten, and a file that cannot be copied is passed over.
+/// Copies the files below one folder that another lacks, at any depth, backups left out, and what was kept of
+/// a reply where the other has conversations of its own. Nothing is overwritten, and a file that cannot be
+/// copied is passed over.
 void copyMissingFiles(const QString& source, const QString& destination);
 
 /// What the Files settings say about the location.

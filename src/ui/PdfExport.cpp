@@ -79,7 +79,7 @@ class PdfFile final : public QIODevice
 {
 public:
     explicit PdfFile(const QString& path)
-        : m_file(path)
+        : m_file(path, ReplacingFile::Folder::Users)
     {
         open(QIODevice::WriteOnly);
     }

@@ -82,10 +82,16 @@ QHash<int, QByteArray> ProjectPreview::roleNames() const
 
 void ProjectPreview::show(const QUuid& message)
 {
-    std::vector<PlannedProjectFile> files = m_app.planProjectFiles(message);
-    if (files.empty())
-        return;
-    m_session = m_app.selection();
+    m_task = followShow(message);
+}
+
+Task<void> ProjectPreview::followShow(QUuid message)
+{
+    const QUuid session = m_app.selection();
+    std::vector<PlannedProjectFile> files = co_await m_app.planProjectFiles(message);
+    if (files.empty() || m_app.selection() != session)
+        co_return;
+    m_session = session;
     m_message = message;
     setNotice({});
     take(lastOfEachPath(std::move(files)));
@@ -124,14 +130,20 @@ void ProjectPreview::setTicked(int row, bool ticked)
 
 void ProjectPreview::write()
 {
-    if (m_ticked.empty() || m_app.selection() != m_session)
-        return;
+    if (!m_ticked.empty() && m_app.selection() == m_session)
+        m_task = followWrite();
+}
+
+Task<void> ProjectPreview::followWrite()
+{
     // Nothing is written that nobody has seen.
-    std::vector<PlannedProjectFile> now = lastOfEachPath(m_app.planProjectFiles(m_message));
+    std::vector<PlannedProjectFile> now = lastOfEachPath(co_await m_app.planProjectFiles(m_message));
+    if (m_app.selection() != m_session || m_ticked.empty())
+        co_return;
     if (now != m_files) {
         take(std::move(now));
         setNotice(tr("Something has changed since this was opened. Look again before it is written."));
-        return;
+        co_return;
     }
     m_app.writeProjectFiles(m_message, QStringList(m_ticked.begin(), m_ticked.end()));
     Q_EMIT written();
@@ -145,11 +157,15 @@ void ProjectPreview::restore()
 
 void ProjectPreview::noteRestored()
 {
-    if (!std::exchange(m_isRestoring, false))
-        return;
-    std::vector<PlannedProjectFile> files = m_app.selection() == m_session && !m_message.isNull()
-                                                ? m_app.planProjectFiles(m_message)
-                                                : std::vector<PlannedProjectFile>();
+    if (std::exchange(m_isRestoring, false))
+        m_task = followRestore();
+}
+
+Task<void> ProjectPreview::followRestore()
+{
+    std::vector<PlannedProjectFile> files;
+    if (m_app.selection() == m_session && !m_message.isNull())
+        files = co_await m_app.planProjectFiles(m_message);
     take(lastOfEachPath(std::move(files)));
 }
 
@@ -184,6 +200,8 @@ QString ProjectPreview::currentNote() const
     if (file.runsByItself)
         notes.append(
             tr("Something runs this file without being asked. Tick it only if you know what it does."));
+    if (!file.notKept.isEmpty())
+        notes.append(tr("What the file holds could not be put back. %1").arg(file.notKept.left(longest)));
     if (!file.twin.isEmpty())
         notes.append(tr("On some systems this is the same file as %1.").arg(file.twin.left(longest)));
     if (file.change == ProjectFileChange::Unchanged)

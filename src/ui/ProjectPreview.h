@@ -41,8 +41,8 @@ public:
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    /// Shows the files of a reply of the selected conversation. When it has none, or no folder is chosen, the
-    /// status says so and nothing is shown.
+    /// Shows the files of a reply of the selected conversation, as soon as they were looked at. When it has
+    /// none, or no folder is chosen, the status says so and nothing is shown.
     Q_INVOKABLE void show(const QUuid& message);
     /// Ticks a file or takes the tick away; a file that cannot be written stays without.
     Q_INVOKABLE void setTicked(int row, bool ticked);
@@ -75,7 +75,10 @@ Q_SIGNALS:
     void canRestoreChanged();
 
 private:
+    Task<void> followShow(QUuid message);
+    Task<void> followWrite();
     /// Shows the files anew that were put back.
+    Task<void> followRestore();
     void noteRestored();
     void take(std::vector<PlannedProjectFile> files);
     void compare();
@@ -90,6 +93,8 @@ private:
     int m_currentRow = -1;
     QString m_notice;
     bool m_isRestoring = false;
+    // What is asked of the model; whatever is asked for later takes its place.
+    Task<void> m_task;
 };
 
 } // namespace varnel

@@ -4,7 +4,6 @@
 #include "base/Clock.h"
 #include "base/Error.h"
 #include "base/Worker.h"
-#include "store/DataFolderLock.h"
 #include "store/InstanceChannel.h"
 #include "store/Preferences.h"
 #include "store/StorageLocation.h"
@@ -18,7 +17,6 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QLoggingCategory>
-#include <QThread>
 
 namespace varnel {
 
@@ -64,19 +62,6 @@ QByteArray activationToken()
     return wayland.isEmpty() ? qgetenv("DESKTOP_STARTUP_ID") : wayland;
 }
 
-/// Asks the instance that holds the data folder to show its window. One that has only just begun may not
-/// listen yet.
-bool raiseOther(const QString& dataFolder, const QByteArray& token)
-{
-    constexpr int attempts = 40;
-    for (int attempt = 0; attempt < attempts; ++attempt) {
-        if (InstanceChannel::askToRaise(dataFolder, token))
-            return true;
-        QThread::msleep(50);
-    }
-    return false;
-}
-
 void raise(QQuickWindow& window, const QByteArray& token)
 {
     // Qt takes the token from the environment when the window asks to become active.
@@ -89,23 +74,16 @@ void raise(QQuickWindow& window, const QByteArray& token)
     window.requestActivate();
 }
 
-/// The right to write into the data folder.
-struct FolderHold
-{
-    std::optional<DataFolderLock> lock;
-    bool isOthers = false;
-};
-
 /// Where locks cannot be kept at all, the window opens without one.
-FolderHold holdFolder(const QString& dataFolder, const DiagnosticsLog& log)
+InstanceStart startInstance(const QString& dataFolder, const QByteArray& token, const DiagnosticsLog& log)
 {
+    // Longer than an instance takes that is ending: it gives ssh its time and writes what is not saved.
+    constexpr std::chrono::seconds patience(20);
     try {
-        FolderHold hold{.lock = DataFolderLock::take(dataFolder)};
-        hold.isOthers = !hold.lock;
-        return hold;
+        return takeOrRaise(dataFolder, token, patience);
     } catch (const Error& error) {
         log.log(error.message());
-        return {};
+        return {.lock = std::nullopt, .other = OtherInstance::None};
     }
 }
 
@@ -139,10 +117,10 @@ int runWindowApplication(int argc, char** argv)
     const SystemClock clock;
     const DiagnosticsLog log(DiagnosticsLog::defaultFolder(), clock);
     const LibraryLocation location = resolveLocation(systemStorageFolders());
-    const FolderHold hold = holdFolder(location.folder(), log);
-    if (hold.isOthers) {
-        if (raiseOther(location.folder(), token))
-            return EXIT_SUCCESS;
+    const InstanceStart start = startInstance(location.folder(), token, log);
+    if (start.other == OtherInstance::Raised)
+        return EXIT_SUCCESS;
+    if (start.other == OtherInstance::Silent) {
         qWarning("Another Varnel holds %s and does not answer.", qUtf8Printable(location.folder()));
         return EXIT_FAILURE;
     }
@@ -158,8 +136,10 @@ int runWindowApplication(int argc, char** argv)
     QQuickWindow* const window = screens.load();
     if (!window)
         return EXIT_FAILURE;
+    std::unique_ptr<InstanceChannel> channel = listen(location.folder(), *window, log);
+    // First of all: who starts from now on must not be told that this window comes to the front.
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &app, [&channel] { channel.reset(); });
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &app, &AppModel::shutDown);
-    const std::unique_ptr<InstanceChannel> channel = listen(location.folder(), *window, log);
     QObject::connect(&screens.notices(), &ReplyNotices::raiseRequested, window,
                      [window](const QByteArray& token) { raise(*window, token); });
     reportFirstFrame(*window);

@@ -1,5 +1,6 @@
 #include "app/DiagnosticsLog.h"
 #include "base/Text.h"
+#include "store/StoreFixtures.h"
 #include "support/ManualClock.h"
 
 #include <QDir>
@@ -118,6 +119,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("obstacle");
         QTest::addColumn<bool>("isReplaced");
         QTest::newRow("pipe without a reader") << "pipe" << true;
+        QTest::newRow("no permission to write") << "locked" << true;
         QTest::newRow("link to nowhere") << "/nowhere/of/all/places" << true;
         QTest::newRow("link to itself") << "varnel.log" << true;
         QTest::newRow("log switched off") << "/dev/null" << false;
@@ -131,16 +133,23 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const ManualClock clock;
         const DiagnosticsLog log(folder.path(), clock);
+        const bool isLocked = obstacle == QLatin1String("locked");
         if (obstacle == QLatin1String("pipe"))
             QCOMPARE(::mkfifo(QFile::encodeName(log.file()).constData(), 0600), 0);
         else if (obstacle == QLatin1String("folder"))
             QVERIFY(QDir().mkdir(log.file()));
+        else if (isLocked)
+            writeFile(log.file(), "older lines\n");
         else
             QVERIFY(QFile::link(obstacle, log.file()));
+        QVERIFY(!isLocked || (::chmod(qPrintable(log.file()), 0444) == 0 &&
+                              ::chmod(qPrintable(folder.path()), 0777) == 0));
+        const AsNobody nobody(isLocked);
         const mode_t deviceMode = modeOf(QStringLiteral("/dev/null"));
 
         log.log(QStringLiteral("hello"));
         QCOMPARE(QFileInfo(log.file()).isFile() && contents(log.file()).endsWith(" hello\n"), isReplaced);
+        QVERIFY(!isLocked || !contents(log.file()).contains("older"));
         QCOMPARE(QDir(folder.path())
                      .entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot),
                  QStringList(QStringLiteral("varnel.log")));

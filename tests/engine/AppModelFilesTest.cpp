@@ -58,9 +58,14 @@ private Q_SLOTS:
         const auto path = [&](const char* name) { return stage.profile.folder.filePath(text(name)); };
         talk(stage, "one", "**first**");
         const ChatSession original = stage.session();
+        write(path("reply.md"), "older");
+        write(path("reply.md.saving"), "mine");
+        const auto permissions = QFile::permissions(path("reply.md"));
         model.saveReply(original.messages[1].id, path("reply.md"));
         QVERIFY(waitForStatus(stage, text("Saved ") + path("reply.md")));
         QCOMPARE(contentsOf(path("reply.md")), QByteArray("**first**\n"));
+        QCOMPARE(contentsOf(path("reply.md.saving")), QByteArray("mine"));
+        QCOMPARE(QFile::permissions(path("reply.md")), permissions);
         model.saveTranscript(path("all.md"));
         QVERIFY(waitForStatus(stage, text("Saved ") + path("all.md")));
         QVERIFY(contentsOf(path("all.md")).startsWith("# one\n"));
@@ -343,6 +348,35 @@ private Q_SLOTS:
             QCOMPARE(model.pullTarget(), text("a"));
         }
         QVERIFY(!model.libraryHits().empty());
+    }
+
+    void theModelForAKindOfWorkIsChosen()
+    {
+        practice::HttpServer server([](const Exchange& exchange) {
+            const bool isList = exchange->path() == "/api/tags";
+            exchange->reply(200, "application/json",
+                            isList ? R"({"models":[{"name":"llama3.1:70b"},{"name":"qwen2.5-coder:7b"}]})"
+                                   : R"({"version":"0.24.0","models":[]})");
+        });
+        server.listen();
+        const SystemClock clock;
+        ModelProfile profile(clock);
+        profile.connectTo(server.url());
+        AppModel model(profile.services());
+        const QString before = model.selectedModel();
+        model.chooseWorkContext(WorkContext::Coding);
+        QCOMPARE(model.statusMessage(), text("No models are installed on this host."));
+        QCOMPARE(model.selectedModel(), before);
+        model.checkConnection();
+        QVERIFY(waitUntil([&] { return model.installedModels().size() == 2; }));
+        model.chooseWorkContext(WorkContext::Coding);
+        QCOMPARE(model.statusMessage(), text("Coding · qwen2.5-coder:7b"));
+        QCOMPARE(model.selectedModel(), text("qwen2.5-coder:7b"));
+        model.chooseWorkContext(WorkContext::Vision);
+        QCOMPARE(model.statusMessage(), text("No vision model is installed. Using llama3.1:70b."));
+        QCOMPARE(model.selectedModel(), text("llama3.1:70b"));
+        QCOMPARE(model.workContext(), WorkContext::Vision);
+        QCOMPARE(profile.preferences.workContext(), WorkContext::Vision);
     }
 
     void aBackupIsTakenBack()

@@ -8,12 +8,14 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <future>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace varnel;
 using namespace varnel::test;
+using namespace std::chrono_literals;
 
 class DataFolderLockTest : public QObject
 {
@@ -67,24 +69,49 @@ private Q_SLOTS:
     void secondAsksTheFirst()
     {
         const QTemporaryDir data;
-        QVERIFY(!InstanceChannel::askToRaise(data.path(), {}));
+        const auto isRaised = [&data](const QByteArray& token) {
+            std::future<bool> asked = std::async(std::launch::async, [&data, token] {
+                return InstanceChannel::askToRaise(data.path(), token, 5s);
+            });
+            return waitUntil([&asked] { return asked.wait_for(0s) == std::future_status::ready; }) &&
+                   asked.get();
+        };
+        QVERIFY(!isRaised({}));
         QList<QByteArray> raised;
         for (int life = 0; life < 2; ++life) {
             const InstanceChannel channel(data.path(),
                                           [&raised](const QByteArray& token) { raised.append(token); });
-            QVERIFY(InstanceChannel::askToRaise(data.path(), "token-1"));
-            QVERIFY(InstanceChannel::askToRaise(data.path(), "not\na token"));
-            QVERIFY(InstanceChannel::askToRaise(data.path(), QByteArray(100'000, 'x')));
-            QVERIFY(waitUntil([&] { return raised.size() == 3 * (life + 1); }));
+            QVERIFY(isRaised("token-1"));
+            QVERIFY(isRaised("not\na token"));
+            QVERIFY(isRaised(QByteArray(100'000, 'x')));
+            QCOMPARE(raised.size(), 3 * (life + 1));
         }
         QCOMPARE(raised.mid(3), QList<QByteArray>({"token-1", "", ""}));
-        QVERIFY(!InstanceChannel::askToRaise(data.path(), {}));
+        QVERIFY(!isRaised({}));
         // One that was killed leaves its socket behind.
         QFile left(runtimePath(data.path(), QStringLiteral(".socket")));
         QVERIFY(left.open(QIODevice::WriteOnly));
-        QVERIFY(!InstanceChannel::askToRaise(data.path(), {}));
+        QVERIFY(!isRaised({}));
         const InstanceChannel channel(data.path(), [](const QByteArray&) {});
-        QVERIFY(InstanceChannel::askToRaise(data.path(), {}));
+        QVERIFY(isRaised({}));
+    }
+
+    // One that is ending takes no message, and loses one that it has; the folder is free only in the end.
+    void whoComesWhileTheFirstEndsGoesOnInItsPlace()
+    {
+        const QTemporaryDir data;
+        std::optional<DataFolderLock> lock = DataFolderLock::take(data.path());
+        QCOMPARE(takeOrRaise(data.path(), {}, 0ms).other, OtherInstance::Silent);
+        auto channel = std::make_unique<InstanceChannel>(data.path(), [](const QByteArray&) {});
+        QCOMPARE(takeOrRaise(data.path(), {}, 1ms).other, OtherInstance::Silent);
+        std::future<InstanceStart> second =
+            std::async(std::launch::async, [&data] { return takeOrRaise(data.path(), {}, 10s); });
+        QCOMPARE(second.wait_for(200ms), std::future_status::timeout);
+        channel.reset();
+        QCOMPARE(second.wait_for(200ms), std::future_status::timeout);
+        lock.reset();
+        const InstanceStart start = second.get();
+        QVERIFY(start.other == OtherInstance::None && start.lock);
     }
 
     void runtimeFolderIsPrivate()

@@ -1,8 +1,14 @@
 #include "store/LibraryStore.h"
+#include "store/ConversationKeeper.h"
+#include "store/LibraryPath.h"
 #include "store/LibraryTexts.h"
+#include "store/StoredValues.h"
 
 #include "StoreFixtures.h"
+#include "support/Await.h"
+#include "support/ManualClock.h"
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -204,6 +210,54 @@ private Q_SLOTS:
         library.removeForGood(item.id);
         QVERIFY(library.items().empty());
         QCOMPARE(namesIn(root + QStringLiteral("/Library")).size(), 0);
+    }
+
+    void unfinishedCopiesAreRemovedAndNothingElse_data()
+    {
+        QTest::addColumn<QString>("path"); // # for an identifier
+        QTest::addColumn<bool>("isRemoved");
+        QTest::newRow("unfinished") << "Library/#.txt.saving" << true;
+        QTest::newRow("deep") << "a/.b/#.bin.saving" << true;
+        QTest::newRow("just written") << "Library/young-#.txt.saving" << false;
+        QTest::newRow("finished") << "Library/#.txt" << false;
+        QTest::newRow("finished, of a file x.saving") << "Library/#.saving" << false;
+        QTest::newRow("no name of ours") << "Library/notes.txt.saving" << false;
+        QTest::newRow("in a backup") << "Backups/x/Library/#.txt.saving" << false;
+        QTest::newRow("own file") << "sessions.json.saving" << false;
+        QTest::newRow("behind a link") << "../elsewhere/#.txt.saving" << false;
+    }
+    void unfinishedCopiesAreRemovedAndNothingElse()
+    {
+        QFETCH(QString, path);
+        const QTemporaryDir scratch;
+        const QString root = scratch.filePath(QStringLiteral("data"));
+        const bool isYoung = path.contains(QStringLiteral("young-"));
+        path.remove(QStringLiteral("young-")).replace(u'#', uuidText(QUuid::createUuid()));
+        QVERIFY(QDir().mkpath(root));
+        QVERIFY(QFile::link(scratch.filePath(QStringLiteral("elsewhere")), root + QStringLiteral("/link")));
+        QFile file(root + u'/' + path);
+        writeFile(file.fileName(), "part");
+        QVERIFY(file.open(QIODevice::ReadWrite));
+        if (!isYoung)
+            QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(-120),
+                                     QFileDevice::FileModificationTime));
+        removeUnfinishedCopies(root, {});
+        QTEST(!file.exists(), "isRemoved");
+    }
+
+    void unfinishedCopiesAreLookedForOnceTheStartIsOver()
+    {
+        const QTemporaryDir scratch;
+        QFile part(
+            scratch.filePath(QStringLiteral("Library/%1.txt.saving").arg(uuidText(QUuid::createUuid()))));
+        writeFile(part.fileName(), "part");
+        QVERIFY(part.open(QIODevice::ReadWrite) &&
+                part.setFileTime(QDateTime::fromSecsSinceEpoch(1), QFileDevice::FileModificationTime));
+        ManualClock clock;
+        ConversationKeeper keeper(scratch.path(), clock, [](const SaveStatus&) {});
+        keeper.load({});
+        clock.advance(ConversationKeeper::tidyingPause);
+        QVERIFY(waitUntil([&] { return !part.exists(); }));
     }
 
     void unreadableIndexIsSetAside()

@@ -100,6 +100,13 @@ private Q_SLOTS:
         row(".gitlab-ci.yml", true);
         row("JenkinsFile", true);
         row(".vscode/tasks.json", true);
+        row(".bashrc.d/x", true);
+        row("Documents/PowerShell/Microsoft.PowerShell_profile.ps1", true);
+        row(".config/elvish/rc.elv", true);
+        row(".semaphore/semaphore.yml", true);
+        row("sub/buildspec.yml", true);
+        row(".appveyor.yaml", true);
+        row("build.ps1", false);
         row(".gitignore", false);
         row("git/hooks/x", false);
         row(".github/README.md", false);

@@ -34,8 +34,9 @@ private Q_SLOTS:
         const QTemporaryDir scratch;
         const QString local = scratch.filePath(QStringLiteral("local/Varnel/"));
         const QString cloud = scratch.filePath(QStringLiteral("cloud/Documents/Varnel/"));
-        for (const char* name : {"sessions.json", "Backups/1/sessions.json", "Library/a.txt",
-                                 "Library/deep/.b", "Backups.txt", "library.json", "sessions.json.saving"})
+        for (const char* name :
+             {"sessions.json", "Backups/1/sessions.json", "Library/a.txt", "Library/deep/.b", "Backups.txt",
+              "library.json", "sessions.json.saving", "recovery.json", "Library/recovery.json"})
             writeFile(local + QLatin1String(name), name);
         QCOMPARE(::mkfifo(qPrintable(local + QStringLiteral("fifo")), 0600), 0);
         QVERIFY(QFile::link(QStringLiteral("/nonexistent"), local + QStringLiteral("dangling")));
@@ -48,10 +49,15 @@ private Q_SLOTS:
             QVERIFY(location.usingCloud);
             QCOMPARE(location.folder() + u'/', cloud);
             QCOMPARE(namesIn(cloud).join(u' '),
-                     QStringLiteral("Backups.txt Library library.json sessions.json"));
-            QCOMPARE(namesIn(cloud + QStringLiteral("Library")).join(u' '), QStringLiteral("a.txt deep"));
+                     QStringLiteral("Backups.txt Library library.json%1 sessions.json")
+                         .arg(start == 0 ? QStringLiteral(" recovery.json") : QString()));
+            QCOMPARE(namesIn(cloud + QStringLiteral("Library")).join(u' '),
+                     QStringLiteral("a.txt deep recovery.json"));
             QCOMPARE(contentsOf(cloud + QStringLiteral("library.json")), QByteArray("newer"));
             QCOMPARE(contentsOf(cloud + QStringLiteral("sessions.json")), QByteArray("sessions.json"));
+            // Once there are conversations, a reply of those from here has no place among them.
+            QFile::remove(cloud + QStringLiteral("recovery.json"));
+            QFile::remove(cloud + QStringLiteral("Library/recovery.json"));
         }
         QCOMPARE(locationText(resolveLocation(folders)),
                  QStringLiteral("Library and conversations are in the Varnel iCloud container."));
@@ -98,6 +104,31 @@ private Q_SLOTS:
         QCOMPARE(contentsOf(scratch.filePath(QStringLiteral("a.txt"))), QByteArray("contents"));
     }
 
+    void aLinkInTheWayKeepsNobodyFromBackingUp()
+    {
+        const QTemporaryDir scratch;
+        const QString root = scratch.filePath(QStringLiteral("data"));
+        for (const char* name : {"a.txt", "b.txt"})
+            writeFile(scratch.filePath(QLatin1String(name)), name);
+        LibraryStore library(root);
+        for (const char* name : {"a.txt", "b.txt"})
+            library.importFile(QUrl::fromLocalFile(scratch.filePath(QLatin1String(name))),
+                               QString(QLatin1Char(*name)), noon);
+        SessionStore(root).save({session(QStringLiteral("s"))});
+        const LibraryItem linked = library.items().front();
+        QVERIFY(QDir().rename(root + QStringLiteral("/b"), scratch.filePath(QStringLiteral("elsewhere"))));
+        QVERIFY(QFile::link(scratch.filePath(QStringLiteral("elsewhere")), root + QStringLiteral("/b")));
+
+        const Backup backup = makeBackup(root, library.items(), noon);
+        const QString said = QStringLiteral("The file of \"b\" was left out: a link stands in its way.");
+        QCOMPARE(backup.statusText(), QStringLiteral("Backup 2026-03-18T12-00-00Z ") + said);
+        QCOMPARE(namesIn(backup.folder).join(u' '), QStringLiteral("a library.json sessions.json"));
+        QCOMPARE(restoreBackup(root, backup).leftOut, QStringList(said));
+        library.removeForGood(linked.id);
+        QCOMPARE(library.items().size(), 1U);
+        QCOMPARE(namesIn(scratch.filePath(QStringLiteral("elsewhere"))).size(), 1);
+    }
+
     void failedBackupLeavesNothing()
     {
         const QTemporaryDir scratch;
@@ -106,8 +137,9 @@ private Q_SLOTS:
         QVERIFY(!failureOf([&] { makeBackup(scratch.path(), {}, noon); }).isEmpty());
         QVERIFY(listBackups(scratch.path()).empty());
         QVERIFY(failureOf([&] {
-                    restoreBackup(scratch.path(),
-                                  {.name = {}, .folder = scratch.filePath(QStringLiteral("none"))});
+                    restoreBackup(
+                        scratch.path(),
+                        {.name = {}, .folder = scratch.filePath(QStringLiteral("none")), .leftOut = {}});
                 }).contains(QStringLiteral("holds no conversations")));
     }
 

@@ -8,7 +8,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <optional>
+#include <sys/stat.h>
 #include <unistd.h>
+#ifdef __linux__
+#include <sys/mount.h>
+#endif
 
 namespace varnel::test {
 
@@ -93,6 +98,59 @@ public:
 
 private:
     bool m_isRoot;
+};
+
+/// Lets nobody see a folder's names while things can be made and replaced in it: what is written gets there,
+/// and that the disk knows of its name cannot be told.
+class UnsyncableFolder
+{
+public:
+    explicit UnsyncableFolder(QString folder)
+        : m_folder(std::move(folder))
+    {
+        ::chmod(qPrintable(QFileInfo(m_folder).path()), 0755);
+        ::chmod(qPrintable(m_folder), 0333);
+        m_nobody.emplace();
+    }
+    UnsyncableFolder(const UnsyncableFolder&) = delete;
+    UnsyncableFolder& operator=(const UnsyncableFolder&) = delete;
+    ~UnsyncableFolder()
+    {
+        m_nobody.reset();
+        ::chmod(qPrintable(m_folder), 0777);
+    }
+
+private:
+    QString m_folder;
+    std::optional<AsNobody> m_nobody;
+};
+
+/// A small file system in the place of a folder, where there may be one.
+class SmallDisk
+{
+public:
+    explicit SmallDisk(QString folder)
+        : m_folder(std::move(folder))
+    {
+#ifdef __linux__
+        m_isThere = ::mount("tmpfs", qPrintable(m_folder), "tmpfs", 0, "size=64k") == 0;
+#endif
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+    ~SmallDisk()
+    {
+#ifdef __linux__
+        if (m_isThere)
+            ::umount(qPrintable(m_folder));
+#endif
+    }
+
+    bool isThere() const { return m_isThere; }
+
+private:
+    QString m_folder;
+    bool m_isThere = false;
 };
 
 } // namespace varnel::test

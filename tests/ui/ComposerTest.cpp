@@ -322,7 +322,7 @@ private Q_SLOTS:
         fixture.app.addConversation(session);
         ProjectPreview& preview = fixture.preview();
         preview.show(reply);
-        QCOMPARE(preview.rowCount(), 3);
+        QVERIFY(waitUntil([&] { return preview.rowCount() == 3; }));
         QCOMPARE(preview.tickedCount(), 2);
         QVERIFY(!preview.data(preview.index(2), ProjectPreview::TickedRole).toBool());
         QCOMPARE(preview.diff()->rowCount(), 3); // one, -two, +2
@@ -331,7 +331,7 @@ private Q_SLOTS:
         QVERIFY(old.open(QIODevice::WriteOnly) && old.write("three\n") == 6);
         old.close();
         preview.write();
-        QVERIFY(!preview.notice().isEmpty());
+        QVERIFY(waitUntil([&] { return !preview.notice().isEmpty(); }));
         QCOMPARE(contentsOf(path("src/a.txt")), QByteArray("three\n"));
         preview.setTicked(1, false);
         preview.write();
