@@ -87,6 +87,7 @@ void AppModel::stopReadingPage()
 Task<void> AppModel::followPage(QUuid session, QString url, std::stop_token stop)
 {
     QString status;
+    assign(m_isReadingPage, true, &AppState::isReadingPageChanged);
     setStatusMessage(tr("Reading %1…").arg(url));
     try {
         PageNetwork& network = m_services.pages ? *m_services.pages : m_pages;
@@ -99,6 +100,7 @@ Task<void> AppModel::followPage(QUuid session, QString url, std::stop_token stop
         status = error.message();
     }
     setStatusMessage(status);
+    assign(m_isReadingPage, false, &AppState::isReadingPageChanged);
 }
 
 } // namespace varnel

@@ -178,11 +178,14 @@ Task<void> AppModel::followBackup()
         status = error.message();
     }
     setStatusMessage(status);
+    Q_EMIT backupEnded(status);
 }
 
 void AppModel::restoreBackup(const QString& name)
 {
-    if (!refuseWhileStreaming())
+    if (refuseWhileStreaming())
+        Q_EMIT backupEnded(m_statusMessage);
+    else
         m_backup = followRestore(name);
 }
 
@@ -196,8 +199,10 @@ Task<void> AppModel::followRestore(QString name)
         if (!backups.empty() && backups.front().name == backupName(m_services.clock.now()))
             co_await m_services.clock.sleepFor(std::chrono::seconds(1), {});
         co_await m_keeper.backUp(m_library.items());
-        if (refuseWhileStreaming())
-            co_return; // begun while the backup was read
+        if (refuseWhileStreaming()) { // begun while the backup was read
+            Q_EMIT backupEnded(m_statusMessage);
+            co_return;
+        }
         m_library.replaceItems(std::move(contents.items));
         m_sessions = std::move(contents.sessions);
         m_sessions.sort();
@@ -218,6 +223,7 @@ Task<void> AppModel::followRestore(QString name)
         status = error.message();
     }
     setStatusMessage(status);
+    Q_EMIT backupEnded(status);
 }
 
 std::vector<PlannedProjectFile> AppModel::planProjectFiles(const QUuid& message)
