@@ -111,8 +111,10 @@ Task<void> AppModel::followImport(std::vector<std::function<LibraryItem()>> make
         } catch (const Error& error) {
             failure = error.message();
         }
-        if (!failure.isEmpty())
+        if (!failure.isEmpty()) {
             setStatusMessage(failure);
+            Q_EMIT importFailed(attachTo);
+        }
     }
     countImports(-1);
 }

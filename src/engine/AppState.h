@@ -178,6 +178,9 @@ Q_SIGNALS:
     /// A turn began or ended to be looked into, or to run.
     void isStreamingChanged();
     void isImportingChanged();
+    /// Something could not be copied into the library, and the status says why. Comes before isImporting ends.
+    /// @param session the conversation it was to be attached to; null if it was for the library only.
+    void importFailed(const QUuid& session);
     /// A turn ended, in whatever way.
     void replyEnded(const QUuid& session, const QUuid& message);
     void failureChanged();

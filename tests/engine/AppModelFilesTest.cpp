@@ -96,6 +96,20 @@ private Q_SLOTS:
         QVERIFY2(!saved.contains(stage.profile.dataFolder().toUtf8()), saved.constData());
     }
 
+    void anImportThatFailsIsToldBeforeItEnds()
+    {
+        Stage stage;
+        std::vector<QUuid> failed;
+        connect(stage.model.get(), &AppState::importFailed, this, [&](const QUuid& session) {
+            if (stage.model->isImporting())
+                failed.push_back(session);
+        });
+        const QUrl gone = QUrl::fromLocalFile(stage.profile.folder.filePath(text("gone.txt")));
+        stage.model->importFiles({gone, gone}, {}, true);
+        QVERIFY(waitUntil([&] { return !stage.model->isImporting(); }));
+        QCOMPARE(failed, std::vector<QUuid>(2, stage.model->selection()));
+    }
+
     void aPageIsReadIntoTheDraftOfItsConversation()
     {
         TestNetwork network;
