@@ -36,7 +36,12 @@ ProjectPreview::ProjectPreview(AppModel& app, QObject* parent)
     , m_app(app)
 {
     connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::canRestoreChanged);
-    connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::noteRestored);
+    connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::noteFilesChanged);
+    connect(&app, &AppModel::selectionChanged, this, &ProjectPreview::declineRestore);
+    connect(&app, &AppModel::isStreamingChanged, this, [this] {
+        if (m_app.isBusy())
+            setOffersRestore(false);
+    });
 }
 
 int ProjectPreview::rowCount(const QModelIndex& parent) const
@@ -80,7 +85,7 @@ QHash<int, QByteArray> ProjectPreview::roleNames() const
             {TickableRole, "tickable"}};
 }
 
-void ProjectPreview::show(const QUuid& message)
+void ProjectPreview::show(const QUuid& message, const QString& path)
 {
     std::vector<PlannedProjectFile> files = m_app.planProjectFiles(message);
     if (files.empty())
@@ -89,6 +94,10 @@ void ProjectPreview::show(const QUuid& message)
     m_message = message;
     setNotice({});
     take(lastOfEachPath(std::move(files)));
+    const auto meant = std::ranges::find_if(
+        m_files, [&path](const PlannedProjectFile& each) { return each.file.relativePath == path; });
+    if (meant != m_files.end())
+        setCurrentRow(static_cast<int>(meant - m_files.begin()));
     Q_EMIT shown();
 }
 
@@ -133,6 +142,9 @@ void ProjectPreview::write()
         setNotice(tr("Something has changed since this was opened. Look again before it is written."));
         return;
     }
+    m_isOverwriting = std::ranges::any_of(m_files, [this](const PlannedProjectFile& each) {
+        return each.change == ProjectFileChange::Changed && m_ticked.contains(each.file.relativePath);
+    });
     m_app.writeProjectFiles(m_message, QStringList(m_ticked.begin(), m_ticked.end()));
     Q_EMIT written();
 }
@@ -140,11 +152,22 @@ void ProjectPreview::write()
 void ProjectPreview::restore()
 {
     m_isRestoring = true;
+    setOffersRestore(false);
     m_app.restoreProjectFiles();
 }
 
-void ProjectPreview::noteRestored()
+void ProjectPreview::setOffersRestore(bool offers)
 {
+    if (offers == m_offersRestore)
+        return;
+    m_offersRestore = offers;
+    Q_EMIT offersRestoreChanged();
+}
+
+void ProjectPreview::noteFilesChanged()
+{
+    if (std::exchange(m_isOverwriting, false))
+        setOffersRestore(canRestore() && m_app.selection() == m_session);
     if (!std::exchange(m_isRestoring, false))
         return;
     std::vector<PlannedProjectFile> files = m_app.selection() == m_session && !m_message.isNull()
