@@ -3,7 +3,7 @@ import Varnel
 
 // What can be done with the text of the message; first of all, what a wrong word may have been meant to be.
 PlainMenu {
-    id: menu
+    id: composerMenu
 
     required property PromptEditor editor
     required property SpellMarks spelling
@@ -15,10 +15,10 @@ PlainMenu {
         place = at
         spelling.choose(position)
     }
-    function write(word: string) {
+    function replaceWord(by: string) {
         const start = spelling.wordStart
         editor.remove(start, start + spelling.word.length)
-        editor.insert(start, word)
+        editor.insert(start, by)
     }
 
     Instantiator {
@@ -26,39 +26,39 @@ PlainMenu {
             required property string modelData
 
             text: modelData
-            onTriggered: menu.write(modelData)
+            onTriggered: composerMenu.replaceWord(modelData)
         }
-        model: menu.spelling.suggestions
-        onObjectAdded: (index, object) => menu.insertItem(index, object as PlainMenuItem)
-        onObjectRemoved: (index, object) => menu.removeItem(object as PlainMenuItem)
+        model: composerMenu.spelling.suggestions
+        onObjectAdded: (index, object) => composerMenu.insertItem(index, object as PlainMenuItem)
+        onObjectRemoved: (index, object) => composerMenu.removeItem(object as PlainMenuItem)
     }
     PlainMenuItem {
         height: visible ? implicitHeight : 0
         text: qsTr("Add to the dictionary")
-        visible: menu.wrong
-        onTriggered: menu.spelling.addWord()
+        visible: composerMenu.wrong
+        onTriggered: composerMenu.spelling.addWord()
     }
     PlainMenuItem {
         height: visible ? implicitHeight : 0
         text: qsTr("Ignore this word")
-        visible: menu.wrong
-        onTriggered: menu.spelling.ignoreWord()
+        visible: composerMenu.wrong
+        onTriggered: composerMenu.spelling.ignoreWord()
     }
     PlainMenuSeparator {
         height: visible ? implicitHeight : 0
-        visible: menu.wrong
+        visible: composerMenu.wrong
     }
     PlainMenuItem {
-        enabled: menu.editor.selectedText.length > 0
+        enabled: composerMenu.editor.selectedText.length > 0
         keys: "Ctrl+X"
         text: qsTr("Cut")
-        onTriggered: menu.editor.cut()
+        onTriggered: composerMenu.editor.cut()
     }
     PlainMenuItem {
-        enabled: menu.editor.selectedText.length > 0
+        enabled: composerMenu.editor.selectedText.length > 0
         keys: "Ctrl+C"
         text: qsTr("Copy")
-        onTriggered: menu.editor.copy()
+        onTriggered: composerMenu.editor.copy()
     }
     PlainMenuItem {
         keys: "Ctrl+V"
@@ -66,16 +66,16 @@ PlainMenu {
         onTriggered: Intake.pasteAnything()
     }
     PlainMenuItem {
-        enabled: menu.editor.length > 0
+        enabled: composerMenu.editor.length > 0
         keys: "Ctrl+A"
         text: qsTr("Select all")
-        onTriggered: menu.editor.selectAll()
+        onTriggered: composerMenu.editor.selectAll()
     }
     Connections {
         function onChosen() {
-            menu.popup(menu.editor, menu.place.x, menu.place.y)
+            composerMenu.popup(composerMenu.editor, composerMenu.place.x, composerMenu.place.y)
         }
 
-        target: menu.spelling
+        target: composerMenu.spelling
     }
 }
