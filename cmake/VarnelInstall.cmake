@@ -1,11 +1,19 @@
 # Where the parts of the program go. The program finds its core library and its window at fixed places beside itself,
 # so the library folder is "lib/varnel" whatever the system calls its own.
-install(TARGETS varnel RUNTIME DESTINATION bin)
+if(APPLE)
+    set(program_folder MacOS)
+else()
+    set(program_folder bin)
+endif()
+install(TARGETS varnel RUNTIME DESTINATION ${program_folder})
 install(TARGETS varnel_core varnel_window
     LIBRARY DESTINATION lib/varnel
     RUNTIME DESTINATION lib/varnel)
 
-if(NOT APPLE)
+if(APPLE)
+    # Written after Apple's documentation; never built on a Mac. The prefix is the bundle's "Contents".
+    install(FILES "${CMAKE_SOURCE_DIR}/packaging/macos/Info.plist" DESTINATION .)
+else()
     set(packaging "${CMAKE_SOURCE_DIR}/packaging/linux")
     install(FILES "${packaging}/app.varnel.desktop" DESTINATION share/applications)
     install(FILES "${packaging}/app.varnel.metainfo.xml" DESTINATION share/metainfo)

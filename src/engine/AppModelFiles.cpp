@@ -87,6 +87,7 @@ void AppModel::stopReadingPage()
 Task<void> AppModel::followPage(QUuid session, QString url, std::stop_token stop)
 {
     QString status;
+    assign(m_isReadingPage, true, &AppState::isReadingPageChanged);
     const QString reading = tr("Reading %1…").arg(url);
     setStatusMessage(reading);
     try {
@@ -96,13 +97,14 @@ Task<void> AppModel::followPage(QUuid session, QString url, std::stop_token stop
         if (this->session(session))
             addToDraft(session, url + QStringLiteral("\n\n") + text);
         clearStatus(reading);
-        co_return;
     } catch (const Cancelled&) {
         status = QStringLiteral("Stopped.");
     } catch (const Error& error) {
         status = error.message();
     }
-    setStatusMessage(status);
+    if (!status.isEmpty())
+        setStatusMessage(status);
+    assign(m_isReadingPage, false, &AppState::isReadingPageChanged);
 }
 
 } // namespace varnel

@@ -210,13 +210,16 @@ Task<void> AppModel::followBackup()
         status = error.message();
     }
     setStatusMessage(status);
+    Q_EMIT backupEnded(status);
 }
 
 void AppModel::restoreBackup(const QString& name)
 {
     if (isUnfinished(m_backup))
         setStatusMessage(tr(backupIsUnfinished));
-    else if (!refuseWhileStreaming())
+    else if (refuseWhileStreaming())
+        Q_EMIT backupEnded(m_statusMessage);
+    else
         m_backup = followRestore(name);
 }
 
@@ -226,8 +229,10 @@ Task<void> AppModel::followRestore(QString name)
     try {
         BackupContents contents = co_await readBackup(&m_worker, m_location.folder(), name);
         co_await backUpAll(&m_keeper, &m_sessions, &m_library, &m_services.clock);
-        if (refuseWhileStreaming())
-            co_return; // begun while the backup was read
+        if (refuseWhileStreaming()) { // begun while the backup was read
+            Q_EMIT backupEnded(m_statusMessage);
+            co_return;
+        }
         m_library.replaceItems(std::move(contents.items));
         m_sessions = std::move(contents.sessions);
         m_sessions.sort();
@@ -249,6 +254,7 @@ Task<void> AppModel::followRestore(QString name)
         status = error.message();
     }
     setStatusMessage(status);
+    Q_EMIT backupEnded(status);
 }
 
 Task<std::vector<PlannedProjectFile>> AppModel::planProjectFiles(QUuid message)

@@ -54,6 +54,7 @@ class AppState : public QObject
     Q_PROPERTY(bool isStreaming READ isStreaming NOTIFY isStreamingChanged)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY isStreamingChanged)
     Q_PROPERTY(bool isImporting READ isImporting NOTIFY isImportingChanged)
+    Q_PROPERTY(bool isReadingPage READ isReadingPage NOTIFY isReadingPageChanged)
     Q_PROPERTY(QString statusMessage READ statusMessage NOTIFY statusMessageChanged)
     Q_PROPERTY(QString libraryQuery READ libraryQuery WRITE setLibraryQuery NOTIFY libraryQueryChanged)
     Q_PROPERTY(QString sessionQuery READ sessionQuery WRITE setSessionQuery NOTIFY sessionQueryChanged)
@@ -114,6 +115,8 @@ public:
     bool isBusy() const { return m_isStreaming || m_isPreparing; }
     /// Whether something is still being copied into the library.
     bool isImporting() const { return m_imports > 0; }
+    /// Whether a page of the web is being read for a draft.
+    bool isReadingPage() const { return m_isReadingPage; }
     /// The conversation that is being answered; null if none is.
     const QUuid& streamingSession() const { return m_streamingSession; }
     /// The message that is being written; null if none is.
@@ -178,14 +181,19 @@ Q_SIGNALS:
     /// A turn began or ended to be looked into, or to run.
     void isStreamingChanged();
     void isImportingChanged();
+<<<<<<< HEAD
+    /// Something could not be copied into the library, and the status says why. Comes before isImporting ends.
+=======
     /// Something could not be copied into the library, and the status says why. Comes before isImporting
     /// ends.
+>>>>>>> b05a812fd285ebca7b4abb9b257e2e2eb0c504e6
     /// @param session the conversation it was to be attached to; null if it was for the library only.
     void importFailed(const QUuid& session);
     /// A turn ended, in whatever way.
     void replyEnded(const QUuid& session, const QUuid& message);
     void failureChanged();
     void statusMessageChanged();
+    void isReadingPageChanged();
     void libraryQueryChanged();
     void sessionQueryChanged();
     void sessionHitsChanged();
@@ -200,6 +208,8 @@ Q_SIGNALS:
     void canUndoEditChanged();
     /// Whether overwritten files of a project can be put back, or what there is to put back.
     void projectFilesChanged();
+    /// What became of a backup that was to be made or restored; the status says the same.
+    void backupEnded(const QString& status);
 
 protected:
     /// Gives a member a value and says so if it is another one.
@@ -234,6 +244,7 @@ protected:
     bool m_isStreaming = false;
     bool m_isPreparing = false;
     int m_imports = 0; // under way
+    bool m_isReadingPage = false;
     QUuid m_streamingSession;
     QUuid m_streamingMessage;
     std::optional<TurnFailure> m_failure;

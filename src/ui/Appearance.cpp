@@ -2,6 +2,9 @@
 
 #include <QFontDatabase>
 #include <QGuiApplication>
+#include <QKeySequence>
+#include <QWheelEvent>
+#include <QWindow>
 
 #include <algorithm>
 #include <array>
@@ -78,6 +81,31 @@ void Appearance::zoomOut()
 void Appearance::resetZoom()
 {
     setZoom(1);
+}
+
+QString Appearance::nativeKeys(const QString& keys)
+{
+    return QKeySequence::fromString(keys).toString(QKeySequence::NativeText);
+}
+
+void Appearance::watchWheel(QWindow& window)
+{
+    window.installEventFilter(this);
+}
+
+/// Before any item sees it: lists and sheets would take it for themselves.
+bool Appearance::eventFilter(QObject*, QEvent* event)
+{
+    if (event->type() != QEvent::Wheel)
+        return false;
+    auto* const wheel = static_cast<QWheelEvent*>(event);
+    if (wheel->modifiers() != Qt::ControlModifier)
+        return false;
+    // Touch pads send a notch in many parts.
+    m_turned += wheel->angleDelta().y();
+    if (std::abs(m_turned) >= QWheelEvent::DefaultDeltasPerStep)
+        stepZoom(std::exchange(m_turned, 0) > 0 ? 1 : -1);
+    return true;
 }
 
 void Appearance::stepZoom(int by)

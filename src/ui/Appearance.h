@@ -8,6 +8,8 @@
 #include <QString>
 #include <QtQml/qqmlregistration.h>
 
+class QWindow;
+
 namespace varnel {
 
 /// Whether the window is light or dark, how large everything is, and whether it moves; Theme makes colours
@@ -50,6 +52,11 @@ public:
     Q_INVOKABLE void zoomIn();
     Q_INVOKABLE void zoomOut();
     Q_INVOKABLE void resetZoom();
+    /// Keys as this system writes them.
+    /// @param keys as in "Ctrl+Shift+C".
+    Q_INVOKABLE static QString nativeKeys(const QString& keys);
+    /// Lets the wheel zoom together with Control, wherever in the window it is turned.
+    void watchWheel(QWindow& window);
 
     /// Puts what is to be remembered into the state.
     void store(WindowState& state) const;
@@ -64,11 +71,13 @@ private:
     void setZoom(double zoom);
     void stepZoom(int by);
     void updateDark();
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
     DesktopHints& m_hints;
     Scheme m_scheme;
     double m_zoom;
     bool m_dark = false;
+    int m_turned = 0; // of a notch of the wheel
 };
 
 } // namespace varnel

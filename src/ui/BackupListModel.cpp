@@ -36,10 +36,10 @@ BackupListModel::BackupListModel(AppModel& app, QObject* parent)
     : QAbstractListModel(parent)
     , m_app(app)
 {
-    // A backup that was made or restored is told in the status.
-    connect(&app, &AppModel::statusMessageChanged, this, [this] {
-        if (m_looked)
-            refresh();
+    connect(&app, &AppModel::backupEnded, this, [this](const QString& status) {
+        constexpr qsizetype longest = 400;
+        setReport(status.left(longest).simplified());
+        refresh();
     });
 }
 
@@ -76,9 +76,22 @@ QString BackupListModel::locationText() const
     return varnel::locationText(m_app.location());
 }
 
+void BackupListModel::begin()
+{
+    setReport({});
+    refresh();
+}
+
+void BackupListModel::setReport(const QString& text)
+{
+    if (text == m_report)
+        return;
+    m_report = text;
+    Q_EMIT reportChanged();
+}
+
 void BackupListModel::refresh()
 {
-    m_looked = true;
     std::vector<Backup> backups = listBackups(folder());
     if (backups == m_backups)
         return;

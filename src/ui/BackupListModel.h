@@ -21,6 +21,7 @@ class BackupListModel : public QAbstractListModel
     Q_PROPERTY(int count READ count NOTIFY countChanged)
     Q_PROPERTY(QString locationText READ locationText CONSTANT)
     Q_PROPERTY(QString folder READ folder CONSTANT)
+    Q_PROPERTY(QString report READ report NOTIFY reportChanged)
 
 public:
     enum Role { NameRole = Qt::UserRole, TimeRole };
@@ -45,9 +46,12 @@ public:
     QString locationText() const;
     QString folder() const { return m_app.location().folder(); }
 
-    /// Looks which backups there are. Until the first look there are none, and nothing on the disk is
-    /// touched.
-    Q_INVOKABLE void refresh();
+    /// What became of the backup that was made or restored last; empty at first.
+    const QString& report() const { return m_report; }
+
+    /// Forgets the report and looks which backups there are. Until the first look there are none, and nothing
+    /// on the disk is touched.
+    Q_INVOKABLE void begin();
     Q_INVOKABLE void revealLibrary() const;
     Q_INVOKABLE void revealBackups() const;
     /// Takes a backup in place of what there is; a row that is not there does nothing.
@@ -55,11 +59,15 @@ public:
 
 Q_SIGNALS:
     void countChanged();
+    void reportChanged();
 
 private:
+    void refresh();
+    void setReport(const QString& text);
+
     AppModel& m_app;
     std::vector<Backup> m_backups;
-    bool m_looked = false;
+    QString m_report;
 };
 
 } // namespace varnel

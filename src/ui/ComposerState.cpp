@@ -22,7 +22,7 @@ ComposerState::ComposerState(AppModel& app, PromptEdit& edit, const WindowState&
     connect(&edit, &PromptEdit::textChanged, this, followText);
     connect(&app, &AppModel::attachmentIDsChanged, this, &ComposerState::updateCanSend);
     connect(&app, &AppModel::isStreamingChanged, this, &ComposerState::updateCanSend);
-    connect(&app, &AppModel::statusMessageChanged, this, &ComposerState::statusLineChanged);
+    connect(&app, &AppModel::statusMessageChanged, this, [this] { remark({}); });
     connect(&app, &AppModel::selectedSessionChanged, this, [this] {
         if (m_asksCloud && !m_app.needsCloudConfirmation())
             setAsksCloud(false);
@@ -30,16 +30,23 @@ ComposerState::ComposerState(AppModel& app, PromptEdit& edit, const WindowState&
         Q_EMIT noticeChanged();
         Q_EMIT cloudNameChanged();
     });
-    connect(&app, &AppModel::selectionChanged, this, [this] { setAsksCloud(false); });
+    connect(&app, &AppModel::selectionChanged, this, [this] {
+        setAsksCloud(false);
+        remark({});
+        sendImported();
+    });
     connect(&app, &AppModel::messagesChanged, this, [this](const QUuid& session) {
         if (session == m_app.selection()) {
             Q_EMIT contextChanged();
             Q_EMIT noticeChanged();
         }
     });
-    connect(&app, &AppModel::isImportingChanged, this, [this] {
-        if (!m_app.isImporting() && std::exchange(m_sendWhenImported, {}) == m_app.selection())
-            send();
+    // Without what did not come the prompt would be another one: the draft stays, and the status says why.
+    connect(&app, &AppModel::importFailed, this,
+            [this](const QUuid& session) { m_sendWhenImported.erase(session); });
+    connect(&app, &AppModel::isImportingChanged, this, &ComposerState::sendImported);
+    connect(&app, &AppModel::sessionsChanged, this, [this] {
+        std::erase_if(m_sendWhenImported, [this](const QUuid& id) { return !m_app.session(id); });
     });
     updateCanSend();
 }
@@ -60,13 +67,22 @@ void ComposerState::setText(const QString& text)
 void ComposerState::send()
 {
     if (m_app.isImporting() && !m_edit.active()) {
-        m_sendWhenImported = m_app.selection();
+        m_sendWhenImported.insert(m_app.selection());
         return;
     }
     if (m_canSend)
         afterConsent([this] { sendNow(); });
     else
         sendNow(); // which says why not
+}
+
+/// A prompt waits with its conversation: only the one that is shown can be sent.
+void ComposerState::sendImported()
+{
+    if (m_app.isImporting() || m_sendWhenImported.erase(m_app.selection()) == 0)
+        return;
+    updateCanSend();
+    send();
 }
 
 void ComposerState::afterConsent(std::function<void()> action)
@@ -122,7 +138,13 @@ QString ComposerState::cloudName() const
 QString ComposerState::statusLine() const
 {
     constexpr qsizetype longest = 400;
-    return m_app.statusMessage().left(longest).simplified();
+    return (m_remark.isEmpty() ? m_app.statusMessage() : m_remark).left(longest).simplified();
+}
+
+void ComposerState::remark(const QString& text)
+{
+    m_remark = text;
+    Q_EMIT statusLineChanged();
 }
 
 QString ComposerState::notice() const

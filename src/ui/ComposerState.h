@@ -11,6 +11,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 
 namespace varnel {
 
@@ -54,8 +55,11 @@ public:
     /// The name of the provider that answers the selected conversation; empty for Ollama.
     QString cloudName() const;
 
-    /// The status as one line that can be shown, whatever a server put into it.
+    /// The status as one line that can be shown, whatever a server put into it; or what the window itself had
+    /// to say since.
     QString statusLine() const;
+    /// Says something in the line of the status, until there is a new status or another conversation.
+    void remark(const QString& text);
     /// What is worth knowing before the prompt is sent; empty for nothing.
     QString notice() const;
     /// How much of its context the conversation takes, from 0 upwards; an estimate.
@@ -96,6 +100,7 @@ private:
     void updateCanSend();
     void setAsksCloud(bool asks);
     void sendNow();
+    void sendImported();
 
     AppModel& m_app;
     PromptEdit& m_edit;
@@ -104,8 +109,9 @@ private:
     bool m_asksCloud = false;
     std::function<void()> m_afterConsent; // what the question is about
     bool m_sendsWithControl = false;
-    // The conversation whose prompt goes as soon as its attachments are there.
-    QUuid m_sendWhenImported;
+    QString m_remark;
+    // The conversations whose prompt goes as soon as its attachments are there.
+    std::set<QUuid> m_sendWhenImported;
 };
 
 } // namespace varnel

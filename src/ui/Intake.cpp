@@ -40,14 +40,28 @@ QString titleOf(const QUrl& url)
 
 } // namespace
 
-Intake::Intake(AppModel& app, QObject* parent)
+Intake::Intake(AppModel& app, const PromptEdit& edit, QObject* parent)
     : QObject(parent)
     , m_app(app)
+    , m_edit(edit)
 {}
 
 QUrl Intake::homeFolder()
 {
     return QUrl::fromLocalFile(QDir::homePath());
+}
+
+bool Intake::mayAttach()
+{
+    if (m_edit.active())
+        Q_EMIT refused(tr("Nothing can be attached while an earlier prompt is edited."));
+    return !m_edit.active();
+}
+
+void Intake::readPage(const QString& address)
+{
+    if (mayAttach())
+        m_app.readPage(address);
 }
 
 bool Intake::canTake(const QMimeData& data)
@@ -57,7 +71,8 @@ bool Intake::canTake(const QMimeData& data)
 
 bool Intake::takeDropped(const QMimeData& data, const QString& folder, Use use)
 {
-    if (takeObjects(data, folder, use))
+    const bool edits = use == Use::Attach && m_edit.active();
+    if (edits ? refuseObjects(data) : takeObjects(data, folder, use))
         return true;
     if (use == Use::Keep || !data.hasText())
         return false;
@@ -67,7 +82,7 @@ bool Intake::takeDropped(const QMimeData& data, const QString& folder, Use use)
 
 void Intake::insertText(const QString& text)
 {
-    if (text.size() > longestPaste)
+    if (text.size() > longestPaste && !m_edit.active())
         takeText(text);
     else if (!text.isEmpty())
         Q_EMIT textDropped(text);
@@ -89,6 +104,8 @@ bool Intake::paste()
     const QMimeData* const data = QGuiApplication::clipboard()->mimeData();
     if (!data)
         return false;
+    if (m_edit.active())
+        return refuseObjects(*data);
     // Office programs offer what was copied as a picture as well; people mean the text.
     if (!data->hasText() || data->hasUrls()) {
         if (takeObjects(*data, {}, Use::Attach))
@@ -117,7 +134,16 @@ bool Intake::pasteIntoLibrary(const QString& folder)
 
 void Intake::takeFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
 {
-    m_app.importFiles(files, folder, andAttach);
+    if (!andAttach || mayAttach())
+        m_app.importFiles(files, folder, andAttach);
+}
+
+/// What is no text has no place in an earlier prompt.
+bool Intake::refuseObjects(const QMimeData& data)
+{
+    const QList<QUrl> urls = data.urls();
+    const bool hasFiles = std::ranges::any_of(urls, &QUrl::isLocalFile);
+    return (hasFiles || (data.hasImage() && !data.hasText())) && !mayAttach();
 }
 
 bool Intake::takeObjects(const QMimeData& data, const QString& folder, Use use)

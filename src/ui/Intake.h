@@ -2,6 +2,7 @@
 
 #include "engine/AppModel.h"
 #include "ui/EngineObjects.h"
+#include "ui/PromptEdit.h"
 
 #include <QObject>
 #include <QtQml/qqmlregistration.h>
@@ -30,12 +31,18 @@ public:
     /// The folder of the library where pasted texts are.
     static QString pastedFolder() { return tr("Pasted"); }
 
-    /// The model outlives the object.
-    explicit Intake(AppModel& app, QObject* parent = nullptr);
+    /// The model and the edit outlive the object.
+    Intake(AppModel& app, const PromptEdit& edit, QObject* parent = nullptr);
     static Intake* create(QQmlEngine* engine, QJSEngine*) { return provided<Intake>(engine); }
 
     /// Where people look for their files first.
     static QUrl homeFolder();
+
+    /// Whether something can be attached now: not to an earlier prompt that is being edited. If not,
+    /// refused() says so.
+    Q_INVOKABLE bool mayAttach();
+    /// Has a page of the web put into the message, unless an earlier prompt is being edited.
+    Q_INVOKABLE void readPage(const QString& address);
 
     /// Whether takeDropped() would take something of it.
     static bool canTake(const QMimeData& data);
@@ -55,13 +62,17 @@ public:
 Q_SIGNALS:
     /// A short text is to be inserted where the cursor of the message is.
     void textDropped(const QString& text);
+    /// Why something was not taken.
+    void refused(const QString& reason);
 
 private:
     bool takeObjects(const QMimeData& data, const QString& folder, Use use);
+    bool refuseObjects(const QMimeData& data);
     void insertText(const QString& text);
     void takeText(const QString& text);
 
     AppModel& m_app;
+    const PromptEdit& m_edit;
 };
 
 } // namespace varnel

@@ -15,6 +15,17 @@ namespace {
 constexpr qsizetype longestTitle = 300;
 constexpr qsizetype longestNote = 100000;
 
+QString tidy(const QString& name)
+{
+    return wellFormed(name.simplified());
+}
+
+QString folderNamed(const QString& name)
+{
+    const QString trimmed = tidy(name);
+    return trimmed.isEmpty() ? QStringLiteral("Library") : trimmed;
+}
+
 QString dayOf(Instant time)
 {
     const auto seconds =
@@ -216,27 +227,29 @@ bool LibraryListModel::currentDeleted() const
     return current() && !current()->isLive();
 }
 
-void LibraryListModel::setTitle(const QString& title)
+void LibraryListModel::describe(const QString& identifier, const QString& title, const QString& folder,
+                                const QString& note)
 {
-    const QString wanted = wellFormed(title.simplified());
-    if (!current() || wanted.isEmpty() || title == currentTitle())
+    const LibraryItem* const item = m_app.libraryItem(QUuid(identifier));
+    if (!item)
         return;
-    m_app.changeItem(m_current, [&wanted](LibraryItem& item) { item.title = wanted; });
-}
-
-void LibraryListModel::setNote(const QString& note)
-{
-    if (!current() || note == currentNote())
+    // A text that was shown in part and left alone is to stay whole.
+    const QString newTitle = title == item->title.left(longestTitle) ? item->title : tidy(title);
+    const QString newNote = note == item->note.left(longestNote) ? item->note : wellFormed(note);
+    const QString newFolder = folder == item->folder.left(longestTitle) ? item->folder : folderNamed(folder);
+    LibraryItem wanted = *item;
+    wanted.title = newTitle.isEmpty() ? item->title : newTitle;
+    wanted.note = newNote;
+    wanted.folder = newFolder;
+    if (wanted == *item)
         return;
-    m_app.changeItem(m_current, [wanted = wellFormed(note)](LibraryItem& item) { item.note = wanted; });
+    m_app.changeItem(wanted.id, [&wanted](LibraryItem& changed) { changed = wanted; });
 }
 
 void LibraryListModel::moveTo(const QString& folder)
 {
-    const QString trimmed = wellFormed(folder.simplified());
-    const QString wanted = trimmed.isEmpty() ? QStringLiteral("Library") : trimmed;
-    if (current() && folder != currentFolder())
-        m_app.changeItem(m_current, [&wanted](LibraryItem& item) { item.folder = wanted; });
+    if (current())
+        describe(currentIdentifier(), currentTitle(), folder, currentNote());
 }
 
 void LibraryListModel::toggleAttached()
@@ -272,10 +285,11 @@ void LibraryListModel::handOff()
 bool LibraryListModel::addLink(const QString& address, const QString& folder)
 {
     const QString typed = address.trimmed();
-    const QUrl url(typed.contains(QLatin1String("://")) ? typed : QStringLiteral("https://") + typed,
-                   QUrl::StrictMode);
+    const bool isWhole = typed.contains(QLatin1String("://"));
+    const QUrl url(isWhole ? typed : QStringLiteral("https://") + typed, QUrl::StrictMode);
     const bool isPage = url.scheme() == QLatin1String("https") || url.scheme() == QLatin1String("http");
-    if (!isPage || !url.host().contains(QLatin1Char('.')))
+    // A word alone is no address; with its scheme in front it is, for computers of the same network.
+    if (!isPage || url.host().isEmpty() || (!isWhole && !url.host().contains(QLatin1Char('.'))))
         return false;
     const QString title = (url.host() + url.path()).left(longestTitle);
     m_app.addLink(title.endsWith(QLatin1Char('/')) ? title.chopped(1) : title, url.toString(), {}, folder);

@@ -24,6 +24,7 @@ class LibraryListModel : public QAbstractListModel
     Q_PROPERTY(int kind READ kind WRITE setKind NOTIFY filterChanged)
     Q_PROPERTY(bool showsDeleted READ showsDeleted WRITE setShowsDeleted NOTIFY filterChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentChanged)
+    Q_PROPERTY(QString currentIdentifier READ currentIdentifier NOTIFY currentChanged)
     Q_PROPERTY(QString currentTitle READ currentTitle NOTIFY currentChanged)
     Q_PROPERTY(QString currentNote READ currentNote NOTIFY currentChanged)
     Q_PROPERTY(QString currentFolder READ currentFolder NOTIFY currentChanged)
@@ -64,6 +65,7 @@ public:
     int currentRow() const;
     void setCurrentRow(int row);
     const QUuid& currentId() const { return m_current; }
+    QString currentIdentifier() const { return m_current.toString(QUuid::WithoutBraces); }
     QString currentTitle() const;
     QString currentNote() const;
     QString currentFolder() const;
@@ -72,9 +74,11 @@ public:
     QString currentDetail() const;
     bool currentAttached() const;
     bool currentDeleted() const;
-    /// Changes the chosen item. A blank title changes nothing, a blank folder is the usual one.
-    Q_INVOKABLE void setTitle(const QString& title);
-    Q_INVOKABLE void setNote(const QString& note);
+    /// Gives an item what was typed for it, whichever item is chosen by now. A blank title changes nothing, a
+    /// blank folder is the usual one; an item that is gone changes nothing.
+    Q_INVOKABLE void describe(const QString& identifier, const QString& title, const QString& folder,
+                              const QString& note);
+    /// Puts the chosen item into a folder.
     Q_INVOKABLE void moveTo(const QString& folder);
     /// Attaches the chosen item to the next message, or takes it off again.
     Q_INVOKABLE void toggleAttached();

@@ -36,7 +36,12 @@ ProjectPreview::ProjectPreview(AppModel& app, QObject* parent)
     , m_app(app)
 {
     connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::canRestoreChanged);
-    connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::noteRestored);
+    connect(&app, &AppModel::projectFilesChanged, this, &ProjectPreview::noteFilesChanged);
+    connect(&app, &AppModel::selectionChanged, this, &ProjectPreview::declineRestore);
+    connect(&app, &AppModel::isStreamingChanged, this, [this] {
+        if (m_app.isBusy())
+            setOffersRestore(false);
+    });
 }
 
 int ProjectPreview::rowCount(const QModelIndex& parent) const
@@ -80,12 +85,12 @@ QHash<int, QByteArray> ProjectPreview::roleNames() const
             {TickableRole, "tickable"}};
 }
 
-void ProjectPreview::show(const QUuid& message)
+void ProjectPreview::show(const QUuid& message, const QString& path)
 {
-    m_task = followShow(message);
+    m_task = followShow(message, path);
 }
 
-Task<void> ProjectPreview::followShow(QUuid message)
+Task<void> ProjectPreview::followShow(QUuid message, QString path)
 {
     const QUuid session = m_app.selection();
     std::vector<PlannedProjectFile> files = co_await m_app.planProjectFiles(message);
@@ -95,6 +100,10 @@ Task<void> ProjectPreview::followShow(QUuid message)
     m_message = message;
     setNotice({});
     take(lastOfEachPath(std::move(files)));
+    const auto meant = std::ranges::find_if(
+        m_files, [&path](const PlannedProjectFile& each) { return each.file.relativePath == path; });
+    if (meant != m_files.end())
+        setCurrentRow(static_cast<int>(meant - m_files.begin()));
     Q_EMIT shown();
 }
 
@@ -145,6 +154,9 @@ Task<void> ProjectPreview::followWrite()
         setNotice(tr("Something has changed since this was opened. Look again before it is written."));
         co_return;
     }
+    m_isOverwriting = std::ranges::any_of(m_files, [this](const PlannedProjectFile& each) {
+        return each.change == ProjectFileChange::Changed && m_ticked.contains(each.file.relativePath);
+    });
     m_app.writeProjectFiles(m_message, QStringList(m_ticked.begin(), m_ticked.end()));
     Q_EMIT written();
 }
@@ -152,11 +164,22 @@ Task<void> ProjectPreview::followWrite()
 void ProjectPreview::restore()
 {
     m_isRestoring = true;
+    setOffersRestore(false);
     m_app.restoreProjectFiles();
 }
 
-void ProjectPreview::noteRestored()
+void ProjectPreview::setOffersRestore(bool offers)
 {
+    if (offers == m_offersRestore)
+        return;
+    m_offersRestore = offers;
+    Q_EMIT offersRestoreChanged();
+}
+
+void ProjectPreview::noteFilesChanged()
+{
+    if (std::exchange(m_isOverwriting, false))
+        setOffersRestore(canRestore() && m_app.selection() == m_session);
     if (std::exchange(m_isRestoring, false))
         m_task = followRestore();
 }

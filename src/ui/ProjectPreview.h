@@ -26,6 +26,7 @@ class ProjectPreview : public QAbstractListModel
     Q_PROPERTY(QString folder READ folder NOTIFY contentsChanged)
     Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
     Q_PROPERTY(bool canRestore READ canRestore NOTIFY canRestoreChanged)
+    Q_PROPERTY(bool offersRestore READ offersRestore NOTIFY offersRestoreChanged)
 
 public:
     enum Role { PathRole = Qt::UserRole, ChangeRole, StateRole, TickedRole, TickableRole };
@@ -43,7 +44,8 @@ public:
 
     /// Shows the files of a reply of the selected conversation, as soon as they were looked at. When it has
     /// none, or no folder is chosen, the status says so and nothing is shown.
-    Q_INVOKABLE void show(const QUuid& message);
+    /// @param path the file that is the current one then; the first one if the reply has no such file.
+    void show(const QUuid& message, const QString& path = {});
     /// Ticks a file or takes the tick away; a file that cannot be written stays without.
     Q_INVOKABLE void setTicked(int row, bool ticked);
     /// Writes the files that are ticked, unless something of what is shown has changed since: then it shows
@@ -62,6 +64,10 @@ public:
     /// Why nothing was written yet; empty at first.
     const QString& notice() const { return m_notice; }
     bool canRestore() const { return m_app.canRestoreProjectFiles(); }
+    /// Whether something was overwritten a moment ago: until it is put back, declined, or the conversation
+    /// goes on.
+    bool offersRestore() const { return m_offersRestore; }
+    Q_INVOKABLE void declineRestore() { setOffersRestore(false); }
 
 Q_SIGNALS:
     /// There is something to look at.
@@ -73,13 +79,16 @@ Q_SIGNALS:
     void tickedChanged();
     void noticeChanged();
     void canRestoreChanged();
+    void offersRestoreChanged();
 
 private:
-    Task<void> followShow(QUuid message);
+    Task<void> followShow(QUuid message, QString path);
     Task<void> followWrite();
     /// Shows the files anew that were put back.
     Task<void> followRestore();
-    void noteRestored();
+    /// Offers to put back what was overwritten, or shows the files anew that were.
+    void noteFilesChanged();
+    void setOffersRestore(bool offers);
     void take(std::vector<PlannedProjectFile> files);
     void compare();
     void setNotice(const QString& text);
@@ -93,6 +102,8 @@ private:
     int m_currentRow = -1;
     QString m_notice;
     bool m_isRestoring = false;
+    bool m_isOverwriting = false;
+    bool m_offersRestore = false;
     // What is asked of the model; whatever is asked for later takes its place.
     Task<void> m_task;
 };

@@ -66,7 +66,17 @@ TranscriptRemedies remediesOf(const TurnFailure& failure)
 /// Whether a reply holds files for a project. Most say nothing of the kind, and need not be read for it.
 bool hasProjectFiles(const QString& reply)
 {
-    return reply.contains(QLatin1String("path:")) && !projectFiles(reply).empty();
+    // A file is named behind a colon, on the line that opens a block.
+    for (const QLatin1String fence : {QLatin1String("```"), QLatin1String("~~~")}) {
+        for (qsizetype at = reply.indexOf(fence); at >= 0; at = reply.indexOf(fence, at)) {
+            const qsizetype found = reply.indexOf(QLatin1Char('\n'), at);
+            const qsizetype end = found < 0 ? reply.size() : found;
+            if (QStringView(reply).sliced(at, end - at).contains(QLatin1Char(':')))
+                return !projectFiles(reply).empty();
+            at = end;
+        }
+    }
+    return false;
 }
 
 bool isLoaded(const std::vector<OllamaRunning>& running, const QString& model)
@@ -132,7 +142,9 @@ void TranscriptFeed::describeReply(const ChatSession& session, const ChatMessage
     shown.streaming = message.id == m_app.streamingMessage();
     if (shown.streaming && message.content.isEmpty() && message.thinking.isEmpty()) {
         shown.waitingSince = m_turnBegan;
-        if (m_runningIsFresh && !isLoaded(m_app.runningModels(), session.model))
+        // What a provider loads it does not tell.
+        if (session.answerBackend == AnswerBackend::Ollama && m_runningIsFresh &&
+            !isLoaded(m_app.runningModels(), session.model))
             shown.waitingLabel = tr("Loading model");
     }
     if (const auto thinking = m_thinking.find(message.id); thinking != m_thinking.end()) {
@@ -274,7 +286,7 @@ void TranscriptFeed::act(const QString& id, const QString& action)
     else if (action == QLatin1String("handOff"))
         m_app.handOffReply(QUuid(id));
     else if (action == QLatin1String("writeFiles"))
-        Q_EMIT writeRequested(id);
+        Q_EMIT writeRequested(id, {});
     else if (action == QLatin1String("save"))
         Q_EMIT saveRequested(id);
     else if (action == QLatin1String("more"))
@@ -283,6 +295,11 @@ void TranscriptFeed::act(const QString& id, const QString& action)
         m_app.editFailed(); // nothing came after it, so nothing is asked
     else if (action == QLatin1String("edit"))
         Q_EMIT editRequested(id);
+}
+
+void TranscriptFeed::writeFile(const QString& id, const QString& path)
+{
+    Q_EMIT writeRequested(id, path);
 }
 
 void TranscriptFeed::tryAgain(const QString& id)

@@ -38,6 +38,8 @@ public:
     /// @param action as TranscriptView::actionRequested() names it. What needs a sheet of its own is reported
     /// by one of the signals.
     Q_INVOKABLE void act(const QString& id, const QString& action);
+    /// Asks to write the files of a reply, of which this one was pointed at.
+    Q_INVOKABLE void writeFile(const QString& id, const QString& path);
     /// Asks for the answer to a failed prompt, or for an unfinished reply, once more.
     Q_INVOKABLE void tryAgain(const QString& id);
     /// Goes on from a message in a new conversation.
@@ -52,7 +54,8 @@ public:
 Q_SIGNALS:
     /// A prompt is to be edited, the files of a reply to be written, a message to be saved.
     void editRequested(const QString& id);
-    void writeRequested(const QString& id);
+    /// @param path the file that is meant first; empty for none in particular.
+    void writeRequested(const QString& id, const QString& path);
     void saveRequested(const QString& id);
     /// What else can be done with a message is to be offered.
     void moreRequested(const QString& id);

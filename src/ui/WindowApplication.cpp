@@ -36,6 +36,9 @@ void registerFont()
 {
     const QStringList places = {
         QCoreApplication::applicationDirPath() + QStringLiteral("/../share/varnel/Fonts/EBGaramond.ttf"),
+        // In the bundle of macOS.
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../Resources/Fonts/EBGaramond.ttf"),
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../Resources/EBGaramond.ttf"),
         QStringLiteral("/usr/share/fonts/opentype/ebgaramond/EBGaramond12-Regular.otf"),
     };
     for (const QString& place : places) {

@@ -77,12 +77,21 @@ void WindowLayout::setSidebarShown(bool shown)
     Q_EMIT changed();
 }
 
+void WindowLayout::setFirstRunStep(int step)
+{
+    if (step == m_state.firstRunStep)
+        return;
+    m_state.firstRunStep = step;
+    Q_EMIT changed();
+}
+
 void WindowLayout::store(WindowState& state) const
 {
     state.geometry = m_state.geometry;
     state.maximized = m_state.maximized;
     state.sidebarWidth = m_state.sidebarWidth;
     state.sidebarShown = m_state.sidebarShown;
+    state.firstRunStep = m_state.firstRunStep;
 }
 
 } // namespace varnel

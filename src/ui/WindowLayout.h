@@ -10,13 +10,14 @@ class QWindow;
 
 namespace varnel {
 
-/// Where the window stands and how its parts share it.
+/// Where the window stands, how its parts share it, and how far its first run had come.
 class WindowLayout : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
     QML_SINGLETON
     Q_PROPERTY(int sidebarWidth READ sidebarWidth WRITE setSidebarWidth NOTIFY changed)
+    Q_PROPERTY(int firstRunStep READ firstRunStep WRITE setFirstRunStep NOTIFY changed)
     Q_PROPERTY(bool sidebarShown READ sidebarShown WRITE setSidebarShown NOTIFY changed)
 
 public:
@@ -30,6 +31,9 @@ public:
     /// At zoom 1, from 200 to 360.
     int sidebarWidth() const { return m_state.sidebarWidth; }
     bool sidebarShown() const { return m_state.sidebarShown; }
+    /// From 0; as it was written, which may be beyond the last one.
+    int firstRunStep() const { return m_state.firstRunStep; }
+    void setFirstRunStep(int step);
     void setSidebarWidth(int width);
     void setSidebarShown(bool shown);
 

@@ -18,10 +18,10 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     , m_conversations(app, clock)
     , m_models(app)
     , m_attachments(app)
-    , m_intake(app)
+    , m_promptEdit(app)
+    , m_intake(app, m_promptEdit)
     , m_library(app)
     , m_projectPreview(app)
-    , m_promptEdit(app)
     , m_composer(app, m_promptEdit, m_state)
     , m_notices(app, clock, m_notifier,
                 [] { return QGuiApplication::applicationState() == Qt::ApplicationActive; })
@@ -41,11 +41,14 @@ WindowScreens::WindowScreens(AppModel& app, const Clock& clock, QString stateFil
     QObject::connect(&m_appearance, &Appearance::zoomChanged, &m_saveSoon, saveSoon);
     QObject::connect(&m_composer, &ComposerState::sendsWithControlChanged, &m_saveSoon, saveSoon);
 
+    QObject::connect(&m_intake, &Intake::refused, &m_composer, &ComposerState::remark);
     m_feed.setConsent([this](std::function<void()> action) { m_composer.afterConsent(std::move(action)); });
     QObject::connect(&m_feed, &TranscriptFeed::editRequested, &m_promptEdit,
                      [this](const QString& id) { m_promptEdit.begin(QUuid::fromString(id)); });
     QObject::connect(&m_feed, &TranscriptFeed::writeRequested, &m_projectPreview,
-                     [this](const QString& id) { m_projectPreview.show(QUuid::fromString(id)); });
+                     [this](const QString& id, const QString& path) {
+                         m_projectPreview.show(QUuid::fromString(id), path);
+                     });
 
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     provide(m_engine, app);

@@ -42,7 +42,11 @@ public:
 
     /// Loads the window, not shown yet; null if its parts are not installed, which Qt reports.
     QQuickWindow* load();
-    void show(QQuickWindow& window) { m_layout.show(window); }
+    void show(QQuickWindow& window)
+    {
+        m_appearance.watchWheel(window);
+        m_layout.show(window);
+    }
     QQmlEngine& engine() { return m_engine; }
     /// Says when a notification was pressed and the window is wanted.
     const ReplyNotices& notices() const { return m_notices; }
@@ -58,10 +62,10 @@ private:
     ConversationListModel m_conversations;
     ModelListModel m_models;
     AttachmentListModel m_attachments;
+    PromptEdit m_promptEdit;
     Intake m_intake;
     LibraryListModel m_library;
     ProjectPreview m_projectPreview;
-    PromptEdit m_promptEdit;
     ComposerState m_composer;
     DesktopNotifier m_notifier;
     ReplyNotices m_notices;

@@ -19,6 +19,7 @@ const QString sidebarShownKey = QStringLiteral("sidebarShown");
 const QString schemeKey = QStringLiteral("colours");
 const QString darkKey = QStringLiteral("desktopWasDark");
 const QString zoomKey = QStringLiteral("zoom");
+const QString firstRunKey = QStringLiteral("firstRunStep");
 const QString sendKey = QStringLiteral("sendsWithControl");
 
 constexpr std::array schemeNames{QLatin1String("system"), QLatin1String("light"), QLatin1String("dark")};
@@ -63,6 +64,7 @@ WindowState loadWindowState(const QString& file)
     const double zoom = settings.value(zoomKey).toDouble(&isNumber);
     if (isNumber)
         state.zoom = zoom;
+    state.firstRunStep = settings.value(firstRunKey, state.firstRunStep).toInt();
     state.sendsWithControl = settings.value(sendKey, state.sendsWithControl).toBool();
     return state;
 }
@@ -78,6 +80,7 @@ void saveWindowState(const QString& file, const WindowState& state)
     settings.setValue(schemeKey, QString(schemeNames.at(static_cast<std::size_t>(state.scheme))));
     settings.setValue(darkKey, state.desktopWasDark);
     settings.setValue(zoomKey, state.zoom);
+    settings.setValue(firstRunKey, state.firstRunStep);
     settings.setValue(sendKey, state.sendsWithControl);
 }
 

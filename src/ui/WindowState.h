@@ -20,6 +20,8 @@ struct WindowState
     /// What the desktop said last, so that the first frame has its colours before it is heard again.
     bool desktopWasDark = false;
     double zoom = 1;
+    /// How far the first run had come, counted from 0.
+    int firstRunStep = 0;
     /// Enter is a new line, and sends together with Control.
     bool sendsWithControl = false;
 

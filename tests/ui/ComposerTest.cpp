@@ -133,6 +133,65 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
     }
 
+    void aPromptIsNotSentWithoutWhatCouldNotBeCopied()
+    {
+        ComposerFixture fixture;
+        fixture.type(QStringLiteral("read"));
+        fixture.app.importFiles(
+            {QUrl::fromLocalFile(fixture.profile.folder.filePath(QStringLiteral("missing.txt")))}, {}, true);
+        fixture.press(Qt::Key_Return);
+        QVERIFY(waitUntil([&] { return !fixture.app.isImporting(); }));
+        QVERIFY(fixture.app.selectedSession()->messages.empty() && !fixture.app.isBusy());
+        QCOMPARE(fixture.app.draft(), QStringLiteral("read"));
+        QVERIFY(fixture.composer().statusLine().contains(QStringLiteral("missing.txt")));
+    }
+
+    void aPromptWaitsWithItsConversation()
+    {
+        ComposerFixture fixture;
+        const QUuid first = fixture.app.selection();
+        QVERIFY(fixture.say(QStringLiteral("one")));
+        QGuiApplication::clipboard()->setText(QStringLiteral("0123456789").repeated(1001));
+        fixture.type(QStringLiteral("read"));
+        fixture.press(Qt::Key_V, Qt::ControlModifier);
+        fixture.press(Qt::Key_Return);
+        fixture.app.newConversation();
+        QVERIFY(waitUntil([&] { return !fixture.app.isImporting(); }));
+        QVERIFY(!fixture.app.isBusy());
+        QCOMPARE(fixture.app.session(first)->messages.size(), 2U);
+        fixture.app.select(first);
+        QVERIFY(waitUntil([&] { return fixture.app.session(first)->messages.size() == 4; }));
+        QVERIFY(fixture.app.session(first)->messages[2].content.contains(QStringLiteral("0123456789")));
+        QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
+    }
+
+    void anEarlierPromptTakesTextsAndNothingElse()
+    {
+        ComposerFixture fixture;
+        QVERIFY(fixture.begin(QStringLiteral("first")));
+        fixture.edit().begin(QUuid(fixture.app.selectedSession()->messages[0].id));
+        const QString text = QStringLiteral("0123456789").repeated(1001);
+        QGuiApplication::clipboard()->setText(text);
+        fixture.press(Qt::Key_V, Qt::ControlModifier);
+        QCOMPARE(fixture.composer().text(), QStringLiteral("first") + text);
+        QCOMPARE(fixture.composer().statusLine(), QString());
+        QGuiApplication::clipboard()->setImage(smallPicture());
+        fixture.press(Qt::Key_V, Qt::ControlModifier);
+        const QString refusal = fixture.composer().statusLine();
+        QVERIFY(!refusal.isEmpty());
+        fixture.composer().remark({});
+        QMimeData files;
+        files.setUrls({fixture.file(QStringLiteral("plan.txt"), "one")});
+        QVERIFY(fixture.drop(files));
+        QCOMPARE(fixture.composer().statusLine(), refusal);
+        fixture.composer().remark({});
+        fixture.part<Intake>("Intake").readPage(QStringLiteral("https://example.org"));
+        QCOMPARE(fixture.composer().statusLine(), refusal);
+        QVERIFY(!fixture.app.isImporting() && !fixture.app.isReadingPage());
+        QCOMPARE(fixture.app.libraryItems().size(), 0U);
+        QCOMPARE(fixture.app.draft(), QString());
+    }
+
     void anEarlierPromptIsEditedWhileTheDraftWaits()
     {
         ComposerFixture fixture;
@@ -271,10 +330,13 @@ private Q_SLOTS:
         ComposerFixture fixture;
         LibraryListModel& library = fixture.library();
         QVERIFY(!library.addLink(QStringLiteral("no address"), {}));
+        QVERIFY(!library.addLink(QStringLiteral("localhost"), {}));
+        QVERIFY(library.addLink(QStringLiteral("http://gpu:8080/doc"), {}));
+        fixture.app.removeItemForGood(library.currentId());
         QVERIFY(!library.addLink(QStringLiteral("file:///etc/passwd"), {}));
         for (const char* const address : {"example.org/whales", "https://example.org/trains"})
             QVERIFY(library.addLink(QString::fromLatin1(address), QStringLiteral("Web")));
-        library.setNote(QStringLiteral("steam"));
+        library.describe(library.currentIdentifier(), {}, QStringLiteral("Web"), QStringLiteral("steam"));
         QCOMPARE(library.folders(), QStringList{QStringLiteral("Web")});
         fixture.app.setLibraryQuery(QStringLiteral("STEAM example"));
         QCOMPARE(library.count(), 1);
@@ -333,12 +395,16 @@ private Q_SLOTS:
         preview.write();
         QVERIFY(waitUntil([&] { return !preview.notice().isEmpty(); }));
         QCOMPARE(contentsOf(path("src/a.txt")), QByteArray("three\n"));
+        preview.show(reply, QStringLiteral("new.txt")); // as its own button in the reply asks
+        QCOMPARE(preview.currentRow(), 1);
         preview.setTicked(1, false);
+        QVERIFY(!preview.offersRestore());
         preview.write();
-        QVERIFY(waitUntil([&] { return preview.canRestore(); }));
+        QVERIFY(waitUntil([&] { return preview.offersRestore(); }));
         QCOMPARE(contentsOf(path("src/a.txt")), QByteArray("one\n2\n"));
         QVERIFY(!QFileInfo::exists(path("new.txt")) && !QFileInfo::exists(path(".git")));
         preview.restore();
+        QVERIFY(!preview.offersRestore());
         QVERIFY(waitUntil([&] { return contentsOf(path("src/a.txt")) == "three\n"; }));
         QVERIFY(!preview.canRestore());
     }

@@ -217,6 +217,11 @@ private Q_SLOTS:
         fixture.press(Qt::Key_Comma, Qt::ControlModifier);
         QVERIFY(fixture.click("Set up again…"));
         QVERIFY(fixture.shows("Step 2 of 4"));
+        fixture.screens.reset();
+        fixture.app.reset();
+        fixture.open(); // the next start
+        QVERIFY(fixture.shows("Step 2 of 4"));
+        QVERIFY(waitUntil([&] { return fixture.app->linkState() == LinkState::Connected; }));
         QVERIFY(fixture.click("Next"));
         QVERIFY(fixture.click("practice-thinking:14b"));
         QCOMPARE(fixture.app->defaultModel(), QStringLiteral("practice-thinking:14b"));
@@ -267,9 +272,13 @@ private Q_SLOTS:
         fixture.open(Qt::Key_Comma);
         fixture.app->rename(fixture.app->selection(), QStringLiteral("As it was"));
         QVERIFY(fixture.click("Files"));
+        const auto& backups = fixture.part<BackupListModel>("BackupListModel");
+        static_cast<void>(fixture.app->planProjectFiles({})); // which says something else in the status
+        QCOMPARE(backups.report(), QString());
         QVERIFY(fixture.click("Back up now"));
         QVERIFY(
             waitUntil([&] { return fixture.app->statusMessage().startsWith(QStringLiteral("Backup ")); }));
+        QCOMPARE(backups.report(), fixture.app->statusMessage());
         fixture.clock.advance(1min);
         fixture.app->rename(fixture.app->selection(), QStringLiteral("Changed"));
         QAccessibleInterface* restore = nullptr;

@@ -33,7 +33,9 @@ struct SheetFixture : ProfileFixture
     /// Opens the window and, by its keys, a sheet.
     void open(Qt::Key sheet = Qt::Key_unknown)
     {
-        app.emplace(profile.services());
+        AppModel::Services services = profile.services();
+        services.pages = pages;
+        app.emplace(services);
         screens.emplace(*app, clock, profile.folder.filePath(QStringLiteral("window.ini")));
         window = screens->load();
         if (!window)
@@ -131,6 +133,13 @@ struct SheetFixture : ProfileFixture
         return focus ? focus->text(QAccessible::Name) : QString();
     }
 
+    template <typename T>
+    T& part(const char* name)
+    {
+        return *screens->engine().singletonInstance<T*>(qmlTypeId("Varnel", 1, 0, name));
+    }
+
+    PageNetwork* pages = nullptr;
     std::optional<AppModel> app;
     std::optional<WindowScreens> screens;
     QQuickWindow* window = nullptr;

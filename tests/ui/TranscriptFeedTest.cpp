@@ -66,8 +66,15 @@ private Q_SLOTS:
         QCOMPARE(QGuiApplication::clipboard()->text(), reply.content);
     }
 
+    void aModelThatIsNotLoadedIsSaidToBeLoading_data()
+    {
+        QTest::addColumn<bool>("remote");
+        QTest::newRow("Ollama") << false;
+        QTest::newRow("a provider, of which nobody knows") << true;
+    }
     void aModelThatIsNotLoadedIsSaidToBeLoading()
     {
+        QFETCH(bool, remote);
         ModelFixture fixture({.slowStart = 1min});
         TranscriptFeed feed(fixture.app, fixture.clock);
         fixture.app.chooseModel(QStringLiteral("practice-slow:1b"));
@@ -77,9 +84,12 @@ private Q_SLOTS:
         QCOMPARE(feed.model()->message(1).waitingLabel, QString());
         QVERIFY(waitUntil([&] { return fixture.app.isStreaming(); }));
         const QSignalSpy asked(&fixture.app, &AppModel::runningModelsChanged);
+        if (remote)
+            fixture.app.changeSettings(
+                [](ChatSession& session) { session.answerBackend = AnswerBackend::Remote; });
         QVERIFY(waitUntil([&] { return asked.count() > 0; }));
-        const bool loaded = !fixture.app.runningModels().empty();
-        QCOMPARE(feed.model()->message(1).waitingLabel, loaded ? QString() : QStringLiteral("Loading model"));
+        const bool silent = remote || !fixture.app.runningModels().empty();
+        QCOMPARE(feed.model()->message(1).waitingLabel, silent ? QString() : QStringLiteral("Loading model"));
         fixture.app.stop();
         QVERIFY(waitUntil([&] { return !fixture.app.isStreaming(); }));
         QCOMPARE(feed.model()->count(), 1);
@@ -119,9 +129,15 @@ private Q_SLOTS:
             stored(ChatRole::User, QStringLiteral("And the path: where is it?")),
             stored(ChatRole::Assistant, QStringLiteral("The path: it is"), std::nullopt),
         };
+        // What a file is called by any other key is a file too; a language with a colon is none.
+        session.messages.insert(
+            session.messages.begin() + 2,
+            {stored(ChatRole::Assistant, QStringLiteral("~~~ File: notes\nx\n~~~")),
+             stored(ChatRole::Assistant, QStringLiteral("> ```yaml:roles/web.yml\n> x\n> ```")),
+             stored(ChatRole::Assistant, QStringLiteral("```python:x\na: 1\n```\nAnd: `path:a.py`"))});
         fixture.app.addConversation(session);
         const TranscriptModel& transcript = *feed.model();
-        QCOMPARE(transcript.count(), 4);
+        QCOMPARE(transcript.count(), 7);
         QCOMPARE(transcript.message(0).content, QStringLiteral("Look at these"));
         QCOMPARE(transcript.message(0).chips,
                  QList<TranscriptChip>({{QStringLiteral("PDF"), QStringLiteral("Report")},
@@ -130,19 +146,22 @@ private Q_SLOTS:
         QVERIFY(transcript.message(1).actions & TranscriptAction::WriteFiles);
         QVERIFY(!(transcript.message(1).actions & TranscriptAction::Regenerate)); // not the last one
         QVERIFY(!transcript.message(1).unfinished);
-        QVERIFY(!(transcript.message(3).actions & TranscriptAction::WriteFiles));
-        QVERIFY(transcript.message(3).unfinished);
-        QVERIFY(transcript.message(3).canTryAgain);
+        QVERIFY(transcript.message(2).actions & TranscriptAction::WriteFiles);
+        QVERIFY(transcript.message(3).actions & TranscriptAction::WriteFiles);
+        QVERIFY(!(transcript.message(4).actions & TranscriptAction::WriteFiles));
+        QVERIFY(!(transcript.message(6).actions & TranscriptAction::WriteFiles));
+        QVERIFY(transcript.message(6).unfinished);
+        QVERIFY(transcript.message(6).canTryAgain);
 
         fixture.app.chooseModel(QStringLiteral("practice-chat:70b"));
-        feed.tryAgain(transcript.message(3).id);
+        feed.tryAgain(transcript.message(6).id);
         QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
-        QCOMPARE(transcript.count(), 4);
-        QVERIFY(!transcript.message(3).unfinished);
-        QVERIFY(transcript.message(3).actions & TranscriptAction::Regenerate);
+        QCOMPARE(transcript.count(), 7);
+        QVERIFY(!transcript.message(6).unfinished);
+        QVERIFY(transcript.message(6).actions & TranscriptAction::Regenerate);
         QVERIFY(fixture.say(QStringLiteral("more")));
-        QVERIFY(!(transcript.message(3).actions & TranscriptAction::Regenerate));
-        QVERIFY(transcript.message(5).actions & TranscriptAction::Regenerate);
+        QVERIFY(!(transcript.message(6).actions & TranscriptAction::Regenerate));
+        QVERIFY(transcript.message(8).actions & TranscriptAction::Regenerate);
     }
 
     void anotherConversationIsAnotherTranscript()

@@ -11,7 +11,8 @@ PlainMenu {
 
     PlainMenuItem {
         text: qsTr("Files…")
-        onTriggered: menu.filesAsked()
+        onTriggered: if (Intake.mayAttach())
+            menu.filesAsked()
     }
     PlainMenuItem {
         keys: "Ctrl+L"
@@ -25,6 +26,7 @@ PlainMenu {
     }
     PlainMenuItem {
         text: qsTr("Read a web page…")
-        onTriggered: menu.pageAsked()
+        onTriggered: if (Intake.mayAttach())
+            menu.pageAsked()
     }
 }

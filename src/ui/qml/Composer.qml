@@ -74,6 +74,25 @@ FocusScope {
 
                     width: scroll.width
                     onCursorRectangleChanged: scroll.show(cursorRectangle)
+                    onMenuAsked: (position, place) => menu.ask(position, place)
+                }
+                SpellMarks {
+                    id: spelling
+
+                    color: Theme.error
+                    cursorPosition: editor.cursorPosition
+                    document: editor.textDocument
+                    height: scroll.height
+                    origin: Qt.point(editor.leftPadding, editor.topPadding - scroll.contentY)
+                    width: scroll.width
+                    y: scroll.contentY
+                    zoom: Appearance.zoom
+                }
+                ComposerMenu {
+                    id: menu
+
+                    editor: editor
+                    spelling: spelling
                 }
                 T.ScrollBar.vertical: PlainScrollBar {
                     policy: editor.height > scroll.height ? T.ScrollBar.AsNeeded : T.ScrollBar.AlwaysOff

@@ -15,11 +15,12 @@ Row {
 
         readonly property bool on: ConversationSettings.searchLabel.length > 0
 
-        Accessible.name: on ? qsTr("Search with %1").arg(ConversationSettings.searchLabel) : qsTr("Search")
+        Accessible.name: on ? qsTr("Search with %1, on").arg(ConversationSettings.searchLabel) : qsTr("Search")
         Accessible.role: Accessible.ButtonMenu
         hint: qsTr("Let the model look up current public information")
         iconName: "globe"
         ink: on ? Theme.accent : Theme.text
+        marked: on
         text: choices.brief ? "" : on ? ConversationSettings.searchLabel : qsTr("Search")
         onClicked: searchMenu.popup(search, 0, -searchMenu.height - Theme.unit)
 
@@ -34,11 +35,12 @@ Row {
 
         readonly property bool on: ConversationSettings.projectName.length > 0
 
-        Accessible.name: on ? qsTr("Project %1").arg(ConversationSettings.projectName) : qsTr("Project")
+        Accessible.name: on ? qsTr("Project %1, on").arg(ConversationSettings.projectName) : qsTr("Project")
         Accessible.role: Accessible.ButtonMenu
         hint: on ? ConversationSettings.projectPath : qsTr("Choose a folder for the files of this conversation")
         iconName: "folder"
         ink: on ? Theme.accent : Theme.text
+        marked: on
         text: choices.brief ? "" : !on ? qsTr("Project") : ConversationSettings.projectName.length > 14
                                          ? ConversationSettings.projectName.slice(0, 13) + "…"
                                          : ConversationSettings.projectName
@@ -61,9 +63,10 @@ Row {
 
         Accessible.role: Accessible.ButtonMenu
         hint: qsTr("Sampling: temperature, context length, keep-alive, system prompt")
-        Accessible.name: qsTr("Sampling")
+        Accessible.name: panel.isUsual ? qsTr("Sampling") : qsTr("Sampling, changed")
         iconName: "sliders"
         ink: panel.isUsual ? Theme.text : Theme.accent
+        marked: !panel.isUsual
         onClicked: panel.open()
 
         SamplingPanel {

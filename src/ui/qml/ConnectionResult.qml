@@ -25,6 +25,7 @@ Item {
     Spinner {
         anchors.left: parent.left
         height: Theme.icon
+        delay: 0 // the link has waited already
         visible: Link.connecting
         width: Theme.icon
     }

@@ -28,7 +28,11 @@ ListView {
     keyNavigationEnabled: false
     model: ConversationListModel
     pixelAligned: true
-    Keys.onDeletePressed: ConversationListModel.remove(currentIndex)
+    // A key that is held down deletes one conversation, not all below it.
+    Keys.onDeletePressed: event => {
+        if (!event.isAutoRepeat)
+            ConversationListModel.remove(currentIndex)
+    }
     Keys.onDownPressed: ConversationListModel.step(1)
     Keys.onEnterPressed: finished()
     Keys.onMenuPressed: openMenu(currentIndex)

@@ -51,7 +51,7 @@ PlainMenu {
     PlainMenuSeparator {
     }
     PlainMenuItem {
-        keys: qsTr("Del")
+        keys: "Del"
         text: qsTr("Delete")
         onTriggered: ConversationListModel.remove(menu.row())
     }

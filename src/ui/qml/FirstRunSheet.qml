@@ -6,19 +6,19 @@ import Varnel
 Sheet {
     id: sheet
 
-    property int step: 0
+    readonly property int step: Math.max(0, Math.min(titles.length - 1, WindowLayout.firstRunStep))
     readonly property list<string> titles: [qsTr("Where does Ollama run?"), qsTr("Does it answer?"), qsTr("Which model?"), qsTr("Keys, if you like")]
 
     signal modelsAsked
 
     function finish() {
         PreferenceEditor.finishFirstRun()
-        step = 0
+        WindowLayout.firstRunStep = 0
         close()
     }
     function go(to: int) {
         ConnectionEditor.apply()
-        step = to
+        WindowLayout.firstRunStep = to
         if (to === 1 && !Link.connected)
             ConnectionEditor.open()
     }

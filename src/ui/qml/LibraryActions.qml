@@ -45,7 +45,7 @@ Column {
             text: qsTr("Read page")
             visible: LibraryListModel.currentAddress.length > 0
             onClicked: {
-                AppModel.readPage(LibraryListModel.currentAddress)
+                Intake.readPage(LibraryListModel.currentAddress)
                 actions.finished()
             }
         }

@@ -8,10 +8,42 @@ Flickable {
     // The sheet is to be closed: the work goes on in a conversation.
     signal finished
 
+    // Whose texts stand in the fields: another item may be chosen before they are left.
+    property string identifier: ""
+    // The texts as they were put in; what differs from them was typed.
+    property string shownTitle: ""
+    property string shownFolder: ""
+    property string shownNote: ""
+
+    // Stores what was typed.
+    function keep() {
+        if (identifier.length > 0 && (title.text !== shownTitle || folder.text !== shownFolder || note.text !== shownNote))
+            LibraryListModel.describe(identifier, title.text, folder.text, note.text)
+    }
+    // Stores it and shows what has become of it.
+    function finishEdit() {
+        keep()
+        show(true)
+    }
+    function show(all: bool) {
+        if (all || title.text === shownTitle)
+            title.text = LibraryListModel.currentTitle
+        if (all || folder.text === shownFolder)
+            folder.text = LibraryListModel.currentFolder
+        if (all || note.text === shownNote)
+            note.text = LibraryListModel.currentNote
+        shownTitle = LibraryListModel.currentTitle
+        shownFolder = LibraryListModel.currentFolder
+        shownNote = LibraryListModel.currentNote
+    }
     function settle() {
-        title.text = LibraryListModel.currentTitle
-        folder.text = LibraryListModel.currentFolder
-        note.text = LibraryListModel.currentNote
+        const chosen = LibraryListModel.currentIdentifier
+        const other = chosen !== identifier
+        if (other) {
+            keep()
+            identifier = chosen
+        }
+        show(other)
     }
 
     boundsBehavior: Flickable.StopAtBounds
@@ -26,6 +58,14 @@ Flickable {
         }
 
         target: LibraryListModel
+    }
+    // The program may end while a field has the keyboard.
+    Connections {
+        function onClosing() {
+            details.keep()
+        }
+
+        target: details.Window.window
     }
     Column {
         id: column
@@ -43,7 +83,7 @@ Flickable {
             maximumLength: 300
             placeholderText: qsTr("Title")
             width: parent.width
-            onEditingFinished: LibraryListModel.setTitle(text)
+            onEditingFinished: details.finishEdit()
         }
         PlainText {
             color: Theme.secondary
@@ -77,7 +117,7 @@ Flickable {
                 iconName: "folder"
                 maximumLength: 100
                 placeholderText: qsTr("Folder")
-                onEditingFinished: LibraryListModel.moveTo(text)
+                onEditingFinished: details.finishEdit()
             }
             PlainButton {
                 id: pick
@@ -105,7 +145,7 @@ Flickable {
             label: qsTr("Note")
             readOnly: LibraryListModel.currentDeleted
             width: parent.width
-            onEdited: LibraryListModel.setNote(text)
+            onEdited: details.finishEdit()
         }
         LibraryActions {
             width: parent.width

@@ -16,7 +16,11 @@ ListView {
     keyNavigationEnabled: false
     model: LibraryListModel
     pixelAligned: true
-    Keys.onDeletePressed: LibraryListModel.remove()
+    // A key that is held down deletes one item, not all below it.
+    Keys.onDeletePressed: event => {
+        if (!event.isAutoRepeat)
+            LibraryListModel.remove()
+    }
     Keys.onDownPressed: LibraryListModel.currentRow = Math.min(count - 1, currentIndex + 1)
     Keys.onEnterPressed: LibraryListModel.toggleAttached()
     Keys.onReturnPressed: LibraryListModel.toggleAttached()

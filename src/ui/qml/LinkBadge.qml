@@ -44,6 +44,7 @@ Row {
             }
             Spinner {
                 anchors.fill: parent
+                delay: 0 // the link has waited already
                 visible: Link.connecting
             }
             Icon {

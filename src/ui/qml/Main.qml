@@ -15,33 +15,44 @@ T.ApplicationWindow {
     title: AppModel.selectedTitle
     width: 1120
 
+    // Held by the window itself and not by something in it, these work while a sheet lies over the rest as well.
+    readonly property list<QtObject> everywhere: [
+        Shortcut {
+            sequences: ["Ctrl++", "Ctrl+="]
+            onActivated: Appearance.zoomIn()
+        },
+        Shortcut {
+            sequence: "Ctrl+-"
+            onActivated: Appearance.zoomOut()
+        },
+        Shortcut {
+            sequence: "Ctrl+0"
+            onActivated: Appearance.resetZoom()
+        },
+        Shortcut {
+            sequence: "Ctrl+/"
+            onActivated: shortcutSheet.open()
+        },
+        Shortcut {
+            sequence: "Ctrl+Q"
+            onActivated: Qt.quit()
+        }
+    ]
+
     Item {
         id: stage
 
         anchors.fill: parent
         // What nothing else took: popups and the search come first.
         Keys.onEscapePressed: {
-            if (!pane.closeFind())
+            if (pane.closeFind())
+                return
+            if (AppModel.isBusy)
                 AppModel.stop()
+            else
+                AppModel.stopReadingPage()
         }
 
-        WheelHandler {
-            // Touch pads send a notch in many parts.
-            property real turned: 0
-
-            acceptedModifiers: Qt.ControlModifier
-            target: null
-            onWheel: event => {
-                turned += event.angleDelta.y
-                if (Math.abs(turned) < 120)
-                    return
-                if (turned > 0)
-                    Appearance.zoomIn()
-                else
-                    Appearance.zoomOut()
-                turned = 0
-            }
-        }
         Sidebar {
             id: sidebar
 
@@ -132,7 +143,6 @@ T.ApplicationWindow {
         onModelsAsked: models.openSheet()
         onSettingsAsked: settings.openSheet()
         onLibraryAsked: librarySheet.open()
-        onSheetAsked: shortcutSheet.open()
     }
     Component.onCompleted: {
         pane.focusComposer()

@@ -11,6 +11,8 @@ T.Button {
     // Floats above what scrolls, so that nothing shines through.
     property bool raised: false
     property bool primary: false
+    // Has something set that is worth a dot: a colour alone does not tell everybody.
+    property bool marked: false
     property string hint: ""
 
     property color ink: !primary ? Theme.text : enabled ? Theme.inkOnAccent : Theme.secondary
@@ -60,6 +62,16 @@ T.Button {
             name: button.iconName
             visible: button.iconName.length > 0
             width: Theme.icon
+
+            Rectangle {
+                anchors.horizontalCenter: parent.right
+                anchors.verticalCenter: parent.top
+                color: button.ink
+                height: width
+                radius: width / 2
+                visible: button.marked
+                width: Theme.px(7)
+            }
         }
         PlainText {
             Accessible.ignored: true

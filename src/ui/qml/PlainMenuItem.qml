@@ -6,6 +6,7 @@ import Varnel
 T.MenuItem {
     id: entry
 
+    // As in "Ctrl+Shift+C"; shown as the system writes them.
     property string keys: ""
 
     Accessible.name: text
@@ -51,7 +52,7 @@ T.MenuItem {
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary
             font: Theme.metadataFont
-            text: entry.keys
+            text: Appearance.nativeKeys(entry.keys)
         }
     }
     indicator: Item {

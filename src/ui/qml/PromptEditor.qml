@@ -9,6 +9,9 @@ T.TextArea {
     // Whether the text is being put in place by the window rather than by a hand.
     property bool settling: false
 
+    // What can be done at a position of the text is to be offered at a place.
+    signal menuAsked(position: int, place: point)
+
     function settle() {
         settling = true
         text = ComposerState.text
@@ -43,6 +46,8 @@ T.TextArea {
             event.accepted = true
         else if (event.key === Qt.Key_Escape && PromptEdit.active)
             PromptEdit.cancel()
+        else if (event.key === Qt.Key_Menu || (event.key === Qt.Key_F10 && event.modifiers === Qt.ShiftModifier))
+            menuAsked(cursorPosition, Qt.point(cursorRectangle.x, cursorRectangle.y + cursorRectangle.height))
         else if (event.key === Qt.Key_Up && event.modifiers === Qt.NoModifier && length === 0)
             ComposerState.editLastPrompt()
         else
@@ -74,13 +79,18 @@ T.TextArea {
     }
     // The other clipboard of X11 would put a long text in past the rule for long texts.
     MouseArea {
-        acceptedButtons: Qt.MiddleButton
+        acceptedButtons: Qt.MiddleButton | Qt.RightButton
         anchors.fill: parent
         cursorShape: Qt.IBeamCursor
         onClicked: mouse => {
+            const position = editor.positionAt(mouse.x, mouse.y)
             editor.forceActiveFocus(Qt.MouseFocusReason)
-            editor.cursorPosition = editor.positionAt(mouse.x, mouse.y)
-            Intake.pasteSelection()
+            if (mouse.button === Qt.MiddleButton || position < editor.selectionStart || position > editor.selectionEnd)
+                editor.cursorPosition = position
+            if (mouse.button === Qt.MiddleButton)
+                Intake.pasteSelection()
+            else
+                editor.menuAsked(position, Qt.point(mouse.x, mouse.y))
         }
     }
     Connections {

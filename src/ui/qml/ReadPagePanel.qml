@@ -21,7 +21,7 @@ T.Popup {
     function read() {
         if (address.text.trim().length === 0)
             return
-        AppModel.readPage(address.text)
+        Intake.readPage(address.text)
         close()
     }
 

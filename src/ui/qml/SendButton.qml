@@ -1,20 +1,21 @@
 import QtQuick
 import Varnel
 
-// Sends the prompt; while a reply runs the same place stops it.
+// Sends the prompt; while a reply runs, or is made ready, the same place stops it.
 PlainButton {
     id: button
 
     // The keyboard belongs to the text again.
     signal used
 
-    Accessible.name: AppModel.isStreaming ? qsTr("Stop") : qsTr("Send")
-    enabled: AppModel.isStreaming || ComposerState.canSend
-    hint: AppModel.isStreaming ? qsTr("Stop (Esc)") : ComposerState.sendsWithControl ? qsTr("Send (Ctrl+Enter)") : qsTr("Send (Enter)")
-    iconName: AppModel.isStreaming ? "stop" : "send"
+    Accessible.name: AppModel.isBusy ? qsTr("Stop") : qsTr("Send")
+    enabled: AppModel.isBusy || ComposerState.canSend
+    hint: AppModel.isBusy ? qsTr("Stop (Esc)") : ComposerState.sendsWithControl
+                            ? qsTr("Send (%1)").arg(Appearance.nativeKeys("Ctrl+Enter")) : qsTr("Send (Enter)")
+    iconName: AppModel.isBusy ? "stop" : "send"
     primary: true
     onClicked: {
-        if (AppModel.isStreaming)
+        if (AppModel.isBusy)
             AppModel.stop()
         else
             ComposerState.send()

@@ -3,7 +3,7 @@ import Varnel
 
 // Where everything is kept, and its backups.
 SettingsPage {
-    Component.onCompleted: BackupListModel.refresh()
+    Component.onCompleted: BackupListModel.begin()
     title: qsTr("Files")
 
     PlainText {
@@ -41,7 +41,7 @@ SettingsPage {
     }
     SettingsNote {
         Accessible.role: Accessible.StatusBar
-        text: ComposerState.statusLine
+        text: BackupListModel.report
         visible: text.length > 0
     }
     SettingsHeading {

@@ -22,7 +22,7 @@ SettingsPage {
             id: choose
 
             anchors.right: parent.right
-            hint: qsTr("Look through the models (Ctrl+M)")
+            hint: qsTr("Look through the models (%1)").arg(Appearance.nativeKeys("Ctrl+M"))
             outlined: true
             text: qsTr("Models…")
             onClicked: page.modelsAsked()
@@ -41,7 +41,7 @@ SettingsPage {
         onStored: text => PreferenceEditor.contextLength = text
     }
     ValueField {
-        hint: qsTr("How long the server keeps a model in memory: 5m, 1h, -1 for always")
+        hint: qsTr("How long the server keeps a model in memory: 30s, 5m, 1h; 0 is not at all, -1m for ever")
         label: qsTr("Keep-alive")
         value: PreferenceEditor.keepAlive
         onStored: text => PreferenceEditor.keepAlive = text

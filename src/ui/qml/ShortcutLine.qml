@@ -7,7 +7,7 @@ Item {
 
     required property ShortcutEntry modelData
 
-    Accessible.name: qsTr("%1: %2").arg(modelData.keys).arg(modelData.label)
+    Accessible.name: qsTr("%1: %2").arg(modelData.text).arg(modelData.label)
     Accessible.role: Accessible.StaticText
     height: Theme.px(22)
     width: parent ? parent.width : 0
@@ -22,6 +22,6 @@ Item {
         anchors.right: parent.right
         color: Theme.secondary
         font: Theme.metadataFont
-        text: line.modelData.keys
+        text: line.modelData.text
     }
 }

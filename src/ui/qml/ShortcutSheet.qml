@@ -15,7 +15,7 @@ T.Popup {
         ShortcutEntry { keys: "Ctrl+N"; label: qsTr("New conversation") },
         ShortcutEntry { keys: "Ctrl+K"; label: qsTr("Search conversations") },
         ShortcutEntry { keys: "Ctrl+F"; label: qsTr("Find in the conversation") },
-        ShortcutEntry { keys: "Ctrl+PgUp / PgDn"; label: qsTr("Previous, next conversation") },
+        ShortcutEntry { keys: "Ctrl+PgUp Ctrl+PgDown"; label: qsTr("Previous, next conversation") },
         ShortcutEntry { keys: "F2"; label: qsTr("Rename the conversation") },
         ShortcutEntry { keys: "Ctrl+M"; label: qsTr("Models") },
         ShortcutEntry { keys: "Ctrl+,"; label: qsTr("Settings") },
@@ -23,7 +23,7 @@ T.Popup {
         ShortcutEntry { keys: "Ctrl+Shift+C"; label: qsTr("Copy the last reply") },
         ShortcutEntry { keys: "Ctrl+L"; label: qsTr("Library") },
         ShortcutEntry { keys: "Ctrl+B"; label: qsTr("Show or hide the conversations") },
-        ShortcutEntry { keys: "Ctrl + / − / 0"; label: qsTr("Larger, smaller, normal size") },
+        ShortcutEntry { keys: "Ctrl++ Ctrl+- Ctrl+0"; label: qsTr("Larger, smaller, normal size") },
         ShortcutEntry { keys: "Ctrl+/"; label: qsTr("These shortcuts") },
         ShortcutEntry { keys: "Ctrl+Q"; label: qsTr("Quit") }
     ]

@@ -1,7 +1,7 @@
 import QtQuick
 import Varnel
 
-// What the keyboard does wherever it is. ShortcutSheet tells about it.
+// What the keyboard does wherever it is, unless a sheet lies over the window. ShortcutSheet tells about it.
 Item {
     id: shortcuts
 
@@ -11,7 +11,6 @@ Item {
     signal modelsAsked
     signal settingsAsked
     signal libraryAsked
-    signal sheetAsked
 
     Shortcut {
         sequence: "Ctrl+N"
@@ -70,25 +69,5 @@ Item {
     Shortcut {
         sequence: "F2"
         onActivated: shortcuts.pane.renameConversation()
-    }
-    Shortcut {
-        sequences: ["Ctrl++", "Ctrl+="]
-        onActivated: Appearance.zoomIn()
-    }
-    Shortcut {
-        sequence: "Ctrl+-"
-        onActivated: Appearance.zoomOut()
-    }
-    Shortcut {
-        sequence: "Ctrl+0"
-        onActivated: Appearance.resetZoom()
-    }
-    Shortcut {
-        sequence: "Ctrl+/"
-        onActivated: shortcuts.sheetAsked()
-    }
-    Shortcut {
-        sequence: "Ctrl+Q"
-        onActivated: Qt.quit()
     }
 }

@@ -42,7 +42,7 @@ FocusScope {
         onSearchOffRequested: AppModel.turnSearchOffAndTryAgain()
         onTemperatureResetRequested: AppModel.resetTemperatureAndTryAgain()
         onTryAgainRequested: id => TranscriptFeed.tryAgain(id)
-        onWriteRequested: id => TranscriptFeed.act(id, "writeFiles")
+        onWriteRequested: (id, path) => TranscriptFeed.writeFile(id, path)
     }
     // A line that runs out of the view fades instead of being cut.
     Rectangle {

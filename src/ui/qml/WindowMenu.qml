@@ -79,7 +79,7 @@ PlainMenu {
         onTriggered: Appearance.zoomIn()
     }
     PlainMenuItem {
-        keys: "Ctrl+−"
+        keys: "Ctrl+-"
         text: qsTr("Smaller")
         onTriggered: Appearance.zoomOut()
     }
@@ -91,7 +91,7 @@ PlainMenu {
     }
     PlainMenuItem {
         checked: ComposerState.sendsWithControl
-        text: qsTr("Send with Ctrl+Enter")
+        text: qsTr("Send with %1").arg(Appearance.nativeKeys("Ctrl+Enter"))
         onTriggered: ComposerState.sendsWithControl = !ComposerState.sendsWithControl
     }
     PlainMenuSeparator {

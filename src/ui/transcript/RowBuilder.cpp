@@ -1,5 +1,6 @@
 #include "ui/transcript/RowBuilder.h"
 #include "markdown/LinkTarget.h"
+#include "store/ProjectFiles.h"
 
 #include <algorithm>
 
@@ -95,10 +96,9 @@ std::shared_ptr<CodeSource> makeCodeSource(const MarkdownCode& code, const CodeS
 {
     auto source = std::make_shared<CodeSource>();
     source->text = code.text;
-    const QString path = QStringLiteral("path:");
-    source->hasPath = code.info.startsWith(path);
-    source->label = source->hasPath ? code.info.sliced(path.size()).trimmed()
-                                    : code.info.section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
+    const std::optional<QString> path = projectPathOfInfo(code.info);
+    source->hasPath = path.has_value();
+    source->label = path ? *path : code.info.section(QLatin1Char(' '), 0, 0, QString::SectionSkipEmpty);
     const QString language = source->hasPath
                                  ? source->label.section(QLatin1Char('/'), -1).section(QLatin1Char('.'), -1)
                                  : source->label;

@@ -226,7 +226,7 @@ private Q_SLOTS:
     void everythingIsReachedByTheKeyboard()
     {
         Stage stage(
-            {reply(QStringLiteral("r"), QStringLiteral("[a](https://e.org)\n\n```path: a.c\nx\n```"))});
+            {reply(QStringLiteral("r"), QStringLiteral("[a](https://e.org)\n\n```File: src/a.c\nx\n```"))});
         QSignalSpy opened(&stage.view, &TranscriptView::linkActivated);
         QSignalSpy writes(&stage.view, &TranscriptView::writeRequested);
         QSignalSpy actions(&stage.view, &TranscriptView::actionRequested);
@@ -242,6 +242,7 @@ private Q_SLOTS:
                               {Link, WriteCode, CopyCode, Action, Action, Action, Action, Action}));
         QCOMPARE(opened.size(), 1);
         QCOMPARE(writes.size(), 1);
+        QCOMPARE(writes[0][1].toString(), QStringLiteral("src/a.c"));
         QCOMPARE(actions.size(), 4); // copying is done here
         QCOMPARE(QGuiApplication::clipboard()->text(), stage.model.message(0).content);
     }

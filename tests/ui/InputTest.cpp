@@ -1,0 +1,136 @@
+#include "ui/SheetFixture.h"
+#include "websearch/TestNetwork.h"
+
+#include <QTest>
+
+using namespace varnel;
+using namespace varnel::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+QStringList warnings;
+
+void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
+{
+    if (type == QtFatalMsg)
+        std::fprintf(stderr, "%s\n", qPrintable(text));
+    else if (type != QtDebugMsg && type != QtInfoMsg)
+        warnings.append(text);
+}
+
+} // namespace
+
+/// What is typed, held and turned goes where it was meant to, whatever lies over the window.
+class InputTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { qInstallMessageHandler(keepWarnings); }
+    void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
+    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
+
+    void aNoteStaysWithItsItem()
+    {
+        SheetFixture fixture;
+        fixture.open();
+        for (const char* const title : {"trains", "whales"})
+            fixture.app->addLink(QString::fromLatin1(title), QStringLiteral("https://example.org"), {}, {});
+        const QUuid whales = fixture.app->libraryItems()[0].id;
+        const QUuid trains = fixture.app->libraryItems()[1].id;
+        fixture.press(Qt::Key_L, Qt::ControlModifier);
+        QVERIFY(fixture.click("whales"));
+        QVERIFY(fixture.fill("Note", QStringLiteral("blue")));
+        QVERIFY(fixture.click("trains")); // the keyboard stays in the field
+        QCOMPARE(fixture.valueOf("Note"), QString());
+        QCOMPARE(fixture.app->libraryItem(whales)->note, QStringLiteral("blue"));
+        QCOMPARE(fixture.app->libraryItem(trains)->note, QString());
+
+        QVERIFY(fixture.fill("Note", QStringLiteral("steam")));
+        fixture.app->attach(whales); // which changes nothing of what is being typed
+        QCOMPARE(fixture.valueOf("Note"), QStringLiteral("steam"));
+        QVERIFY(fixture.fill("Title", QStringLiteral(" old  trains ")));
+        QCOMPARE(fixture.app->libraryItem(trains)->note, QStringLiteral("steam"));
+        fixture.window->close();
+        QCOMPARE(fixture.app->libraryItem(trains)->title, QStringLiteral("old trains"));
+        QCOMPARE(fixture.app->libraryItem(whales)->title, QStringLiteral("whales"));
+    }
+
+    void aDeleteKeyThatIsHeldDeletesOne()
+    {
+        SheetFixture fixture;
+        fixture.open();
+        for (const char* const title : {"one", "two", "three"}) {
+            ChatSession session = fixture.app->newSettings();
+            session.title = QString::fromLatin1(title);
+            fixture.app->addConversation(session);
+        }
+        const std::size_t before = fixture.app->sessions().size();
+        for (int i = 0; i < 40 && !fixture.focusName().startsWith(QStringLiteral("three,")); ++i)
+            fixture.press(Qt::Key_Tab);
+        fixture.press(Qt::Key_Delete);
+        for (int i = 0; i < 3; ++i) {
+            QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, {}, true);
+            QCoreApplication::sendEvent(fixture.window, &held);
+        }
+        QCOMPARE(fixture.app->sessions().size(), before - 1);
+    }
+
+    void theSizeChangesUnderASheetToo()
+    {
+        SheetFixture fixture;
+        fixture.open(Qt::Key_Comma);
+        QVERIFY(fixture.shows("Settings"));
+        const auto& appearance = fixture.part<Appearance>("Appearance");
+        fixture.press(Qt::Key_Plus, Qt::ControlModifier);
+        QCOMPARE(appearance.zoom(), 1.1);
+        const QPointF middle(fixture.window->width() / 2.0, fixture.window->height() / 2.0);
+        QWheelEvent turn(middle, fixture.window->mapToGlobal(middle), {}, {0, -120}, Qt::NoButton,
+                         Qt::ControlModifier, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(fixture.window, &turn);
+        QCOMPARE(appearance.zoom(), 1.0);
+        fixture.press(Qt::Key_Slash, Qt::ControlModifier);
+        QVERIFY(fixture.shows("Keyboard shortcuts"));
+    }
+
+    void aPageThatIsReadIsStopped_data()
+    {
+        QTest::addColumn<bool>("byKey");
+        QTest::newRow("by Esc") << true;
+        QTest::newRow("by its button") << false;
+    }
+    void aPageThatIsReadIsStopped()
+    {
+        QFETCH(bool, byKey);
+        TestNetwork network;
+        network.hosts.insert(QStringLiteral("slow.test"), {});
+        SheetFixture fixture;
+        fixture.pages = &network;
+        fixture.open();
+        fixture.app->readPage(QStringLiteral("http://slow.test/"));
+        QVERIFY(fixture.app->isReadingPage());
+        if (byKey)
+            fixture.press(Qt::Key_Escape);
+        else
+            QVERIFY(fixture.click("Stop reading"));
+        QVERIFY(waitUntil([&] { return !fixture.app->isReadingPage(); }));
+        QCOMPARE(fixture.app->statusMessage(), QStringLiteral("Stopped."));
+    }
+
+    void aLookAtTheServerThatIsShortDoesNotShow()
+    {
+        SheetFixture fixture;
+        fixture.open();
+        QVERIFY(waitUntil([&] { return fixture.app->linkState() == LinkState::Connected; }));
+        const auto& link = fixture.part<LinkForScreens>("Link");
+        fixture.app->checkConnection();
+        QCOMPARE(fixture.app->linkState(), LinkState::Connecting);
+        QVERIFY(link.connected() && !link.connecting());
+        QVERIFY(waitUntil([&] { return fixture.app->linkState() == LinkState::Connected; }));
+        QVERIFY(link.connected());
+    }
+};
+
+QTEST_MAIN(InputTest)
+#include "InputTest.moc"
