@@ -8,7 +8,11 @@ T.MenuItem {
 
     property string keys: ""
 
+    Accessible.checkable: checked
+    Accessible.checked: checked
     Accessible.name: text
+    Accessible.onPressAction: if (enabled)
+        clicked()
     font: Theme.uiFont
     implicitHeight: Theme.control
     implicitWidth: ListView.view ? ListView.view.width : Theme.px(224)
@@ -36,6 +40,7 @@ T.MenuItem {
             width: Theme.px(18)
         }
         PlainText {
+            Accessible.ignored: true
             anchors.left: parent.left
             anchors.leftMargin: Theme.px(26)
             anchors.right: shortcutLabel.left
@@ -47,6 +52,7 @@ T.MenuItem {
         PlainText {
             id: shortcutLabel
 
+            Accessible.ignored: true
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary

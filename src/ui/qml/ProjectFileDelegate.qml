@@ -19,10 +19,16 @@ T.ItemDelegate {
     Accessible.name: path
     Accessible.role: Accessible.CheckBox
     Accessible.selected: ListView.isCurrentItem
+    Accessible.onPressAction: toggle()
+    Accessible.onToggleAction: toggle()
     focusPolicy: Qt.NoFocus
     height: Theme.px(34)
     width: ListView.view.width
     onClicked: ProjectPreview.currentRow = index
+
+    function toggle() {
+        ProjectPreview.setTicked(index, !ticked)
+    }
 
     background: Rectangle {
         border.color: Theme.accent
