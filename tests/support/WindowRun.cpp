@@ -73,6 +73,20 @@ bool WindowRun::press(const char* name)
     return waitUntil([&] { return !ask(QStringLiteral("press ") + QString::fromUtf8(name)).isEmpty(); });
 }
 
+bool WindowRun::tabTo(const QString& line)
+{
+    constexpr int farthest = 40;
+    const QString focused = line + QStringLiteral(" | focusable focused");
+    for (int stop = 0; stop < farthest; ++stop) {
+        key("Tab");
+        const QStringList lines = tree();
+        if (std::any_of(lines.begin(), lines.end(),
+                        [&focused](const QString& each) { return each.startsWith(focused); }))
+            return true;
+    }
+    return false;
+}
+
 bool WindowRun::shows(const QString& line)
 {
     return waitUntil([&] {

@@ -23,6 +23,7 @@ public:
 
     const XDisplay& display() const { return m_display; }
     ProgramRun& program() { return m_program; }
+    const ProgramRun& program() const { return m_program; }
 
     /// Starts the program, with the preferences that are there, and gives its window the keyboard.
     bool open();
@@ -33,6 +34,9 @@ public:
     void type(const QString& text) const { m_display.type(text); }
     /// Waits until something of that name can be pressed, and presses it.
     bool press(const char* name);
+    /// Goes on by the Tab key until the thing that tree() tells of like that has the keyboard; false if it is
+    /// not on the way.
+    bool tabTo(const QString& line);
     /// What shows, a line "role | name | states" each.
     QStringList tree() { return ask(QStringLiteral("tree")); }
     /// Waits until a line of tree() begins like that, or until none does any more.
