@@ -33,6 +33,8 @@ WindowRun::WindowRun()
     m_program.setVariable("DISPLAY", m_display.name());
     m_program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
     m_program.setVariable("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", QStringLiteral("1"));
+    // A question about something that has just gone is a matter of course here.
+    m_program.setVariable("QT_LOGGING_RULES", QStringLiteral("qt.accessibility.*=false"));
     m_program.setVariable("LANG", QStringLiteral("C.UTF-8"));
 }
 
