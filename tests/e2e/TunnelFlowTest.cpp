@@ -89,7 +89,8 @@ private Q_SLOTS:
     void disconnectingEndsIt()
     {
         QVERIFY(m_window->press("Disconnect"));
-        QVERIFY(m_window->shows(QStringLiteral("label | gpu-box, not checked")));
+        QVERIFY(m_window->shows(QStringLiteral("status bar | Disconnected from gpu-box")));
+        QVERIFY(m_window->shows(QStringLiteral("push button | Connect")));
         QVERIFY(waitUntil([this] { return tunnels().isEmpty(); }));
     }
 
@@ -99,7 +100,8 @@ private Q_SLOTS:
         QVERIFY(m_window->shows(QStringLiteral("status bar | Connected to gpu-box")));
         const QList<qint64> before = tunnels();
         QCOMPARE(before.size(), 1);
-        QVERIFY(m_window->quit());
+        const bool ended = m_window->quit();
+        QVERIFY2(ended, m_window->program().errors().constData());
         QVERIFY(waitUntil([&] { return !QFile::exists(QStringLiteral("/proc/%1").arg(before[0])); }));
     }
 };
