@@ -28,8 +28,8 @@ WindowRun::WindowRun()
                         QStringLiteral("session"), python, QStringLiteral(VARNEL_ACCESSIBLE_WINDOW)});
     if (!waitUntil([this] { return m_bus.output().endsWith("ready\n"); }))
         throw std::runtime_error("the accessibility bus did not start: " + m_bus.errors().toStdString());
-    m_program.setVariable("DBUS_SESSION_BUS_ADDRESS",
-                          QString::fromLatin1(m_bus.output().left(m_bus.output().indexOf('\n'))));
+    m_address = QString::fromLatin1(m_bus.output().left(m_bus.output().indexOf('\n')));
+    m_program.setVariable("DBUS_SESSION_BUS_ADDRESS", m_address);
     m_program.setVariable("DISPLAY", m_display.name());
     m_program.setVariable("QT_QPA_PLATFORM", QStringLiteral("xcb"));
     m_program.setVariable("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", QStringLiteral("1"));

@@ -25,6 +25,9 @@ public:
     ProgramRun& program() { return m_program; }
     const ProgramRun& program() const { return m_program; }
 
+    /// The address of the session bus.
+    const QString& bus() const { return m_address; }
+
     /// Starts the program, with the preferences that are there, and gives its window the keyboard.
     bool open();
     /// Quits by the key for it; false if the program does not end well or has complained about anything.
@@ -55,6 +58,7 @@ private:
 
     XDisplay m_display;
     ProgramRun m_bus;
+    QString m_address;
     ProgramRun m_program;
 };
 
