@@ -38,7 +38,7 @@ class SettingsPagesTest : public QObject
     bool turnTo(const char* page)
     {
         const QString name = QLatin1String(page);
-        if (!m_window->tabTo(QStringLiteral("push button | ") + name))
+        if (!m_window->focus(page))
             return false;
         m_window->key("Return");
         return m_window->shows(QStringLiteral("panel | ") + name);
@@ -77,7 +77,7 @@ private Q_SLOTS:
     void newConversationsBeginWithWhatIsSetHere()
     {
         QVERIFY(turnTo("Models"));
-        QVERIFY(m_window->tabTo(QStringLiteral("text | Temperature")));
+        QVERIFY(m_window->focus("Temperature"));
         m_window->key("ctrl+a");
         m_window->type(QStringLiteral("0.25"));
         m_window->key("Tab");
@@ -89,11 +89,11 @@ private Q_SLOTS:
     void aKeyIsKeptInTheKeyringOnly()
     {
         QVERIFY(turnTo("Providers"));
-        QVERIFY(m_window->tabTo(QStringLiteral("password text | OpenAI key")));
+        QVERIFY(m_window->focus("OpenAI key"));
         m_window->type(QStringLiteral("sk-of-the-tests"));
         m_window->key("Return");
         QVERIFY(waitUntil([this] { return savedKey() == "sk-of-the-tests"; }));
-        QVERIFY(m_window->tabTo(QStringLiteral("push button | Remove the OpenAI key")));
+        QVERIFY(m_window->focus("Remove the OpenAI key"));
         QCOMPARE(m_window->stored(QStringLiteral("preferences.ini")).indexOf("sk-of-the-tests"), -1);
         m_window->key("Return");
         QVERIFY(waitUntil([this] { return savedKey().isEmpty(); }));
@@ -103,7 +103,7 @@ private Q_SLOTS:
     {
         QVERIFY(turnTo("Files"));
         QVERIFY(m_window->shows(QStringLiteral("label | There is no backup yet.")));
-        QVERIFY(m_window->tabTo(QStringLiteral("push button | Back up now")));
+        QVERIFY(m_window->focus("Back up now"));
         m_window->key("Return");
         QVERIFY(m_window->shows(QStringLiteral("push button | Restore the backup of ")));
     }

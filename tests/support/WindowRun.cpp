@@ -75,6 +75,11 @@ bool WindowRun::press(const char* name)
     return waitUntil([&] { return !ask(QStringLiteral("press ") + QString::fromUtf8(name)).isEmpty(); });
 }
 
+bool WindowRun::focus(const char* name)
+{
+    return waitUntil([&] { return !ask(QStringLiteral("focus ") + QString::fromUtf8(name)).isEmpty(); });
+}
+
 bool WindowRun::tabTo(const QString& line)
 {
     constexpr int farthest = 40;

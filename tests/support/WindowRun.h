@@ -37,6 +37,8 @@ public:
     void type(const QString& text) const { m_display.type(text); }
     /// Waits until something of that name can be pressed, and presses it.
     bool press(const char* name);
+    /// Waits until something of that name can be focused, and gives it the keyboard.
+    bool focus(const char* name);
     /// Goes on by the Tab key until the thing that tree() tells of like that has the keyboard; false if it is
     /// not on the way.
     bool tabTo(const QString& line);

@@ -3,6 +3,7 @@
 #
 #   tree                 everything that shows: role | name | states, indented by what it belongs to
 #   press NAME           does what a click on the thing of that name does
+#   focus NAME           gives it the keyboard
 #   heard                what the window has told of its own accord since this was last asked
 import sys
 
@@ -78,12 +79,24 @@ def press(name):
     return []
 
 
+def focus(name):
+    for item, _, states in walk(window()) if window() else ():
+        try:
+            if item.get_name() == name and states.contains(Atspi.StateType.FOCUSABLE):
+                return ["done"] if item.grab_focus() else []
+        except GLib.Error:
+            pass
+    return []
+
+
 def answer(order):
     word, _, name = order.partition(" ")
     if word == "tree":
         return tree()
     if word == "press":
         return press(name)
+    if word == "focus":
+        return focus(name)
     lines = list(heard)
     heard.clear()
     return lines
