@@ -23,6 +23,8 @@ constexpr auto patience = 1s;
 void TunnelProcess::LetGo::operator()(QProcess* process) const
 {
     process->disconnect();
+    // One that has ended just now is collected here: the event loop may not turn again.
+    process->waitForFinished(0);
     // Should the event loop end first, the application ends the child with itself.
     process->setParent(QCoreApplication::instance());
     if (process->state() == QProcess::NotRunning) {

@@ -43,6 +43,23 @@ QHash<QUuid, QStringList> attachmentTitles(const ChatSession& session)
     return titles;
 }
 
+/// The path that a dialog chose; empty if it is none of this computer. A name that is typed into the dialog
+/// of Qt Quick, which stands in where the desktop has none, comes as a bare path that was read as if it were
+/// an address.
+QString chosenPath(const QUrl& file)
+{
+    if (file.isLocalFile())
+        return file.toLocalFile();
+    QString path = file.path(QUrl::FullyDecoded);
+    if (!file.scheme().isEmpty() || !file.authority().isEmpty() || !QDir::isAbsolutePath(path))
+        return {};
+    if (file.hasQuery())
+        path += QLatin1Char('?') + file.query(QUrl::FullyDecoded);
+    if (file.hasFragment())
+        path += QLatin1Char('#') + file.fragment(QUrl::FullyDecoded);
+    return path;
+}
+
 } // namespace
 
 QString fileNameOf(const QString& title)
@@ -91,7 +108,9 @@ void ExportFlow::ask(Wanted wanted)
     if (!session)
         return;
     m_wanted = wanted;
-    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    // Not every home has a folder for documents.
+    const QDir documents(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    const QDir folder = documents.exists() ? documents : QDir::home();
     const QString name = fileNameOf(session->title) + QLatin1Char('.') + suffixOf(wanted.form);
     m_suggestedFile = QUrl::fromLocalFile(folder.filePath(name));
     m_filter = filterOf(wanted.form);
@@ -102,9 +121,9 @@ void ExportFlow::save(const QUrl& file)
 {
     const std::optional<Wanted> wanted = std::exchange(m_wanted, std::nullopt);
     const ChatSession* const session = wanted ? m_app.session(wanted->session) : nullptr;
-    if (!session || !file.isLocalFile())
+    const QString path = chosenPath(file);
+    if (!session || path.isEmpty())
         return;
-    const QString path = file.toLocalFile();
     if (!wanted->message.isNull())
         m_app.saveReply(wanted->message, path);
     else if (wanted->form == Pdf)

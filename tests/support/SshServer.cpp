@@ -74,8 +74,7 @@ QList<qint64> descendantsOf(qint64 pid)
 SshClient::SshClient()
 {
     makeKey(m_folder.filePath(QStringLiteral("key")));
-    write(program(), "#!/bin/sh\nexec /usr/bin/ssh -F '" +
-                         m_folder.filePath(QStringLiteral("config")).toUtf8() + "' \"$@\"\n");
+    write(program(), "#!/bin/sh\nexec /usr/bin/ssh -F '" + configuration().toUtf8() + "' \"$@\"\n");
     QFile(program()).setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     append(QStringLiteral("known_hosts"), {});
 }
@@ -83,6 +82,11 @@ SshClient::SshClient()
 QString SshClient::program() const
 {
     return m_folder.filePath(QStringLiteral("ssh"));
+}
+
+QString SshClient::configuration() const
+{
+    return m_folder.filePath(QStringLiteral("config"));
 }
 
 QByteArray SshClient::publicKey() const

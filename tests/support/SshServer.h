@@ -22,6 +22,8 @@ public:
 
     /// What stands in for the ssh program: a script that becomes it, with the configuration in front.
     QString program() const;
+    /// The file that program() has ssh read.
+    QString configuration() const;
     QByteArray publicKey() const;
     /// Adds a host to the configuration, with further lines as they stand there.
     void addHost(const QString& name, const SshServer& server, const QByteArray& lines = {});

@@ -2,6 +2,7 @@
 
 #include "support/Await.h"
 
+#include <QHash>
 #include <QStandardPaths>
 
 #include <stdexcept>
@@ -56,17 +57,65 @@ QByteArray XDisplay::run(const QString& program, const QStringList& arguments, b
     return process.readAllStandardOutput();
 }
 
+QString XDisplay::windowOf(qint64 process) const
+{
+    const QByteArray windows =
+        run(QStringLiteral("xdotool"), {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                                        QStringLiteral("--pid"), QString::number(process)});
+    return QString::fromLatin1(windows.trimmed().split('\n').constLast());
+}
+
 bool XDisplay::focusWindow(qint64 process) const
 {
-    bool found = false;
-    const QByteArray window = run(QStringLiteral("xdotool"),
-                                  {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                                   QStringLiteral("--pid"), QString::number(process)},
-                                  &found);
-    if (found)
-        run(QStringLiteral("xdotool"), {QStringLiteral("windowfocus"), QStringLiteral("--sync"),
-                                        QString::fromLatin1(window.trimmed().split('\n').constLast())});
-    return found;
+    const QString window = windowOf(process);
+    if (!window.isEmpty())
+        run(QStringLiteral("xdotool"), {QStringLiteral("windowfocus"), QStringLiteral("--sync"), window});
+    return !window.isEmpty();
+}
+
+qint64 XDisplay::focusedProcess() const
+{
+    return run(QStringLiteral("xdotool"), {QStringLiteral("getwindowfocus"), QStringLiteral("getwindowpid")})
+        .trimmed()
+        .toLongLong();
+}
+
+QRect XDisplay::placeOf(qint64 process) const
+{
+    const QString window = windowOf(process);
+    if (window.isEmpty())
+        return {};
+    QHash<QByteArray, int> figures;
+    const QList<QByteArray> lines = run(QStringLiteral("xdotool"), {QStringLiteral("getwindowgeometry"),
+                                                                    QStringLiteral("--shell"), window})
+                                        .split('\n');
+    for (const QByteArray& line : lines)
+        figures.insert(line.left(line.indexOf('=')), line.mid(line.indexOf('=') + 1).toInt());
+    return {figures["X"], figures["Y"], figures["WIDTH"], figures["HEIGHT"]};
+}
+
+void XDisplay::place(qint64 process, const QRect& place) const
+{
+    const QString window = windowOf(process);
+    run(QStringLiteral("xdotool"), {QStringLiteral("windowsize"), window, QString::number(place.width()),
+                                    QString::number(place.height()), QStringLiteral("windowmove"), window,
+                                    QString::number(place.x()), QString::number(place.y())});
+}
+
+void XDisplay::moveTo(QPoint place) const
+{
+    run(QStringLiteral("xdotool"),
+        {QStringLiteral("mousemove"), QString::number(place.x()), QString::number(place.y())});
+}
+
+void XDisplay::pressButton() const
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("mousedown"), QStringLiteral("1")});
+}
+
+void XDisplay::releaseButton() const
+{
+    run(QStringLiteral("xdotool"), {QStringLiteral("mouseup"), QStringLiteral("1")});
 }
 
 void XDisplay::key(const QString& keys) const

@@ -34,11 +34,22 @@ public:
     void key(const QString& keys) const;
     void type(const QString& text) const;
     void click(QPoint place, int button = 1, int times = 1) const;
+    /// Moves the pointer, and presses or lets go of its first button.
+    void moveTo(QPoint place) const;
+    void pressButton() const;
+    void releaseButton() const;
+    /// The process whose window has the keyboard; 0 if none has.
+    qint64 focusedProcess() const;
+    /// Where the window of a process stands and how large it is, without a frame; empty while it has none.
+    QRect placeOf(qint64 process) const;
+    /// Moves the window of a process and changes its size.
+    void place(qint64 process, const QRect& place) const;
     QImage picture(const QRect& area) const;
     /// Waits until two pictures in a row are the same.
     QImage pictureAtRest(const QRect& area) const;
 
 private:
+    QString windowOf(qint64 process) const;
     QByteArray run(const QString& program, const QStringList& arguments, bool* succeeded = nullptr) const;
 
     QProcess m_server;

@@ -15,6 +15,8 @@ T.ItemDelegate {
     Accessible.name: name
     Accessible.role: Accessible.ListItem
     Accessible.selected: ListView.isCurrentItem
+    Accessible.onPressAction: if (enabled)
+        clicked()
     focusPolicy: Qt.NoFocus
     height: Theme.px(48)
     width: ListView.view ? ListView.view.width : 0

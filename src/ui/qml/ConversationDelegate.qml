@@ -25,6 +25,8 @@ T.ItemDelegate {
     Accessible.name: qsTr("%1, %2").arg(title).arg(time)
     Accessible.role: Accessible.ListItem
     Accessible.selected: current
+    Accessible.onPressAction: if (enabled)
+        clicked()
     focusPolicy: Qt.NoFocus
     height: Theme.px(54)
     width: ListView.view.width

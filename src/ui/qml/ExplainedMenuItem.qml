@@ -10,6 +10,8 @@ T.MenuItem {
 
     Accessible.description: detail
     Accessible.name: text
+    Accessible.onPressAction: if (enabled)
+        clicked()
     font: Theme.uiFont
     implicitHeight: Theme.px(48)
     implicitWidth: ListView.view ? ListView.view.width : Theme.px(320)

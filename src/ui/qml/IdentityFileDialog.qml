@@ -7,7 +7,10 @@ Item {
     FileDialog {
         fileMode: FileDialog.OpenFile
         title: qsTr("Identity file")
-        Component.onCompleted: open()
+        Component.onCompleted: {
+            currentFolder = Intake.homeFolder
+            open()
+        }
         onAccepted: ConnectionEditor.chooseIdentityFile(selectedFile)
     }
 }

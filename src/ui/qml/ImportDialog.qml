@@ -8,7 +8,10 @@ Item {
         fileMode: FileDialog.OpenFile
         nameFilters: [qsTr("Conversations as JSON") + " (*.json)"]
         title: qsTr("Import a conversation")
-        Component.onCompleted: open()
+        Component.onCompleted: {
+            currentFolder = Intake.homeFolder
+            open()
+        }
         onAccepted: ExportFlow.importConversation(selectedFile)
     }
 }

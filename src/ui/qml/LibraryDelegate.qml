@@ -16,6 +16,8 @@ T.ItemDelegate {
     Accessible.name: title
     Accessible.role: Accessible.ListItem
     Accessible.selected: ListView.isCurrentItem
+    Accessible.onPressAction: if (enabled)
+        clicked()
     focusPolicy: Qt.NoFocus
     height: Theme.px(52)
     width: ListView.view.width - Theme.px(12)

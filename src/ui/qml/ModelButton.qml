@@ -16,6 +16,8 @@ T.AbstractButton {
     Accessible.description: cloud ? qsTr("A cloud service answers. Choose the model that answers") : qsTr("Choose the model that answers")
     Accessible.name: qsTr("Send with %1").arg(model)
     Accessible.role: Accessible.ButtonMenu
+    Accessible.onPressAction: if (enabled)
+        clicked()
     focusPolicy: Qt.StrongFocus
     height: Theme.control
     width: Math.min(row.implicitWidth + Theme.gap + Theme.unit, maximumWidth)

@@ -17,6 +17,8 @@ T.ItemDelegate {
     Accessible.name: name
     Accessible.role: Accessible.ListItem
     Accessible.selected: current
+    Accessible.onPressAction: if (enabled)
+        clicked()
     focusPolicy: Qt.NoFocus
     height: Theme.px(36)
     width: ListView.view.width

@@ -20,6 +20,8 @@ T.Button {
     Accessible.description: hint
     Accessible.name: text.length > 0 ? text : hint
     Accessible.role: Accessible.Button
+    Accessible.onPressAction: if (enabled)
+        clicked()
     focusPolicy: Qt.StrongFocus
     font: Theme.uiFont
     implicitHeight: Theme.control

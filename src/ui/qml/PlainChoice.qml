@@ -13,6 +13,10 @@ T.RadioButton {
     Accessible.description: detail
     Accessible.name: text
     Accessible.role: Accessible.RadioButton
+    Accessible.onPressAction: if (enabled)
+        clicked()
+    Accessible.onToggleAction: if (enabled)
+        clicked()
     focusPolicy: Qt.StrongFocus
     font: Theme.uiFont
     implicitHeight: words.height + 2 * Theme.px(6)

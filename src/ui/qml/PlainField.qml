@@ -11,6 +11,9 @@ T.TextField {
 
     Accessible.name: placeholderText
     Accessible.role: Accessible.EditableText
+    // While this is set, Qt keeps the name of a field to itself as well. That its text is hidden is told by the field.
+    Accessible.onPasswordEditChanged: if (Accessible.passwordEdit)
+        Accessible.passwordEdit = false
     bottomPadding: 0
     color: Theme.text
     font: Theme.uiFont
@@ -44,6 +47,7 @@ T.TextField {
     }
 
     PlainText {
+        Accessible.ignored: true
         anchors.fill: parent
         // Anchors are mirrored by themselves, paddings are not.
         anchors.leftMargin: field.mirrored ? field.rightPadding : field.leftPadding

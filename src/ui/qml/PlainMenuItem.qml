@@ -9,7 +9,11 @@ T.MenuItem {
     // As in "Ctrl+Shift+C"; shown as the system writes them.
     property string keys: ""
 
+    Accessible.checkable: checked
+    Accessible.checked: checked
     Accessible.name: text
+    Accessible.onPressAction: if (enabled)
+        clicked()
     font: Theme.uiFont
     implicitHeight: Theme.control
     implicitWidth: ListView.view ? ListView.view.width : Theme.px(224)
@@ -37,6 +41,7 @@ T.MenuItem {
             width: Theme.px(18)
         }
         PlainText {
+            Accessible.ignored: true
             anchors.left: parent.left
             anchors.leftMargin: Theme.px(26)
             anchors.right: shortcutLabel.left
@@ -48,6 +53,7 @@ T.MenuItem {
         PlainText {
             id: shortcutLabel
 
+            Accessible.ignored: true
             anchors.right: parent.right
             anchors.verticalCenter: parent.verticalCenter
             color: Theme.secondary

@@ -13,6 +13,10 @@ T.Switch {
     Accessible.description: detail
     Accessible.name: text
     Accessible.role: Accessible.CheckBox
+    Accessible.onPressAction: if (enabled)
+        toggleByKey()
+    Accessible.onToggleAction: if (enabled)
+        toggleByKey()
     focusPolicy: Qt.StrongFocus
     font: Theme.uiFont
     implicitHeight: Math.max(Theme.control, words.height + Theme.gap)

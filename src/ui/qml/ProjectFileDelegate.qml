@@ -13,16 +13,17 @@ T.ItemDelegate {
     required property bool ticked
     required property bool tickable
 
-    Accessible.checkable: tickable
-    Accessible.checked: ticked
     Accessible.description: fileState
     Accessible.name: path
-    Accessible.role: Accessible.CheckBox
     Accessible.selected: ListView.isCurrentItem
     focusPolicy: Qt.NoFocus
     height: Theme.px(34)
     width: ListView.view.width
     onClicked: ProjectPreview.currentRow = index
+
+    function toggle() {
+        ProjectPreview.setTicked(index, !ticked)
+    }
 
     background: Rectangle {
         border.color: Theme.accent
@@ -33,6 +34,13 @@ T.ItemDelegate {
     Item {
         id: box
 
+        // Apart from the row: a control of Qt's tells its own role, whatever it is given.
+        Accessible.checkable: entry.tickable
+        Accessible.checked: entry.ticked
+        Accessible.name: qsTr("Write %1").arg(entry.path)
+        Accessible.onPressAction: entry.toggle()
+        Accessible.onToggleAction: entry.toggle()
+        Accessible.role: Accessible.CheckBox
         anchors.left: parent.left
         anchors.verticalCenter: parent.verticalCenter
         height: Theme.control
@@ -59,7 +67,7 @@ T.ItemDelegate {
             enabled: entry.tickable
             onTapped: {
                 ProjectPreview.currentRow = entry.index
-                ProjectPreview.setTicked(entry.index, !entry.ticked)
+                entry.toggle()
             }
         }
     }

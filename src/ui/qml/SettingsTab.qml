@@ -14,6 +14,8 @@ T.AbstractButton {
     Accessible.name: text
     Accessible.role: Accessible.PageTab
     Accessible.selected: checked
+    Accessible.onPressAction: if (enabled)
+        clicked()
     checked: page === current
     focusPolicy: Qt.StrongFocus
     implicitHeight: Theme.control

@@ -11,6 +11,8 @@ T.AbstractButton {
     Accessible.description: qsTr("Rename the conversation")
     Accessible.name: title
     Accessible.role: Accessible.Button
+    Accessible.onPressAction: if (enabled)
+        clicked()
     focusPolicy: Qt.StrongFocus
     implicitHeight: Theme.control
     implicitWidth: label.implicitWidth + 2 * Theme.gap
@@ -28,6 +30,7 @@ T.AbstractButton {
     PlainText {
         id: label
 
+        Accessible.ignored: true
         anchors.fill: parent
         font: Theme.uiStrongFont
         leftPadding: Theme.gap
