@@ -181,12 +181,8 @@ Q_SIGNALS:
     /// A turn began or ended to be looked into, or to run.
     void isStreamingChanged();
     void isImportingChanged();
-<<<<<<< HEAD
-    /// Something could not be copied into the library, and the status says why. Comes before isImporting ends.
-=======
     /// Something could not be copied into the library, and the status says why. Comes before isImporting
     /// ends.
->>>>>>> b05a812fd285ebca7b4abb9b257e2e2eb0c504e6
     /// @param session the conversation it was to be attached to; null if it was for the library only.
     void importFailed(const QUuid& session);
     /// A turn ended, in whatever way.
