@@ -27,9 +27,9 @@ struct ModelProfile
                 .secrets = secrets,
                 .log = log,
                 .environment =
-                    [this](const char* name) {
-                        const auto found = environment.constFind(QByteArray(name));
-                        return found == environment.constEnd() ? std::nullopt : std::optional(*found);
+                    [variables = m_variables](const char* name) {
+                        const auto found = variables->constFind(QByteArray(name));
+                        return found == variables->constEnd() ? std::nullopt : std::optional(*found);
                     },
                 .location = LibraryLocation{.url = QUrl::fromLocalFile(dataFolder())},
                 .programs = programs};
@@ -59,12 +59,18 @@ struct ModelProfile
         preferences.setConnection(connection);
     }
 
+private:
+    // Shared, because a look-up that is slow is left behind and may outlive the profile.
+    std::shared_ptr<QMap<QByteArray, QByteArray>> m_variables =
+        std::make_shared<QMap<QByteArray, QByteArray>>();
+
+public:
     const Clock& clock;
     QTemporaryDir folder;
     mutable Preferences preferences{folder.filePath(QStringLiteral("preferences.ini"))};
     DiagnosticsLog log{folder.filePath(QStringLiteral("log")), clock};
     std::shared_ptr<MemorySecretStore> secrets = std::make_shared<MemorySecretStore>();
-    QMap<QByteArray, QByteArray> environment;
+    QMap<QByteArray, QByteArray>& environment = *m_variables;
     TunnelController::Programs programs;
 };
 
