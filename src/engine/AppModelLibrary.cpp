@@ -36,10 +36,10 @@ Task<BackupContents> readBackup(Worker* worker, QString root, QString name)
     });
 }
 
-/// One that were dropped in the middle would end without a word.
 constexpr const char* backupIsUnfinished =
     QT_TRANSLATE_NOOP("varnel::AppModel", "A backup is still being made or restored.");
 
+/// Whether another in its place would end it in the middle, and without a word.
 bool isUnfinished(const Task<void>& task)
 {
     return task.isValid() && !task.isFinished();
@@ -304,13 +304,10 @@ Task<void> AppModel::followProjectWrite(ChatSession session, std::vector<Project
     WrittenProject written =
         co_await m_projectWorker.run([session = std::move(session), files = std::move(files)](
                                          const std::stop_token&) { return writeProject(session, files); });
-    if (written.failure) {
-        setStatusMessage(*written.failure);
-    } else {
-        const QStringList status(projectWriteStatus(written.count, folder));
-        setStatusMessage((status + written.backup.lost()).join(QLatin1Char(' ')));
+    const QStringList status(written.failure.value_or(projectWriteStatus(written.count, folder)));
+    setStatusMessage((status + written.backup.lost()).join(QLatin1Char(' ')));
+    if (!written.failure)
         m_services.log.log(projectWriteLogLine(folder));
-    }
     if (!written.failure || !written.backup.files.empty())
         m_projectBackup = std::move(written.backup);
     Q_EMIT projectFilesChanged();

@@ -51,10 +51,10 @@ void ReplacingFile::openAmongUsers()
         m_temporary =
             folder + "/.varnel-" + QByteArray::number(QRandomGenerator::global()->generate64(), 16) + ".tmp";
         // What replaces a file is nobody else's until it has its bits.
-        m_descriptor =
-            FileDescriptor(::open(m_temporary.constData(), newFile, m_mode ? S_IRUSR | S_IWUSR : everybody));
-        if (!m_descriptor.isOpen() && errno != EEXIST)
+        const int number = ::open(m_temporary.constData(), newFile, m_mode ? S_IRUSR | S_IWUSR : everybody);
+        if (number < 0 && errno != EEXIST)
             break;
+        m_descriptor = FileDescriptor(number);
     }
 }
 

@@ -116,7 +116,6 @@ int runWindowApplication(int argc, char** argv)
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/varnel/icon-128.png")));
     registerFont();
 
-    Preferences preferences;
     const SystemClock clock;
     const DiagnosticsLog log(DiagnosticsLog::defaultFolder(), clock);
     const LibraryLocation location = resolveLocation(systemStorageFolders());
@@ -127,6 +126,8 @@ int runWindowApplication(int argc, char** argv)
         qWarning("Another Varnel holds %s and does not answer.", qUtf8Printable(location.folder()));
         return EXIT_FAILURE;
     }
+    // Not before: an instance that was ending may have changed them.
+    Preferences preferences;
     Worker imageWorker;
     QtImageConverter images(imageWorker);
     AppModel app({.preferences = preferences,

@@ -43,6 +43,7 @@ std::vector<Mishap> mishaps()
     return {
         {"a failed save, and the next one",
          [](Stage& stage, const QString& folder) {
+             QVERIFY(waitUntil([&] { return QFileInfo::exists(SessionStore::fileIn(folder)); }));
              const QString obstacle = SessionStore::fileIn(folder) + text(".saving");
              QVERIFY(QDir().mkpath(obstacle + text("/x")));
              stage.model->setSearch(SearchSource::Ollama);
