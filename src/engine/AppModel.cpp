@@ -78,6 +78,7 @@ void AppModel::load()
 void AppModel::shutDown()
 {
     // What has come of a running reply is kept, and shown as unfinished at the next start.
+    showLatest();
     m_stopTurn.request_stop();
     m_stopConnection.request_stop();
     m_draftTimer.stop();
@@ -94,8 +95,22 @@ void AppModel::shutDown()
 
 void AppModel::notify(const QString& text)
 {
-    setStatusMessage(text);
     m_services.log.log(text);
+    if (!m_startNotices) {
+        setStatusMessage(text);
+        return;
+    }
+    if (!m_startNotices->contains(text))
+        m_startNotices->push_back(text);
+    setStatusMessage(m_startNotices->join(QLatin1Char(' ')));
+}
+
+/// What was said at the start was gone with the first word about the server, before anybody could read it.
+void AppModel::repeatStartNotices()
+{
+    const QStringList notices = std::exchange(m_startNotices, std::nullopt).value_or(QStringList());
+    if (!notices.isEmpty())
+        setStatusMessage(notices.join(QLatin1Char(' ')));
 }
 
 void AppModel::noteSave(const SaveStatus& status)

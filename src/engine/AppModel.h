@@ -1,23 +1,20 @@
 #pragma once
 
-#include "base/Clock.h"
-#include "base/Environment.h"
-#include "base/HttpClient.h"
 #include "base/ProcessRunner.h"
 #include "base/Task.h"
 #include "base/Worker.h"
+#include "engine/AppServices.h"
 #include "engine/AppState.h"
 #include "engine/ConversationFiles.h"
 #include "engine/PromptMaterial.h"
+#include "engine/TunnelOpening.h"
 #include "engine/Turn.h"
+#include "engine/TurnBuffers.h"
 #include "providers/credentials/ApiBase.h"
 #include "providers/credentials/CredentialWorker.h"
 #include "store/ConversationKeeper.h"
 #include "store/LibraryStore.h"
 #include "store/ProjectPlan.h"
-#include "tunnel/TunnelController.h"
-#include "tunnel/TunnelPort.h"
-#include "websearch/PageNetwork.h"
 
 #include <QTimer>
 #include <QUrl>
@@ -28,8 +25,7 @@
 
 namespace varnel {
 
-class DiagnosticsLog;
-class Preferences;
+struct ProbeResult;
 
 /// What the user can do, and the state that changes by it. Views read the properties, call the operations and
 /// look again when told that something changed. It belongs to one thread; one turn, one pull and one attempt
@@ -50,25 +46,7 @@ class AppModel : public varnel::AppState // in full, for the tools that look at 
 public:
     using Approval = std::function<Task<bool>(QString url, std::stop_token stop)>;
 
-    /// What the model works with; all of it outlives the model.
-    struct Services
-    {
-        Preferences& preferences;
-        const Clock& clock;
-        /// Shared, because a keyring that hangs is left behind rather than waited for.
-        std::shared_ptr<SecretStore> secrets;
-        const DiagnosticsLog& log;
-        Environment environment = processEnvironment;
-        /// Where conversations and the library are; the system's place if none is given.
-        std::optional<LibraryLocation> location = std::nullopt;
-        TunnelController::Programs programs = {};
-        /// What turns images into a form that a provider reads; null if nothing does.
-        ImageConverter* images = nullptr;
-        /// Where pages are read from; the public network if null.
-        PageNetwork* pages = nullptr;
-        /// How long an Ollama server may send nothing in a turn.
-        std::chrono::milliseconds stallTime = std::chrono::seconds(600);
-    };
+    using Services = AppServices;
 
     /// Reads what is stored; where nothing can be read, begins with one empty conversation.
     explicit AppModel(Services services, QObject* parent = nullptr);
@@ -120,9 +98,9 @@ public:
     /// Makes a copy of a conversation and selects it.
     Q_INVOKABLE void duplicate(const QUuid& id);
     /// Removes a conversation; the last one is replaced by an empty one. For ten seconds it can be brought
-    /// back.
+    /// back, however many others are removed meanwhile.
     Q_INVOKABLE void remove(const QUuid& id);
-    /// Brings the conversation that was removed last back, with its draft, and selects it.
+    /// Brings the conversation that was removed last of those back, with its draft, and selects it.
     Q_INVOKABLE void undoRemove();
     /// Adds a conversation that was read from a file, and selects it.
     void addConversation(ChatSession session);
@@ -265,6 +243,7 @@ private:
     void noteSave(const SaveStatus& status);
     /// Says what the user has to know, in the status and the log.
     void notify(const QString& text);
+    void repeatStartNotices();
     /// Runs something that may throw Error, which becomes the status; whether it went well.
     bool attempt(const std::function<void()>& action);
     void saveSessions();
@@ -283,7 +262,8 @@ private:
     void addToDraft(const QUuid& session, const QString& text);
     void takeFromDraft(const QUuid& session, const QString& prompt, const std::vector<QUuid>& attachments);
     void detachEverywhere(const QUuid& item);
-    void setRemoved(std::unique_ptr<RemovedSession> removed);
+    bool isUntouched(const ChatSession& session) const;
+    void announceRemoved();
     Task<void> followUndoTime();
     void searchSessions();
     void searchSessionsAgain();
@@ -296,16 +276,20 @@ private:
     bool refuseWhileStreaming();
     /// Whether a conversation is answered by a provider and none is allowed; it is Ollama's then.
     bool refusesPassthrough(const QUuid& session);
-    void startTurn(const QUuid& session);
+    void resend(QUuid session, QUuid prompt, std::optional<QString> edited = {});
     Task<void> followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
                           std::stop_token stop);
-    Task<void> followResend(QUuid session, std::stop_token stop);
+    Task<void> followResend(QUuid session, QUuid prompt, std::optional<QString> edited, std::stop_token stop);
     Task<void> runPrepared(QUuid session, PromptMaterial material, std::stop_token stop);
+    Task<void> savePrompt(QUuid session, QUuid prompt, std::stop_token stop);
     Task<PromptMaterial> preparePrompt(PromptQuestion question, std::stop_token stop);
+    void checkStillAsked(const ChatSession& asked);
     TurnRequest turnRequest(const ChatSession& session, PromptMaterial material) const;
     TurnServices turnServices();
     TurnObserver observerOf(const QUuid& session, const QUuid& message);
     void showReply(const QUuid& session, const QUuid& message, const QString& thinking, const QString& reply);
+    void showLatest();
+    QUuid beginReply(const QUuid& session, const TurnRequest& request);
     void completeReply(const QUuid& session, const QUuid& message, const TurnOutcome& outcome);
     void endTurn(const QUuid& session, const QUuid& message, TurnFailure failure);
     void keep(const QUuid& session, const QUuid& message);
@@ -317,22 +301,26 @@ private:
 
     void setReplaced(std::unique_ptr<ReplacedMessages> replaced);
     void replaceFrom(const QUuid& session, std::size_t index);
-    void putBack(const ReplacedMessages& replaced);
+    void replacePrompt(const QUuid& session, std::size_t index, const QString& content);
     void openHandOff(Draft draft);
 
     void setOffline(const QString& message);
     Task<void> followConnection(std::stop_token stop);
     Task<void> followProbe(std::stop_token stop);
-    Task<bool> probeServer(std::stop_token stop);
+    Task<void> probeServer(std::stop_token stop);
+    void showConnected(const QUrl& base, const ProbeResult& result);
     Task<void> followRunning(std::stop_token stop);
     void tunnelEnded(int status, const QString& output);
+    void sayTunnelClosed();
     void dropTunnel();
+    void dropOpening();
 
     Task<void> followModelSearch(QString query, std::stop_token stop);
     Task<void> followPull(QString name, std::stop_token stop);
     Task<void> followRemoval(QString name, std::stop_token stop);
     Task<void> refreshInstalledModels(std::stop_token stop);
     void setPullStatus(const QString& text, double share = -1);
+    void saySearch(const QString& text);
 
     void keepTask(Task<void> task);
     Task<void> followSaving(Task<void> saving, QString file);
@@ -359,17 +347,18 @@ private:
     LibraryStore m_library;
     TunnelPort m_port;
     TunnelController m_tunnel;
-    // Connections of probes and of the management of models; a turn has its own.
-    HttpClient m_http;
     Approval m_approval;
 
     QTimer m_draftTimer;
-    std::unique_ptr<RemovedSession> m_removed;
+    std::vector<RemovedSession> m_removed; // the one that was removed last comes last
     std::unique_ptr<ReplacedMessages> m_replaced;
     std::optional<ProjectBackup> m_projectBackup;
     SystemPageNetwork m_pages;
-    bool m_retried = false;
-    int m_tunnelStatus = 0; // how ssh ended last
+    std::shared_ptr<TurnBuffers> m_buffers; // of the running turn
+    bool m_isOpeningTunnel = false;
+    std::optional<TunnelExit> m_tunnelExit; // that nobody has told the user of
+    // What was to be said until the server was asked for the first time, and is said again then.
+    std::optional<QStringList> m_startNotices = QStringList();
     // The estimate of the selected conversation without its draft.
     mutable std::optional<ContextUse> m_historyUse;
 

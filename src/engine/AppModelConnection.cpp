@@ -10,6 +10,13 @@
 
 namespace varnel {
 
+namespace {
+
+/// How long a server that is only looked at may send nothing.
+constexpr std::chrono::seconds probeTime(5);
+
+} // namespace
+
 void AppModel::setOffline(const QString& message)
 {
     assign(m_linkState, LinkState::Offline, &AppState::linkStateChanged);
@@ -20,6 +27,7 @@ void AppModel::setOffline(const QString& message)
 
 void AppModel::openConnection()
 {
+    dropOpening();
     m_stopConnection.request_stop();
     m_stopConnection = std::stop_source();
     if (m_connection.mode == ConnectionMode::SshTunnel)
@@ -30,9 +38,7 @@ void AppModel::openConnection()
 
 void AppModel::checkConnection()
 {
-    // An attempt that this one replaces shall not leave its ssh behind.
-    if (!m_tunnelIsUp)
-        dropTunnel();
+    dropOpening();
     m_stopConnection.request_stop();
     m_stopConnection = std::stop_source();
     m_connectionTask = followProbe(m_stopConnection.get_token());
@@ -42,6 +48,8 @@ void AppModel::checkAtStart()
 {
     if (m_connection.mode != ConnectionMode::SshTunnel)
         checkConnection();
+    else
+        m_startNotices.reset(); // nothing is going to be said over them
 }
 
 Task<void> AppModel::followConnection(std::stop_token stop)
@@ -50,6 +58,8 @@ Task<void> AppModel::followConnection(std::stop_token stop)
     assign(m_linkState, LinkState::Connecting, &AppState::linkStateChanged);
     setStatusMessage(QStringLiteral("Connecting to %1").arg(host));
     QString failureText;
+    m_tunnelExit.reset();
+    m_isOpeningTunnel = true;
     try {
         const TunnelObserver observer{
             .onStarted =
@@ -61,18 +71,25 @@ Task<void> AppModel::followConnection(std::stop_token stop)
                 [this](const QString& summary) {
                     assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
                     m_services.log.log(QStringLiteral("tunnel exited ") +
-                                       tunnelExitDetail(m_tunnelStatus, summary));
+                                       tunnelExitDetail(m_tunnelExit ? m_tunnelExit->status : 0, summary));
                 },
         };
         co_await openTunnel(m_tunnel, m_port, m_services.clock, m_connection, observer, stop);
+        m_isOpeningTunnel = false;
         co_await probeServer(stop);
+        if (m_tunnelExit) {
+            observer.onExited(m_tunnelExit->summary);
+            throw tunnelDidNotStayOpen(host, m_tunnelExit->summary);
+        }
     } catch (const Cancelled&) {
         co_return; // whoever stopped it says what is to be said
     } catch (const Error& error) {
         failureText = error.message();
     }
+    m_isOpeningTunnel = false;
     if (!failureText.isEmpty())
         setOffline(failureText);
+    repeatStartNotices();
 }
 
 Task<void> AppModel::followProbe(std::stop_token stop)
@@ -83,58 +100,88 @@ Task<void> AppModel::followProbe(std::stop_token stop)
     } catch (const Cancelled&) {
         co_return; // a newer attempt says what is to be said
     }
+    if (m_tunnelExit)
+        sayTunnelClosed();
+    repeatStartNotices();
 }
 
-Task<bool> AppModel::probeServer(std::stop_token stop)
+/// Asks the server and says what came of it. If its tunnel ended meanwhile, m_tunnelExit tells how, and that
+/// is for the caller to say.
+Task<void> AppModel::probeServer(std::stop_token stop)
 {
     const QUrl base = m_connection.baseURL();
+    std::optional<ProbeResult> result;
     QString failure;
+    m_tunnelExit.reset();
     try {
-        const ProbeResult result = co_await probe(OllamaClient(base, m_http, std::chrono::seconds(5)), stop);
-        if (stop.stop_requested())
-            throw Cancelled(); // the answer came together with the stop
-        const QString host = m_connection.hostLabel();
-        const QString count = QString::number(result.models.size());
-        const QString report = reportOf(result);
-        assign(m_connectionReport, report, &AppState::connectionReportChanged);
-        assign(m_connectionDetail, QStringLiteral("Connected to %1. %2").arg(host, report),
-               &AppState::connectionDetailChanged);
-        assign(m_linkState, LinkState::Connected, &AppState::linkStateChanged);
-        assign(m_installedModels, result.models, &AppState::installedModelsChanged);
-        setStatusMessage(QStringLiteral("Connected to %1 · %2 models").arg(host, count));
-        m_services.log.log(
-            QStringLiteral("probe %1 %2 models=%3").arg(base.toString(), result.version, count));
-        m_services.log.log(QStringLiteral("Connected to %1 models=%2").arg(host, count));
-        refreshRunningModels();
-        co_return true;
+        HttpClient http;
+        result = co_await probe(OllamaClient(base, http, probeTime), stop);
     } catch (const Error& error) {
         failure = error.message();
     }
+    // An ssh that ends closes its connections first.
+    if (!result && m_tunnelIsUp)
+        co_await m_tunnel.waitUntilStable(std::chrono::milliseconds(500), stop);
+    if (stop.stop_requested())
+        throw Cancelled(); // the answer came together with the stop
+    if (m_tunnelExit)
+        co_return;
+    if (result) {
+        showConnected(base, *result);
+        co_return;
+    }
     m_services.log.log(QStringLiteral("probe failed ") + failure);
     setOffline(unansweredMessage(m_connection, m_tunnelIsUp));
-    co_return false;
+}
+
+void AppModel::showConnected(const QUrl& base, const ProbeResult& result)
+{
+    const QString host = m_connection.hostLabel();
+    const QString count = QString::number(result.models.size());
+    const QString report = reportOf(result);
+    assign(m_connectionReport, report, &AppState::connectionReportChanged);
+    assign(m_connectionDetail, QStringLiteral("Connected to %1. %2").arg(host, report),
+           &AppState::connectionDetailChanged);
+    assign(m_linkState, LinkState::Connected, &AppState::linkStateChanged);
+    assign(m_installedModels, result.models, &AppState::installedModelsChanged);
+    setStatusMessage(QStringLiteral("Connected to %1 · %2 models").arg(host, count));
+    m_services.log.log(QStringLiteral("probe %1 %2 models=%3").arg(base.toString(), result.version, count));
+    m_services.log.log(QStringLiteral("Connected to %1 models=%2").arg(host, count));
+    refreshRunningModels();
 }
 
 void AppModel::tunnelEnded(int status, const QString& output)
 {
-    m_tunnelStatus = status;
+    m_tunnelExit = {.status = status, .summary = TunnelController::summary(output)};
     assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
-    if (m_linkState == LinkState::Connecting)
-        return; // the attempt under way reports it
-    const QString summary = TunnelController::summary(output);
+    if (m_linkState != LinkState::Connecting) // else the attempt under way reports it
+        sayTunnelClosed();
+}
+
+void AppModel::sayTunnelClosed()
+{
+    const TunnelExit exit = std::exchange(m_tunnelExit, std::nullopt).value_or(TunnelExit());
     QString message = QStringLiteral("The tunnel to %1 closed.").arg(m_connection.hostLabel());
-    if (!summary.isEmpty())
-        message += QLatin1Char(' ') + summary;
+    if (!exit.summary.isEmpty())
+        message += QLatin1Char(' ') + exit.summary;
     setOffline(message);
-    m_services.log.log(QStringLiteral("tunnel closed %1").arg(tunnelExitDetail(status, summary)));
+    m_services.log.log(QStringLiteral("tunnel closed %1").arg(tunnelExitDetail(exit.status, exit.summary)));
 }
 
 void AppModel::dropTunnel()
 {
     m_stopConnection.request_stop();
+    m_isOpeningTunnel = false;
     if (const std::shared_ptr<TunnelProcess> child = m_tunnel.detach())
         child->terminate();
     assign(m_tunnelIsUp, false, &AppState::tunnelIsUpChanged);
+}
+
+/// An attempt that is replaced shall not leave its ssh behind, whether that has proved stable yet or not.
+void AppModel::dropOpening()
+{
+    if (m_isOpeningTunnel)
+        dropTunnel();
 }
 
 void AppModel::closeConnection()
@@ -172,7 +219,8 @@ Task<void> AppModel::followRunning(std::stop_token stop)
 {
     try {
         const QUrl base = m_connection.baseURL();
-        const OllamaClient client(base, m_http, std::chrono::seconds(5));
+        HttpClient http;
+        const OllamaClient client(base, http, probeTime);
         std::vector<OllamaRunning> running = co_await client.listRunning(stop);
         if (base != m_connection.baseURL())
             co_return; // another server by now

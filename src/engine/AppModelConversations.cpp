@@ -159,25 +159,31 @@ void AppModel::duplicate(const QUuid& id)
     insertAndSelect(std::move(copy));
 }
 
-void AppModel::remove(const QUuid& id)
+void AppModel::remove(const QUuid& removedId)
 {
+    const QUuid id = removedId; // which may be that of the very conversation that goes
     const std::size_t index = m_sessions.indexOf(id);
     if (index == m_sessions.size())
         return;
-    if (id == m_streamingSession)
+    if (id == m_streamingSession) {
+        showLatest();
         stop();
-    auto removed = std::make_unique<RemovedSession>();
-    removed->session = m_sessions[index];
+    }
+    if (m_replaced && (m_replaced->session == id || m_replaced->fork == id))
+        setReplaced(nullptr);
+    RemovedSession removed;
+    removed.until = m_services.clock.steadyNow() + undoTime;
+    removed.session = m_sessions[index];
     if (const auto draft = m_drafts.find(id); draft != m_drafts.end()) {
-        removed->draft = draft->second;
+        removed.draft = draft->second;
         m_drafts.erase(draft);
         saveDrafts();
     }
-    std::erase_if(removed->session.messages, isEmptyReply);
+    std::erase_if(removed.session.messages, isEmptyReply);
     m_sessions.remove(index);
     if (m_sessions.empty()) {
         insertNewConversation();
-        removed->replacement = m_sessions.front().id;
+        removed.replacement = m_sessions.front().id;
     }
     const bool wasSelected = id == m_selection;
     if (wasSelected)
@@ -186,40 +192,58 @@ void AppModel::remove(const QUuid& id)
     saveSessions();
     if (wasSelected)
         announceSelection();
-    // An empty conversation is as easily made anew.
-    if (removed->session.messages.empty() && removed->draft.isEmpty())
+    if (isUntouched(removed.session) && removed.draft.isEmpty())
         return;
-    setRemoved(std::move(removed));
-    m_undoTime = followUndoTime();
+    m_removed.push_back(std::move(removed));
+    announceRemoved();
+    if (!m_undoTime.isValid() || m_undoTime.isFinished())
+        m_undoTime = followUndoTime();
+}
+
+/// Whether a conversation is as easily made anew.
+bool AppModel::isUntouched(const ChatSession& session) const
+{
+    ChatSession fresh = newSettings();
+    fresh.id = session.id;
+    fresh.createdAt = session.createdAt;
+    fresh.updatedAt = session.updatedAt;
+    return session == fresh;
 }
 
 void AppModel::undoRemove()
 {
-    if (!m_removed)
+    if (m_removed.empty())
         return;
-    const std::unique_ptr<RemovedSession> removed = std::move(m_removed);
-    setRemoved(nullptr);
-    const QUuid id = removed->session.id;
-    const ChatSession* const replacement = session(removed->replacement);
-    if (replacement && replacement->messages.empty() && !m_drafts.contains(removed->replacement))
-        m_sessions.remove(m_sessions.indexOf(removed->replacement));
-    if (!removed->draft.isEmpty()) {
-        m_drafts[id] = removed->draft;
+    RemovedSession removed = std::move(m_removed.back());
+    m_removed.pop_back();
+    announceRemoved();
+    const ChatSession* const replacement = session(removed.replacement);
+    if (replacement && isUntouched(*replacement) && !m_drafts.contains(removed.replacement))
+        m_sessions.remove(m_sessions.indexOf(removed.replacement));
+    if (!removed.draft.isEmpty()) {
+        m_drafts[removed.session.id] = removed.draft;
         saveDrafts();
     }
-    insertAndSelect(std::move(removed->session));
+    insertAndSelect(std::move(removed.session));
 }
 
 Task<void> AppModel::followUndoTime()
 {
-    co_await m_services.clock.sleepFor(undoTime, {});
-    setRemoved(nullptr);
+    const Clock& clock = m_services.clock;
+    while (!m_removed.empty()) {
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(m_removed.front().until - clock.steadyNow());
+        co_await clock.sleepFor(std::max(left, std::chrono::milliseconds(0)), {});
+        const auto now = clock.steadyNow();
+        std::erase_if(m_removed, [now](const RemovedSession& removed) { return removed.until <= now; });
+        announceRemoved();
+    }
 }
 
-void AppModel::setRemoved(std::unique_ptr<RemovedSession> removed)
+void AppModel::announceRemoved()
 {
-    m_removed = std::move(removed);
-    assign(m_removedTitle, m_removed ? m_removed->session.title : QString(), &AppState::removedTitleChanged);
+    assign(m_removedTitle, m_removed.empty() ? QString() : m_removed.back().session.title,
+           &AppState::removedTitleChanged);
 }
 
 void AppModel::changeSettings(const std::function<void(ChatSession&)>& change)

@@ -44,22 +44,54 @@ QString wordOf(HandoffKind kind)
 void AppModel::setReplaced(std::unique_ptr<ReplacedMessages> replaced)
 {
     m_replaced = std::move(replaced);
-    assign(m_canUndoEdit, m_replaced != nullptr, &AppState::canUndoEditChanged);
+    const bool canUndo = m_replaced != nullptr;
+    const bool undoesFork = canUndo && !m_replaced->fork.isNull();
+    if (canUndo == m_canUndoEdit && undoesFork == m_undoesFork)
+        return;
+    m_canUndoEdit = canUndo;
+    m_undoesFork = undoesFork;
+    Q_EMIT canUndoEditChanged();
 }
 
-/// Takes away the messages from one on, keeping them for undoEdit().
+/// Takes away the messages from one on, if there are any, keeping them for undoEdit().
 void AppModel::replaceFrom(const QUuid& session, std::size_t index)
 {
     ChatSession* const conversation = edit(session);
-    auto replaced = std::make_unique<ReplacedMessages>();
-    replaced->session = session;
-    replaced->kept = index;
-    const auto first = conversation->messages.begin() + static_cast<std::ptrdiff_t>(index);
-    replaced->messages.assign(first, conversation->messages.end());
-    conversation->messages.erase(first, conversation->messages.end());
+    auto& messages = conversation->messages;
+    if (index >= messages.size())
+        return;
+    // What a failed turn left is worth less than what that turn replaced, so this goes on being kept.
+    const bool isOfFailed = m_failure && m_failure->session == session && m_replaced &&
+                            m_replaced->session == session && m_replaced->fork.isNull() &&
+                            m_replaced->kept <= messages.size();
+    auto replaced = isOfFailed ? std::move(m_replaced) : std::make_unique<ReplacedMessages>();
+    if (!isOfFailed) {
+        replaced->session = session;
+        replaced->kept = messages.size();
+    }
+    const auto at = [&messages](std::size_t place) {
+        return messages.begin() + static_cast<std::ptrdiff_t>(place);
+    };
+    if (index < replaced->kept) {
+        replaced->messages.insert(replaced->messages.begin(), at(index), at(replaced->kept));
+        replaced->kept = index;
+    }
+    messages.erase(at(index), messages.end());
     setReplaced(std::move(replaced));
     setFailure(std::nullopt);
     announceSession(session);
+    Q_EMIT messagesChanged(session);
+}
+
+/// Puts a prompt with another content in place of one and all that follows it.
+void AppModel::replacePrompt(const QUuid& session, std::size_t index, const QString& content)
+{
+    ChatMessage prompt = this->session(session)->messages[index];
+    prompt.id = QUuid::createUuid();
+    prompt.content = content;
+    prompt.createdAt = m_services.clock.now();
+    replaceFrom(session, index);
+    edit(session)->messages.push_back(std::move(prompt));
     Q_EMIT messagesChanged(session);
 }
 
@@ -69,12 +101,9 @@ void AppModel::tryAgain()
         return;
     const QUuid session = m_failure->session;
     const ChatSession* const conversation = this->session(session);
-    const std::size_t prompt = conversation ? indexOf(*conversation, m_failure->prompt) : 0;
-    if (!conversation || prompt == conversation->messages.size())
-        return;
-    if (prompt + 1 < conversation->messages.size())
-        replaceFrom(session, prompt + 1);
-    startTurn(session);
+    const QUuid prompt = m_failure->prompt;
+    if (conversation && indexOf(*conversation, prompt) < conversation->messages.size())
+        resend(session, prompt);
 }
 
 void AppModel::editFailed()
@@ -113,13 +142,8 @@ void AppModel::regenerate()
     const auto prompt = std::find_if(messages.rbegin(), messages.rend(), [](const ChatMessage& message) {
         return message.role == ChatRole::User;
     });
-    if (prompt == messages.rend())
-        return;
-    const auto next = static_cast<std::size_t>(messages.rend() - prompt);
-    const QUuid session = selected->id;
-    if (next < messages.size())
-        replaceFrom(session, next);
-    startTurn(session);
+    if (prompt != messages.rend())
+        resend(selected->id, prompt->id);
 }
 
 void AppModel::editAndResend(const QUuid& message, const QString& text)
@@ -131,17 +155,7 @@ void AppModel::editAndResend(const QUuid& message, const QString& text)
     const std::size_t index = indexOf(*selected, message);
     if (index == selected->messages.size() || selected->messages[index].role != ChatRole::User)
         return;
-    const QUuid session = selected->id;
-    ChatMessage prompt = selected->messages[index];
-    replaceFrom(session, index);
-    m_replaced->edited = text;
-    prompt.id = QUuid::createUuid();
-    prompt.content = withPrompt(prompt.content, wellFormed(text).trimmed());
-    prompt.createdAt = m_services.clock.now();
-    edit(session)->messages.push_back(std::move(prompt));
-    touch(session);
-    Q_EMIT messagesChanged(session);
-    startTurn(session);
+    resend(selected->id, message, text);
 }
 
 void AppModel::fork(const QUuid& message)
@@ -186,20 +200,15 @@ void AppModel::undoEdit()
         remove(replaced->fork);
         return;
     }
-    putBack(*replaced);
-}
-
-void AppModel::putBack(const ReplacedMessages& replaced)
-{
-    ChatSession* const conversation = edit(replaced.session);
-    if (!conversation || conversation->messages.size() < replaced.kept)
+    ChatSession* const conversation = edit(replaced->session);
+    if (!conversation || conversation->messages.size() < replaced->kept)
         return;
-    conversation->messages.resize(replaced.kept);
-    conversation->messages.insert(conversation->messages.end(), replaced.messages.begin(),
-                                  replaced.messages.end());
+    conversation->messages.resize(replaced->kept);
+    conversation->messages.insert(conversation->messages.end(), replaced->messages.begin(),
+                                  replaced->messages.end());
     setFailure(std::nullopt);
-    touch(replaced.session);
-    Q_EMIT messagesChanged(replaced.session);
+    touch(replaced->session);
+    Q_EMIT messagesChanged(replaced->session);
 }
 
 void AppModel::handOffReply(const QUuid& message)

@@ -88,18 +88,22 @@ Task<void> AppModel::followPage(QUuid session, QString url, std::stop_token stop
 {
     QString status;
     assign(m_isReadingPage, true, &AppState::isReadingPageChanged);
-    setStatusMessage(tr("Reading %1…").arg(url));
+    const QString reading = tr("Reading %1…").arg(url);
+    setStatusMessage(reading);
     try {
         PageNetwork& network = m_services.pages ? *m_services.pages : m_pages;
-        const QString text = co_await readPublicPage(&m_http, &network, url, {}, stop);
+        HttpClient http;
+        const QString text = co_await readPublicPage(&http, &network, url, {}, stop);
         if (this->session(session))
             addToDraft(session, url + QStringLiteral("\n\n") + text);
+        clearStatus(reading);
     } catch (const Cancelled&) {
         status = QStringLiteral("Stopped.");
     } catch (const Error& error) {
         status = error.message();
     }
-    setStatusMessage(status);
+    if (!status.isEmpty())
+        setStatusMessage(status);
     assign(m_isReadingPage, false, &AppState::isReadingPageChanged);
 }
 

@@ -212,7 +212,8 @@ Task<void> AppModel::followRestore(QString name)
             insertNewConversation();
         setFailure(std::nullopt);
         setReplaced(nullptr);
-        setRemoved(nullptr);
+        m_removed.clear();
+        announceRemoved();
         m_selection = m_sessions.front().id;
         Q_EMIT sessionsChanged();
         announceSelection();

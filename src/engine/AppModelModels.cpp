@@ -25,6 +25,11 @@ QString endingOf(const std::exception_ptr& exception)
     }
 }
 
+QString searchingText(const QString& query)
+{
+    return QStringLiteral("Searching %1").arg(query);
+}
+
 } // namespace
 
 void AppModel::setPullStatus(const QString& text, double share)
@@ -36,15 +41,24 @@ void AppModel::setPullStatus(const QString& text, double share)
     Q_EMIT pullStatusChanged();
 }
 
+/// While something is pulled or removed, that has the line.
+void AppModel::saySearch(const QString& text)
+{
+    if (m_isPulling)
+        setStatusMessage(text);
+    else
+        setPullStatus(text);
+}
+
 void AppModel::searchModels()
 {
     const QString query = m_modelQuery.trimmed();
     m_stopModelSearch.request_stop();
     if (query.isEmpty()) {
-        setPullStatus(QStringLiteral("Type a model name to search."));
+        saySearch(QStringLiteral("Type a model name to search."));
         return;
     }
-    setPullStatus(QStringLiteral("Searching %1").arg(query));
+    saySearch(searchingText(query));
     if (!m_isPulling) // its name stays beside its progress
         assign(m_pullTarget, QString(), &AppState::pullTargetChanged);
     m_stopModelSearch = std::stop_source();
@@ -53,21 +67,28 @@ void AppModel::searchModels()
 
 Task<void> AppModel::followModelSearch(QString query, std::stop_token stop)
 {
+    QString said;
     try {
-        const OllamaClient client(m_connection.baseURL(), m_http);
+        HttpClient http;
+        const OllamaClient client(m_connection.baseURL(), http);
         std::vector<OllamaLibraryHit> hits =
             co_await client.searchLibrary(m_bases.url(ApiBase::ModelLibrary), query, stop);
-        // A pull that was begun meanwhile has the line.
-        if (!m_isPulling)
-            setPullStatus(hits.empty() ? QStringLiteral("No models matched %1").arg(query) : QString());
+        if (hits.empty())
+            said = QStringLiteral("No models matched %1").arg(query);
         assign(m_libraryHits, std::move(hits), &AppState::libraryHitsChanged);
     } catch (const Cancelled&) {
         co_return; // a newer search is under way
     } catch (const TransportError& error) {
-        setPullStatus(OllamaError::unreachable(error.message()).message());
+        said = OllamaError::unreachable(error.message()).message();
     } catch (const Error& error) {
-        setPullStatus(error.message());
+        said = error.message();
     }
+    // A pull may have begun or ended meanwhile.
+    clearStatus(searchingText(query));
+    if (m_pullStatus == searchingText(query))
+        setPullStatus(QString());
+    if (!said.isEmpty())
+        saySearch(said);
 }
 
 void AppModel::pullModel(const QString& name)
@@ -114,7 +135,8 @@ Task<void> AppModel::refreshInstalledModels(std::stop_token stop)
 {
     try {
         const QUrl base = m_connection.baseURL();
-        const OllamaClient client(base, m_http, std::chrono::seconds(5));
+        HttpClient http;
+        const OllamaClient client(base, http, std::chrono::seconds(5));
         std::vector<OllamaModel> models = usableModels(co_await client.listModels(stop));
         if (base == m_connection.baseURL()) // else another server by now
             assign(m_installedModels, std::move(models), &AppState::installedModelsChanged);
@@ -137,7 +159,8 @@ void AppModel::removeModel(const QString& name)
 Task<void> AppModel::followRemoval(QString name, std::stop_token stop)
 {
     try {
-        co_await OllamaClient(m_connection.baseURL(), m_http, std::chrono::seconds(60)).remove(name, stop);
+        HttpClient http;
+        co_await OllamaClient(m_connection.baseURL(), http).remove(name, stop);
         if (name == m_defaultModel) {
             attempt([this] { m_services.preferences.setDefaultModel(QString()); });
             assign(m_defaultModel, m_services.preferences.defaultModel(), &AppState::defaultModelChanged);

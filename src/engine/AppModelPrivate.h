@@ -10,6 +10,8 @@ namespace varnel {
 /// A conversation that can still be brought back.
 struct AppModel::RemovedSession
 {
+    /// How long it can, of the clock that only moves forward.
+    std::chrono::steady_clock::time_point until;
     ChatSession session;
     Draft draft;
     /// The empty conversation that took its place; null if others were left.
@@ -26,8 +28,6 @@ struct AppModel::ReplacedMessages
     std::size_t kept = 0;
     /// The conversation that a fork made; null for the other edits.
     QUuid fork;
-    /// What a prompt was changed to; empty for the other edits.
-    QString edited;
 };
 
 ChatMessage makeMessage(ChatRole role, QString content, Instant now);

@@ -64,6 +64,22 @@ QString unreadableReason(const ChatSession& session, const LibraryItem& item)
              isPdf ? QStringLiteral("a PDF") : QStringLiteral("an image"));
 }
 
+/// Whether a prompt takes the same way in both.
+bool isAnsweredAlike(const ChatSession& a, const ChatSession& b)
+{
+    if (a.answerBackend != b.answerBackend || a.search != b.search)
+        return false;
+    return a.answerBackend == AnswerBackend::Remote
+               ? a.remoteProvider == b.remoteProvider && a.remoteModel == b.remoteModel
+               : a.model == b.model;
+}
+
+bool isAmong(const std::vector<LibraryItem>& items, const LibraryItem& item)
+{
+    return std::any_of(items.begin(), items.end(),
+                       [&item](const LibraryItem& other) { return other.id == item.id; });
+}
+
 struct AttachedFiles
 {
     QStringList texts;
@@ -128,7 +144,7 @@ std::vector<LibraryItem> AppModel::attachedItems(const QString& content) const
         const auto found =
             std::find_if(m_libraryItems.begin(), m_libraryItems.end(), [&](const LibraryItem& item) {
                 return item.isLive() && attachment.mediaPath.isEmpty() && item.kind == attachment.kind &&
-                       item.title.simplified() == attachment.title.simplified();
+                       item.title.simplified() == attachment.title.simplified() && !isAmong(items, item);
             });
         if (found != m_libraryItems.end())
             items.push_back(*found);
@@ -144,8 +160,6 @@ Task<PromptMaterial> AppModel::preparePrompt(PromptQuestion question, std::stop_
             throw Error(reason);
     }
     const bool isRemote = session.answerBackend == AnswerBackend::Remote;
-    if (isRemote && !m_passthroughEnabled)
-        throw VarnelError::passthroughDisabled();
     const TurnKeys keys = co_await findKeys(&m_credentials, session.answerBackend, session.remoteProvider,
                                             session.search, stop);
     PromptMaterial material;
@@ -175,7 +189,22 @@ Task<PromptMaterial> AppModel::preparePrompt(PromptQuestion question, std::stop_
         if (!question.isFollowUp)
             material.content = promptContent(question.prompt, files.texts);
     }
+    checkStillAsked(session);
     co_return material;
+}
+
+/// A look-up may have asked the user to unlock the keyring, and meanwhile they may have changed anything.
+/// What was made ready for one model, with its key and what it can read, goes to no other.
+void AppModel::checkStillAsked(const ChatSession& asked)
+{
+    const ChatSession* const now = session(asked.id);
+    if (!now)
+        throw Cancelled(); // removed while its prompt was made ready
+    if (refusesPassthrough(asked.id))
+        throw VarnelError::passthroughDisabled();
+    if (!isAnsweredAlike(*now, asked))
+        throw Error(tr("Nothing was sent, because the model or the search was changed before the prompt was "
+                       "ready. Send it again to use what is chosen now."));
 }
 
 TurnRequest AppModel::turnRequest(const ChatSession& session, PromptMaterial material) const

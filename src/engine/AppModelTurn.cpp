@@ -2,7 +2,9 @@
 #include "engine/AppModelPrivate.h"
 
 #include "app/DiagnosticsLog.h"
+#include "base/Text.h"
 #include "engine/ConversationTitle.h"
+#include "engine/PromptText.h"
 #include "providers/VarnelError.h"
 
 #include <algorithm>
@@ -74,8 +76,6 @@ Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid
                                                           .isFollowUp = false},
                                                          stop);
         ChatSession* const changed = edit(session);
-        if (!changed)
-            throw Cancelled(); // removed while its prompt was made ready
         ChatMessage message = makeMessage(ChatRole::User, material.content, m_services.clock.now());
         changed->messages.push_back(std::move(message));
         if (changed->title == QLatin1String("New conversation") && !prompt.isEmpty())
@@ -113,27 +113,35 @@ void AppModel::takeFromDraft(const QUuid& session, const QString& prompt,
     }
 }
 
-/// Sends the last prompt of a conversation once more.
-void AppModel::startTurn(const QUuid& session)
+/// Sends a prompt of a conversation once more, in place of what followed it.
+/// @param edited what its own words are from now on, if they change.
+void AppModel::resend(QUuid session, QUuid prompt, std::optional<QString> edited)
 {
     setPreparing(true);
     m_stopTurn = std::stop_source();
-    m_turn = followResend(session, m_stopTurn.get_token());
+    m_turn = followResend(session, prompt, std::move(edited), m_stopTurn.get_token());
 }
 
-Task<void> AppModel::followResend(QUuid session, std::stop_token stop)
+/// Like followSend(), it changes nothing before it is known that the turn can be sent.
+Task<void> AppModel::followResend(QUuid session, QUuid prompt, std::optional<QString> edited,
+                                  std::stop_token stop)
 {
     QString refusal;
     try {
         const ChatSession* const conversation = this->session(session);
-        const QString content = conversation->messages.back().content;
+        const std::size_t index = indexOf(*conversation, prompt);
+        QString content = conversation->messages[index].content;
+        if (edited)
+            content = withPrompt(content, wellFormed(*edited).trimmed());
         PromptMaterial material = co_await preparePrompt({.conversation = *conversation,
                                                           .prompt = content,
                                                           .items = mediaItemsOf(content),
                                                           .isFollowUp = true},
                                                          stop);
-        if (!this->session(session))
-            throw Cancelled(); // removed while its prompt was made ready
+        if (edited)
+            replacePrompt(session, index, content);
+        else
+            replaceFrom(session, index + 1);
         co_await runPrepared(session, std::move(material), stop);
         co_return;
     } catch (const Cancelled&) {
@@ -142,55 +150,33 @@ Task<void> AppModel::followResend(QUuid session, std::stop_token stop)
         refusal = error.message();
     }
     setPreparing(false);
-    // Nothing was sent, so nothing is lost either.
-    if (m_replaced && m_replaced->session == session && m_replaced->fork.isNull()) {
-        const std::unique_ptr<ReplacedMessages> replaced = std::move(m_replaced);
-        setReplaced(nullptr);
-        putBack(*replaced);
-        if (!replaced->edited.isEmpty())
-            addToDraft(session, replaced->edited);
-    }
     setStatusMessage(refusal);
 }
 
 /// The conversation ends with the prompt; its reply is put behind it and filled.
 Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::stop_token stop)
 {
-    ChatSession* const conversation = edit(session);
-    TurnRequest request = turnRequest(*conversation, std::move(material));
-    ChatMessage reply = makeMessage(ChatRole::Assistant, QString(), m_services.clock.now());
-    reply.backend = request.backend;
-    const QUuid prompt = conversation->messages.back().id;
-    const QUuid message = reply.id;
-    conversation->messages.push_back(std::move(reply));
-    setFailure(std::nullopt);
-    setStatusMessage(request.search ? searchingStatus(request.search->backend) : QString());
-    m_retried = false;
     // Another server may be chosen while it runs.
     const ConnectionSettings connection = m_connection;
-    setStreaming(session, message);
-    // Not through the pointer from above: whoever was told may have handed the list to the saving thread.
-    edit(session)->updatedAt = m_services.clock.now();
-    moveIntoPlace(session);
-    Q_EMIT messagesChanged(session);
+    const ChatSession& conversation = *this->session(session);
+    const QUuid prompt = conversation.messages.back().id;
+    const TurnRequest request = turnRequest(conversation, std::move(material));
+    const QString searching = request.search ? searchingStatus(request.search->backend) : QString();
+    setFailure(std::nullopt);
+    setStatusMessage(searching);
+    const QUuid message = beginReply(session, request);
     if (std::holds_alternative<OllamaQuestion>(request.question))
         m_running = followRunning(stop);
 
     std::exception_ptr exception;
     TurnFailure failure;
     try {
-        // The prompt is on the disk before it leaves; the whole follows meanwhile.
-        keep(session, prompt);
-        co_await m_keeper.flushed();
-        m_keeper.replyEnded(prompt);
-        saveSessions();
-        if (stop.stop_requested())
-            throw Cancelled();
+        co_await savePrompt(session, prompt, stop);
         const TurnOutcome outcome =
             co_await runTurn(request, turnServices(), observerOf(session, message), stop);
         completeReply(session, message, outcome);
-        if (m_retried || request.search)
-            setStatusMessage(QString());
+        clearStatus(retryMessage);
+        clearStatus(searching);
     } catch (const Cancelled&) {
         setStatusMessage(QStringLiteral("Stopped."));
     } catch (const Error&) {
@@ -201,6 +187,35 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
     endTurn(session, message, failure);
 }
 
+/// Puts an empty reply at the end of a conversation, to be filled.
+QUuid AppModel::beginReply(const QUuid& session, const TurnRequest& request)
+{
+    ChatMessage reply = makeMessage(ChatRole::Assistant, QString(), m_services.clock.now());
+    reply.backend = request.backend;
+    const QUuid message = reply.id;
+    edit(session)->messages.push_back(std::move(reply));
+    m_buffers = std::make_shared<TurnBuffers>();
+    setStreaming(session, message);
+    // Looked up anew: whoever was told may have handed the list to the saving thread.
+    edit(session)->updatedAt = m_services.clock.now();
+    moveIntoPlace(session);
+    Q_EMIT messagesChanged(session);
+    return message;
+}
+
+/// The prompt is on the disk before it leaves; the whole follows meanwhile.
+Task<void> AppModel::savePrompt(QUuid session, QUuid prompt, std::stop_token stop)
+{
+    keep(session, prompt);
+    const Task<void> saved = m_keeper.flushed(stop);
+    // From here on a stop finds everything handed over.
+    m_keeper.replyEnded(prompt);
+    saveSessions();
+    co_await saved;
+    if (stop.stop_requested())
+        throw Cancelled();
+}
+
 TurnObserver AppModel::observerOf(const QUuid& session, const QUuid& message)
 {
     return {
@@ -209,7 +224,6 @@ TurnObserver AppModel::observerOf(const QUuid& session, const QUuid& message)
                                 const QString& reply) { showReply(session, message, thinking, reply); },
         .onRetry =
             [this](const QString& description) {
-                m_retried = true;
                 setStatusMessage(retryMessage);
                 m_services.log.log(QStringLiteral("chat retry ") + description);
             },
@@ -219,6 +233,7 @@ TurnObserver AppModel::observerOf(const QUuid& session, const QUuid& message)
                 Q_EMIT messageChanged(session, message);
             },
         .approve = m_approval,
+        .buffers = m_buffers,
     };
 }
 
@@ -232,6 +247,13 @@ void AppModel::showReply(const QUuid& session, const QUuid& message, const QStri
     shown->content = reply;
     keep(session, message);
     Q_EMIT messageChanged(session, message);
+}
+
+/// What came since the reply was shown last is in the conversation before that is saved or put aside.
+void AppModel::showLatest()
+{
+    if (m_isStreaming && !m_buffers->isEmpty())
+        showReply(m_streamingSession, m_streamingMessage, m_buffers->thinking(), m_buffers->reply());
 }
 
 void AppModel::keep(const QUuid& session, const QUuid& message)
@@ -261,11 +283,11 @@ void AppModel::completeReply(const QUuid& session, const QUuid& message, const T
 
 void AppModel::endTurn(const QUuid& session, const QUuid& message, TurnFailure failure)
 {
-    setStreaming(QUuid(), QUuid());
-    if (!failure.text.isEmpty()) {
+    if (!failure.text.isEmpty())
         setStatusMessage(failure.text);
+    setStreaming(QUuid(), QUuid());
+    if (!failure.text.isEmpty())
         m_services.log.log(QStringLiteral("chat failed ") + failure.text);
-    }
     m_keeper.replyEnded(message);
     ChatSession* const conversation = edit(session);
     if (!conversation || indexOf(*conversation, message) == conversation->messages.size()) {

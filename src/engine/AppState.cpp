@@ -55,4 +55,10 @@ void AppState::setStatusMessage(const QString& text)
     assign(m_statusMessage, text, &AppState::statusMessageChanged);
 }
 
+void AppState::clearStatus(const QString& text)
+{
+    if (m_statusMessage == text)
+        setStatusMessage(QString());
+}
+
 } // namespace varnel

@@ -68,6 +68,7 @@ class AppState : public QObject
     Q_PROPERTY(QString hostLabel READ hostLabel NOTIFY connectionChanged)
     Q_PROPERTY(QString removedTitle READ removedTitle NOTIFY removedTitleChanged)
     Q_PROPERTY(bool canUndoEdit READ canUndoEdit NOTIFY canUndoEditChanged)
+    Q_PROPERTY(bool undoesFork READ undoesFork NOTIFY canUndoEditChanged)
 
 public:
     using QObject::QObject;
@@ -144,10 +145,12 @@ public:
     const QString& defaultModel() const { return m_defaultModel; }
     int credentialRevision() const { return m_credentialRevision; }
 
-    /// The title of the conversation that can still be brought back; empty when there is none.
+    /// The title of the conversation that is brought back next; empty when there is none.
     const QString& removedTitle() const { return m_removedTitle; }
     /// Whether messages that were replaced can still be brought back.
     bool canUndoEdit() const { return m_canUndoEdit; }
+    /// Whether undoing takes a fork away, back to where it was made, rather than bringing messages back.
+    bool undoesFork() const { return m_undoesFork; }
 
 Q_SIGNALS:
     /// Which conversations there are, or their order.
@@ -178,7 +181,8 @@ Q_SIGNALS:
     /// A turn began or ended to be looked into, or to run.
     void isStreamingChanged();
     void isImportingChanged();
-    /// Something could not be copied into the library, and the status says why. Comes before isImporting ends.
+    /// Something could not be copied into the library, and the status says why. Comes before isImporting
+    /// ends.
     /// @param session the conversation it was to be attached to; null if it was for the library only.
     void importFailed(const QUuid& session);
     /// A turn ended, in whatever way.
@@ -214,6 +218,8 @@ protected:
         Q_EMIT(this->*changed)();
     }
     void setStatusMessage(const QString& text);
+    /// Takes a text away that is no longer true, if it is still what the status says.
+    void clearStatus(const QString& text);
 
     SessionList m_sessions;
     QUuid m_selection;
@@ -253,6 +259,7 @@ protected:
     int m_credentialRevision = 0;
     QString m_removedTitle;
     bool m_canUndoEdit = false;
+    bool m_undoesFork = false;
 };
 
 } // namespace varnel

@@ -1,6 +1,7 @@
 #include "engine/ConversationFiles.h"
 
 #include "engine/ConversationExport.h"
+#include "engine/ConversationTitle.h"
 #include "engine/PromptText.h"
 #include "store/FileAccess.h"
 #include "store/ReplacingFile.h"
@@ -38,6 +39,17 @@ QByteArray bytesOf(const ChatSession& session, ConversationForm form)
     return conversationJson(session);
 }
 
+/// What a file says of who answered is not what happened here, and no label of a provider: whether the user
+/// agreed to send to one is read from those.
+void markImported(ChatSession& session)
+{
+    const QString mark = QStringLiteral("Imported · ");
+    for (ChatMessage& message : session.messages) {
+        if (!message.backend.isEmpty() && !message.backend.startsWith(mark))
+            message.backend.prepend(mark);
+    }
+}
+
 void write(const QString& file, const QByteArray& bytes)
 {
     ReplacingFile replacing(file);
@@ -73,8 +85,11 @@ Task<ChatSession> readConversation(Worker* worker, QString file)
         if (!contents)
             throw Error(QStringLiteral("There is no file %1.").arg(file));
         try {
-            return conversationFromJson(
+            ChatSession session = conversationFromJson(
                 QByteArray::fromRawData(contents->bytes.get(), static_cast<qsizetype>(contents->size)));
+            session.title = importedTitle(session.title);
+            markImported(session);
+            return session;
         } catch (const Error& error) {
             throw Error(file + QStringLiteral(": ") + error.message());
         }

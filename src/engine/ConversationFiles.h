@@ -23,7 +23,8 @@ Task<void> writeConversation(Worker* worker, ChatSession session, QString file, 
 /// Writes a text to a file as it is, with a line feed at its end. Throws Error.
 Task<void> writeText(Worker* worker, QString text, QString file);
 
-/// Reads a conversation that was written as JSON. Throws Error that names the file.
+/// Reads a conversation that was written as JSON; the labels of its replies say that they were imported.
+/// Throws Error that names the file.
 Task<ChatSession> readConversation(Worker* worker, QString file);
 
 } // namespace varnel

@@ -1,13 +1,16 @@
 #include "engine/ConversationTitle.h"
 
+#include "base/Text.h"
+
 #include <QTextBoundaryFinder>
 
 namespace varnel {
 
-QString titleFromPrompt(const QString& prompt)
+namespace {
+
+QString cutAtWord(const QString& text, int limit)
 {
-    constexpr int limit = 48;
-    QString line = prompt.left(4096).simplified();
+    QString line = wellFormed(text.left(4096)).simplified();
     QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, line);
     for (int count = 0; count < limit; ++count) {
         if (characters.toNextBoundary() < 0)
@@ -18,6 +21,19 @@ QString titleFromPrompt(const QString& prompt)
         return line;
     const qsizetype word = line.at(end) == QLatin1Char(' ') ? end : line.lastIndexOf(QLatin1Char(' '), end);
     return line.left(word > 0 ? word : end);
+}
+
+} // namespace
+
+QString titleFromPrompt(const QString& prompt)
+{
+    return cutAtWord(prompt, 48);
+}
+
+QString importedTitle(const QString& title)
+{
+    const QString cut = cutAtWord(title, 200);
+    return cut.isEmpty() ? QStringLiteral("New conversation") : cut;
 }
 
 } // namespace varnel

@@ -16,7 +16,8 @@ std::vector<OllamaModel> usableModels(std::vector<OllamaModel> models)
 Task<ProbeResult> probe(OllamaClient client, std::stop_token stop)
 {
     ProbeResult result;
-    result.version = co_await client.serverVersion(stop);
+    constexpr qsizetype longestVersion = 64;
+    result.version = (co_await client.serverVersion(stop)).simplified().left(longestVersion);
     result.models = usableModels(co_await client.listModels(stop));
     co_return result;
 }

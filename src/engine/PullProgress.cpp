@@ -15,11 +15,18 @@ constexpr std::chrono::seconds rateWindow(5);
 
 QString bytes(double count)
 {
-    return QLocale::c().formattedDataSize(static_cast<qint64>(count), 1, QLocale::DataSizeSIFormat);
+    // What a server counts may be more than an integer holds.
+    constexpr double most = 9e18;
+    return QLocale::c().formattedDataSize(static_cast<qint64>(std::min(count, most)), 1,
+                                          QLocale::DataSizeSIFormat);
 }
 
+/// Empty when it is too long to mean anything.
 QString timeLeft(double seconds)
 {
+    constexpr double longest = 99 * 3600.0;
+    if (seconds > longest)
+        return {};
     const auto whole = static_cast<qint64>(std::ceil(seconds));
     if (whole < 60)
         return QStringLiteral("%1 s left").arg(whole);
@@ -79,6 +86,7 @@ QString PullProgress::text() const
         parts.push_back(bytes(*speed) + QStringLiteral("/s"));
         if (m_completed < m_total)
             parts.push_back(timeLeft(static_cast<double>(m_total - m_completed) / *speed));
+        parts.removeAll(QString());
     }
     return opening + QLatin1Char(' ') + parts.join(QStringLiteral(" · "));
 }

@@ -13,15 +13,15 @@ constexpr auto provingTime = 1500ms;
 constexpr auto longestLogin = 20s;
 constexpr auto betweenLooks = 100ms;
 
-Error didNotStayOpen(const QString& host, const QString& summary)
+} // namespace
+
+Error tunnelDidNotStayOpen(const QString& host, const QString& summary)
 {
     QString message = QStringLiteral("The tunnel to %1 did not stay open.").arg(host);
     if (!summary.isEmpty())
         message += QLatin1Char(' ') + summary;
     return Error(message);
 }
-
-} // namespace
 
 QString tunnelDescription(const ConnectionSettings& settings)
 {
@@ -62,7 +62,7 @@ Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Cl
     if (!isRunning) {
         const QString summary = TunnelController::summary(tunnel.output());
         observer.onExited(summary);
-        throw didNotStayOpen(host, summary);
+        throw tunnelDidNotStayOpen(host, summary);
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "base/Error.h"
 #include "base/Task.h"
 #include "store/ConnectionSettings.h"
 #include "tunnel/TunnelController.h"
@@ -12,6 +13,16 @@
 #include <stop_token>
 
 namespace varnel {
+
+/// How ssh ended by itself.
+struct TunnelExit
+{
+    int status = 0;
+    /// What it said last, in one line; may be empty.
+    QString summary;
+
+    bool operator==(const TunnelExit&) const = default;
+};
 
 /// What the opening of a tunnel tells its owner while it runs.
 struct TunnelObserver
@@ -29,6 +40,9 @@ struct TunnelObserver
 /// Throws Error whose message is what the user is told, or Cancelled. All but the settings outlive the task.
 Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Clock& clock,
                       ConnectionSettings settings, TunnelObserver observer, std::stop_token stop);
+
+/// What the user is told when ssh ended before the server was reached through it.
+Error tunnelDidNotStayOpen(const QString& host, const QString& summary);
 
 /// "me@gpu-box 11434:127.0.0.1:11434", for the log.
 QString tunnelDescription(const ConnectionSettings& settings);

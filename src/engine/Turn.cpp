@@ -2,6 +2,8 @@
 
 #include "engine/TurnBuffers.h"
 #include "ollama/OllamaClient.h"
+#include "ollama/OllamaError.h"
+#include "providers/VarnelError.h"
 #include "providers/chat/ProviderClient.h"
 #include "websearch/OllamaToolModel.h"
 #include "websearch/ProviderToolModel.h"
@@ -16,8 +18,8 @@ namespace {
 using std::chrono::steady_clock;
 
 /// One attempt. The outcome is counted on, so that a second attempt begins anew.
-Task<TurnOutcome> streamOnce(OllamaQuestion question, TurnServices services, TurnBuffers* buffers,
-                             TurnObserver observer, std::stop_token stop)
+Task<TurnOutcome> streamOnce(OllamaQuestion question, TurnServices services, TurnObserver observer,
+                             std::stop_token stop)
 {
     HttpClient http;
     const OllamaClient client(question.baseURL, http, services.stallTime);
@@ -28,8 +30,8 @@ Task<TurnOutcome> streamOnce(OllamaQuestion question, TurnServices services, Tur
         const steady_clock::time_point now = services.clock.steadyNow();
         if (outcome.pieces++ == 0)
             outcome.untilFirstPiece = now - started;
-        if (buffers->take(*delta, now))
-            observer.onProgress(buffers->thinking(), buffers->reply());
+        if (observer.buffers->take(*delta, now))
+            observer.onProgress(observer.buffers->thinking(), observer.buffers->reply());
     }
     outcome.duration = services.clock.steadyNow() - started;
     co_return outcome;
@@ -38,14 +40,14 @@ Task<TurnOutcome> streamOnce(OllamaQuestion question, TurnServices services, Tur
 Task<TurnOutcome> runStreamed(OllamaQuestion question, TurnServices services, TurnObserver observer,
                               std::stop_token stop)
 {
-    TurnBuffers buffers;
+    const TurnBuffers& buffers = *observer.buffers;
     TurnOutcome outcome;
     for (bool retried = false;; retried = true) {
         std::exception_ptr failure;
         QString description;
         bool mayRetry = false;
         try {
-            outcome = co_await streamOnce(question, services, &buffers, observer, stop);
+            outcome = co_await streamOnce(question, services, observer, stop);
         } catch (const TransportError& error) {
             failure = std::current_exception();
             description = error.message();
@@ -113,10 +115,20 @@ Task<ToolAnswer> askWithTools(TurnRequest request, TurnServices services, TurnOb
     co_return co_await runToolLoop(model.get(), &tools, stop);
 }
 
+/// Why nothing came of a question: what a stream would have said, or a provider whose reply cannot be read.
+[[noreturn]] void throwWithoutReply(const std::optional<RemoteProvider>& provider)
+{
+    if (provider)
+        throw VarnelError::api(displayName(*provider) + QStringLiteral(" returned an unexpected response"));
+    throw OllamaError::withoutReply();
+}
+
 Task<TurnOutcome> runWhole(TurnRequest request, TurnServices services, TurnObserver observer,
                            std::stop_token stop)
 {
     const steady_clock::time_point started = services.clock.steadyNow();
+    const auto* const turn = std::get_if<ProviderTurn>(&request.question);
+    const std::optional<RemoteProvider> provider = turn ? std::optional(turn->provider) : std::nullopt;
     QString thinking;
     QString reply;
     if (request.search) {
@@ -131,6 +143,8 @@ Task<TurnOutcome> runWhole(TurnRequest request, TurnServices services, TurnObser
         thinking = answer.thinking;
         reply = textWithSources(answer);
     }
+    if (thinking.isEmpty() && reply.isEmpty())
+        throwWithoutReply(provider);
     observer.onProgress(thinking, reply);
     TurnOutcome outcome;
     outcome.duration = services.clock.steadyNow() - started;

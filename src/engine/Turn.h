@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "base/Task.h"
 #include "engine/SearchStep.h"
+#include "engine/TurnBuffers.h"
 #include "ollama/ChatRequest.h"
 #include "providers/chat/ImageConverter.h"
 #include "providers/chat/ProviderTurn.h"
@@ -16,6 +17,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <variant>
@@ -55,6 +57,8 @@ struct TurnObserver
     std::function<void(const SearchStep& step)> onStep;
     /// Whether an address may be read that nobody mentioned; may be empty, and then it may.
     std::function<Task<bool>(QString url, std::stop_token stop)> approve;
+    /// All that has come of a streamed reply, also what onProgress was not told of yet.
+    std::shared_ptr<TurnBuffers> buffers = std::make_shared<TurnBuffers>();
 };
 
 /// How a reply came, once it is whole.

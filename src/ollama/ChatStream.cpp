@@ -162,7 +162,7 @@ void ChatStream::finish()
     if (m_anyDelta)
         return;
     if (m_progress == Progress::Done)
-        throw OllamaError::api(QStringLiteral("The model finished without a reply."));
+        throw OllamaError::withoutReply();
     throw OllamaError::interrupted();
 }
 

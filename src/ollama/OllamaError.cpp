@@ -17,4 +17,9 @@ OllamaError OllamaError::interrupted()
     return {Kind::Interrupted, QStringLiteral("The connection closed before the model finished.")};
 }
 
+OllamaError OllamaError::withoutReply()
+{
+    return {Kind::Api, QStringLiteral("The model finished without a reply.")};
+}
+
 } // namespace varnel

@@ -19,6 +19,8 @@ public:
     static OllamaError unreachable(const QString& detail);
     static OllamaError api(QString message);
     static OllamaError interrupted();
+    /// The model was done and had said nothing.
+    static OllamaError withoutReply();
 
     Kind kind() const noexcept { return m_kind; }
 

@@ -126,10 +126,10 @@ void ConversationKeeper::replyEnded(const QUuid& message)
     m_ended.push_back(message);
 }
 
-Task<void> ConversationKeeper::flushed()
+Task<void> ConversationKeeper::flushed(std::stop_token stop)
 {
     putReply();
-    return m_queue.flushed();
+    return m_queue.flushed(std::move(stop));
 }
 
 void ConversationKeeper::flush()

@@ -61,8 +61,9 @@ public:
     /// with that.
     void replyEnded(const QUuid& message);
 
-    /// Ends when everything given before is on the disk or has failed; failure() says which.
-    Task<void> flushed();
+    /// Ends when everything given before is on the disk or has failed; failure() says which. A stop ends the
+    /// wait with Cancelled; the saving goes on.
+    Task<void> flushed(std::stop_token stop = {});
     /// The same at once, blocking: for the end of the program.
     void flush();
     /// Why the latest save failed; nothing if it did not.

@@ -136,15 +136,15 @@ void SaveQueue::deliver()
         m_report(status);
 }
 
-Task<void> SaveQueue::waitUntilSaved(SaveQueue* queue)
+Task<void> SaveQueue::waitUntilSaved(SaveQueue* queue, std::stop_token stop)
 {
-    co_await queue->runBehind([] { return true; });
+    co_await queue->runBehind([] { return true; }, std::move(stop));
     queue->deliver();
 }
 
-Task<void> SaveQueue::flushed()
+Task<void> SaveQueue::flushed(std::stop_token stop)
 {
-    return waitUntilSaved(this);
+    return waitUntilSaved(this, std::move(stop));
 }
 
 void SaveQueue::flush()

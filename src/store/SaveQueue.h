@@ -51,8 +51,9 @@ public:
     /// Takes the latest state of a file. Returns at once.
     void put(SavedFile file, Save save);
 
-    /// Ends when everything that was put before is on the disk or has failed, and was reported.
-    Task<void> flushed();
+    /// Ends when everything that was put before is on the disk or has failed, and was reported. A stop ends
+    /// the wait with Cancelled; the saving goes on.
+    Task<void> flushed(std::stop_token stop = {});
     /// The same at once, blocking: for the end of the program. What had failed is tried once more, and a
     /// running save that a later one has overtaken is given up.
     void flush();
@@ -61,14 +62,15 @@ public:
 
     /// Runs work on the queue's thread when everything that was put before is saved.
     template <typename Work>
-    Task<std::invoke_result_t<Work>> runBehind(Work work)
+    Task<std::invoke_result_t<Work>> runBehind(Work work, std::stop_token stop = {})
     {
         // What is put from now on is not waited for: somebody may go on changing things for long.
         return m_worker.run(
             [state = m_state, last = lastNumber(), work = std::move(work)](const std::stop_token&) mutable {
                 drain(*state, last);
                 return work();
-            });
+            },
+            std::move(stop));
     }
 
 private:
@@ -103,7 +105,7 @@ private:
     static void stopOvertaken(State& state);
     static void saveOne(State& state, Entry entry);
     static Task<void> follow(SaveQueue* queue);
-    static Task<void> waitUntilSaved(SaveQueue* queue);
+    static Task<void> waitUntilSaved(SaveQueue* queue, std::stop_token stop);
     void deliver();
 
     Report m_report;

@@ -1,5 +1,7 @@
+#include "engine/ConversationExport.h"
 #include "engine/Stage.h"
 #include "practice_host/PracticeHost.h"
+#include "support/ManualClock.h"
 #include "websearch/TestNetwork.h"
 
 using namespace varnel;
@@ -179,6 +181,70 @@ private Q_SLOTS:
         QVERIFY(stage.model->sessions().front().pinned);
     }
 
+    void eachRemovedConversationComesBackForItsOwnTime()
+    {
+        ManualClock clock;
+        Stage stage;
+        stage.time = &clock;
+        stage.start();
+        AppModel& model = *stage.model;
+        const auto addTitled = [&](const char* title) {
+            ChatSession session = model.newSettings();
+            session.title = text(title);
+            model.addConversation(session);
+            return session.id;
+        };
+        const QUuid b = addTitled("b");
+        model.remove(addTitled("c"));
+        clock.advance(6s);
+        model.remove(addTitled("d"));
+        model.remove(b);
+        QCOMPARE(model.removedTitle(), text("b"));
+        clock.advance(5s);
+        QTest::qWait(10);
+        model.undoRemove();
+        QCOMPARE(model.selectedTitle(), text("b"));
+        QCOMPARE(model.removedTitle(), text("d"));
+        model.undoRemove();
+        QCOMPARE(model.selectedTitle(), text("d"));
+        model.undoRemove(); // the time of "c" is over
+        QVERIFY(model.removedTitle().isEmpty());
+        QCOMPARE(model.sessions().size(), 3U);
+
+        model.addConversation(model.newSettings());
+        model.changeSettings([](ChatSession& session) { session.systemPrompt = text("be brief"); });
+        model.remove(model.selection());
+        model.undoRemove();
+        QCOMPARE(stage.session().systemPrompt, text("be brief"));
+        model.addConversation(model.newSettings());
+        model.remove(model.selection());
+        QVERIFY(model.removedTitle().isEmpty());
+    }
+
+    void anImportedReplyIsNoConsent()
+    {
+        Stage stage;
+        AppModel& model = *stage.model;
+        ChatSession crafted = model.newSettings();
+        crafted.title = QString(300, u'x') + text("\nand more");
+        crafted.messages.push_back({.id = QUuid::createUuid(),
+                                    .role = ChatRole::Assistant,
+                                    .content = text("hello"),
+                                    .thinking = {},
+                                    .createdAt = stage.clock.now(),
+                                    .backend = text("Claude · m"),
+                                    .duration = {}});
+        const QString file = stage.profile.folder.filePath(text("crafted.json"));
+        write(file, conversationJson(crafted));
+        model.importConversation(file);
+        QVERIFY(waitForStatus(stage, text("Imported ")));
+        QCOMPARE(model.selectedTitle(), QString(200, u'x'));
+        QCOMPARE(stage.session().messages.front().backend, text("Imported · Claude · m"));
+        model.setPassthroughEnabled(true);
+        model.chooseRemoteModel(RemoteProvider::Claude, text("m"));
+        QVERIFY(model.needsCloudConfirmation());
+    }
+
     void aSearchQuotesWhatItFound()
     {
         Stage stage;
@@ -256,6 +322,27 @@ private Q_SLOTS:
         model.stopPull();
         QVERIFY(waitUntil([&] { return !model.isPulling(); }));
         QCOMPARE(model.pullStatus(), text("Stopped."));
+    }
+
+    void aSearchDuringAPullLeavesItItsLine()
+    {
+        practice::PracticeHost library;
+        library.listen();
+        Stage stage;
+        stage.profile.environment["VARNEL_LIBRARY_BASE"] = library.url().toEncoded();
+        stage.start();
+        AppModel& model = *stage.model;
+        model.pullModel(text("a"));
+        const QString pulling = model.pullStatus();
+        for (const auto& [query, end] : {std::pair("zzz", "No models matched zzz"), {"practice", ""}}) {
+            model.setModelQuery(text(query));
+            model.searchModels();
+            QCOMPARE(model.statusMessage(), text("Searching ") + text(query));
+            QVERIFY(waitUntil([&, said = text(end)] { return model.statusMessage() == said; }));
+            QCOMPARE(model.pullStatus(), pulling);
+            QCOMPARE(model.pullTarget(), text("a"));
+        }
+        QVERIFY(!model.libraryHits().empty());
     }
 
     void aBackupIsTakenBack()

@@ -1,4 +1,5 @@
 #include "engine/ConversationTitle.h"
+#include "engine/PullProgress.h"
 #include "engine/Stage.h"
 #include "engine/TurnBuffers.h"
 #include "store/LibraryStore.h"
@@ -101,6 +102,7 @@ private Q_SLOTS:
                  QStringLiteral("Connected to 127.0.0.1. Reachable · 0.24.0 · 2 models"));
         QCOMPARE(stage.model->statusMessage(), QStringLiteral("Connected to 127.0.0.1 · 2 models"));
         QCOMPARE(stage.model->installedModels().size(), 2U);
+        QVERIFY(waitUntil([&] { return stage.server.openConnections() == 0; })); // none is kept
 
         stage.server.stopListening();
         ConnectionSettings tunnel;
@@ -114,6 +116,28 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return other.linkState() == LinkState::Offline; }));
         QCOMPARE(other.statusMessage(),
                  QStringLiteral("Not connected to gpu-box. Connect opens the SSH tunnel."));
+    }
+
+    void whatIsSaidAtTheStartIsSaidAgainAfterTheFirstCheck()
+    {
+        Stage stage;
+        stage.model.reset();
+        for (const char* const name : {"sessions.json", "library.json"}) {
+            QFile file(stage.profile.dataFolder() + QLatin1Char('/') + QLatin1String(name));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("[}") == 2);
+        }
+        stage.start();
+        stage.model->checkAtStart();
+        const auto says = [&](const char* words) {
+            return stage.model->statusMessage().contains(QLatin1String(words));
+        };
+        QVERIFY(says("sessions.json") && says("library.json"));
+        QVERIFY(waitUntil([&] { return stage.model->linkState() == LinkState::Connected; }));
+        QVERIFY(says("sessions.json") && says("library.json"));
+        const QString log = stage.profile.logged().join(QLatin1Char('\n'));
+        QVERIFY(log.contains(QLatin1String("sessions.json")) && log.contains(QLatin1String("library.json")));
+        stage.model->checkConnection();
+        QVERIFY(waitUntil([&] { return says("Connected to 127.0.0.1"); }));
     }
 
     void aModelThatGoesAwayMidTurnLeavesNothingBehind()
@@ -176,6 +200,20 @@ private Q_SLOTS:
         stage.model->addLink(QStringLiteral("t"), QStringLiteral("u"), {}, {});
         stage.model.reset();
         QCOMPARE(LibraryStore(stage.profile.dataFolder()).items().size(), 1);
+    }
+
+    void aPullOfImpossibleSizeIsSaidInAll()
+    {
+        constexpr qint64 huge = std::numeric_limits<qint64>::max();
+        const auto at = [](int seconds) { return std::chrono::steady_clock::time_point(seconds * 1s); };
+        const auto said = [&](qint64 first, qint64 second) {
+            PullProgress progress(QStringLiteral("m"));
+            progress.take({.status = {}, .error = {}, .completed = first, .total = huge}, at(0));
+            progress.take({.status = {}, .error = {}, .completed = second, .total = huge}, at(1));
+            return progress.text();
+        };
+        QVERIFY(said(0, 1).endsWith(QStringLiteral(" · 1 bytes/s")));
+        QVERIFY(said(0, huge / 2).endsWith(QStringLiteral(" left")));
     }
 
     void titlesAreCutAtAWord_data()

@@ -85,6 +85,16 @@ public:
 
 const QString connecting = text("Connecting to gpu-box");
 
+/// How many ssh run that this test started.
+int sshCount()
+{
+    const QList<qint64> all = descendantsOf(::getpid());
+    return static_cast<int>(std::count_if(all.begin(), all.end(), [](qint64 pid) {
+        QFile name(QStringLiteral("/proc/%1/comm").arg(pid));
+        return name.open(QIODevice::ReadOnly) && name.readAll() == "ssh\n";
+    }));
+}
+
 } // namespace
 
 /// What is said and logged on the way to a server, whatever comes of it.
@@ -162,7 +172,7 @@ private Q_SLOTS:
                             exchange->path() == "/api/tags"
                                 ? QByteArray("{\"models\":[{\"name\":\"a\"},{\"name\":\"\"},{\"name\":\"a\"},"
                                              "{\"name\":\"b\"}]}")
-                                : QByteArray("{\"version\":\"1\",\"models\":[]}"));
+                                : "{\"version\":\"1\\n" + QByteArray(100, 'x') + "\",\"models\":[]}");
         });
         odd.listen();
         stage.model->setConnection(direct(odd.url()));
@@ -170,6 +180,8 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return stage.model->linkState() == LinkState::Connected; }));
         QCOMPARE(stage.model->installedModels().size(), 2U);
         QCOMPARE(stage.model->statusMessage(), text("Connected to 127.0.0.1 · 2 models"));
+        const QString version = text("1 ") + QString(62, u'x');
+        QCOMPARE(stage.model->connectionReport(), text("Reachable · %1 · 2 models").arg(version));
     }
 
     void throughATunnel()
@@ -262,32 +274,81 @@ private Q_SLOTS:
         QCOMPARE(stage.model->connectionDetail(), stage.model->statusMessage());
     }
 
-    void disconnectingOrCheckingEndsAnOpening_data()
+    void aTunnelThatEndsInACheckIsHeard_data()
     {
-        QTest::addColumn<bool>("checks");
-        QTest::newRow("disconnect") << false;
-        QTest::newRow("check") << true;
+        QTest::addColumn<bool>("opens");
+        QTest::newRow("while it opens") << true;
+        QTest::newRow("later") << false;
     }
-    void disconnectingOrCheckingEndsAnOpening()
+    void aTunnelThatEndsInACheckIsHeard()
     {
-        QFETCH(bool, checks);
+        QFETCH(bool, opens);
+        TunnelStage stage;
+        bool answers = !opens;
+        std::vector<Exchange> waiting;
+        practice::HttpServer host([&](const Exchange& exchange) {
+            if (answers)
+                exchange->reply(200, "application/json", "{\"version\":\"1\",\"models\":[]}");
+            else
+                waiting.push_back(exchange);
+        });
+        host.listen();
+        stage.leadTo(host.port());
+        stage.start();
+        stage.model->openConnection();
+        if (!opens) {
+            QVERIFY(stage.waitFor(LinkState::Connected));
+            answers = false;
+            stage.model->checkConnection();
+        }
+        QVERIFY(waitUntil([&] { return !waiting.empty(); }));
+        stage.trace.entries.clear();
+        stage.server.dropConnections();
+        QVERIFY(stage.waitFor(LinkState::Offline));
+        QVERIFY(!stage.model->tunnelIsUp());
+        QVERIFY(matches(
+            stage.trace.entries,
+            {text("<offline>"),
+             text("The tunnel to gpu-box %1. *").arg(opens ? text("did not stay open") : text("closed"))},
+            {}));
+        QVERIFY(stage.profile.logged().last().startsWith(
+            text("tunnel %1 status=255 ").arg(opens ? text("exited") : text("closed"))));
+    }
+
+    void whateverComesNextEndsAnOpening_data()
+    {
+        QTest::addColumn<QStringList>("rest");
+        QTest::addColumn<int>("tunnels");
+        QTest::newRow("disconnect") << QStringList{text("<offline>"), text("Disconnected from gpu-box")} << 0;
+        QTest::newRow("check") << QStringList{text("<offline>"),
+                                              text("Not connected to gpu-box. Connect opens the SSH tunnel.")}
+                               << 0;
+        QTest::newRow("connect") << QStringList{text("<connected>"), text("Connected to gpu-box · *")} << 1;
+    }
+    void whateverComesNextEndsAnOpening()
+    {
+        QFETCH(QStringList, rest);
+        QFETCH(int, tunnels);
+        const QByteArray next = QTest::currentDataTag();
         TunnelStage stage;
         stage.server.setFrozen(true);
         stage.model->openConnection();
-        QVERIFY(waitUntil([] { return !descendantsOf(::getpid()).isEmpty(); }));
+        QVERIFY(waitUntil([] { return sshCount() == 1; }));
         QTest::qWait(300);
-        if (checks)
+        if (next == "check")
             stage.model->checkConnection();
+        else if (next == "connect")
+            stage.model->openConnection();
         else
             stage.model->closeConnection();
-        QVERIFY(stage.waitFor(LinkState::Offline));
+        if (tunnels == 0)
+            QVERIFY(stage.waitFor(LinkState::Offline));
         stage.server.setFrozen(false);
-        QTest::qWait(300);
-        QStringList expected{text("<connecting>"), connecting, text("<offline>")};
-        expected += checks ? text("Not connected to gpu-box. Connect opens the SSH tunnel.")
-                           : text("Disconnected from gpu-box");
-        QVERIFY(matches(stage.trace.entries, expected, {}));
-        QVERIFY(!stage.model->tunnelIsUp());
+        QTest::qWait(1600); // an ssh that was left behind would have proved stable by now
+        QVERIFY(stage.waitFor(tunnels > 0 ? LinkState::Connected : LinkState::Offline));
+        QVERIFY(matches(stage.trace.entries, QStringList{text("<connecting>"), connecting} + rest, {}));
+        QCOMPARE(stage.model->tunnelIsUp(), tunnels > 0);
+        QCOMPARE(sshCount(), tunnels);
     }
 
     void quittingInAReplyKeepsItAndEndsTheTunnel()

@@ -4,6 +4,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <set>
+
 using namespace varnel;
 using namespace varnel::test;
 using namespace std::chrono_literals;
@@ -95,9 +97,10 @@ private Q_SLOTS:
         QCOMPARE(stage.contents(), QStringList({text("one"), text("first"), text("two"), text("second")}));
         stage.model->setSearch(SearchSource::Brave); // without a key it is refused
         stage.model->editAndResend(messageAt(stage, 0), text("eins"));
+        QCOMPARE(stage.contents().size(), 4); // also while that is looked into
         QVERIFY(stage.waitForEnd());
         QCOMPARE(stage.contents().size(), 4);
-        QCOMPARE(stage.model->draft(), text("eins"));
+        QVERIFY(!stage.model->canUndoEdit());
     }
 
     void aForkGoesOnInAnotherConversation()
@@ -208,6 +211,127 @@ private Q_SLOTS:
         QCOMPARE(stage.model->draft(), text(" and more"));
     }
 
+    void whatIsChangedWhileAPromptIsMadeReadyIsNotSentElsewhere_data()
+    {
+        QTest::addColumn<bool>("isSent");
+        QTest::newRow("nothing") << true;
+        QTest::newRow("the title") << true;
+        for (const char* const change : {"provider", "Ollama", "search", "passthrough"})
+            QTest::newRow(change) << false;
+    }
+    void whatIsChangedWhileAPromptIsMadeReadyIsNotSentElsewhere()
+    {
+        const QByteArray change = QTest::currentDataTag();
+        QFETCH(bool, isSent);
+        Stage stage;
+        for (const char* const name : {"DEEPSEEK", "OPENAI"}) {
+            stage.profile.environment[QByteArray("VARNEL_") + name + "_BASE"] =
+                stage.server.url().toEncoded();
+            stage.profile.environment[QByteArray(name) + "_API_KEY"] = name;
+        }
+        stage.start();
+        AppModel& model = *stage.model;
+        QSemaphore gate;
+        stage.profile.secrets->gate = &gate;
+        model.setPassthroughEnabled(true);
+        model.chooseRemoteModel(RemoteProvider::DeepSeek, text("m"));
+        model.setDraft(text("one"));
+        model.send();
+        QVERIFY(model.isBusy() && !model.isStreaming());
+        if (change == "the title")
+            model.rename(model.selection(), text("other"));
+        else if (change == "provider")
+            model.chooseRemoteModel(RemoteProvider::OpenAi, text("m"));
+        else if (change == "Ollama")
+            model.chooseModel(text("a"));
+        else if (change == "search")
+            model.setSearch(SearchSource::Brave);
+        else if (change == "passthrough")
+            model.setPassthroughEnabled(false);
+        gate.release(100);
+        if (isSent) {
+            QVERIFY(stage.waitForChats(1));
+            QCOMPARE(stage.chats[0]->header("Authorization"), QByteArray("Bearer DEEPSEEK"));
+            return;
+        }
+        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.chats.empty() && stage.contents().isEmpty());
+        QCOMPARE(model.draft(), text("one"));
+        QCOMPARE(model.statusMessage().startsWith(text("Nothing was sent, because ")),
+                 change != "passthrough");
+        QCOMPARE(model.statusMessage().startsWith(text("Remote passthrough is off. ")),
+                 change == "passthrough");
+    }
+
+    void whatAFailedTurnReplacedIsKept_data()
+    {
+        QTest::addColumn<bool>("edits");
+        QTest::addColumn<bool>("triesAgain");
+        QTest::newRow("regenerate, try again") << false << true;
+        QTest::newRow("regenerate, take back") << false << false;
+        QTest::newRow("edit, try again") << true << true;
+        QTest::newRow("edit, take back") << true << false;
+    }
+    void whatAFailedTurnReplacedIsKept()
+    {
+        QFETCH(bool, edits);
+        QFETCH(bool, triesAgain);
+        Stage stage;
+        talk(stage, "one", "first");
+        talk(stage, "two", "second");
+        const QStringList before = stage.contents();
+        if (edits)
+            stage.model->editAndResend(messageAt(stage, 0), text("uno"));
+        else
+            stage.model->regenerate();
+        QVERIFY(stage.waitForChats(3));
+        stage.begin(line("half") + "{\"error\":\"out of memory\"}\n");
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.lastText(), text("half"));
+        if (triesAgain) {
+            stage.model->tryAgain();
+            answer(stage, 4, "again");
+        } else {
+            stage.model->editFailed();
+            QCOMPARE(stage.model->draft(), edits ? text("uno") : text("two"));
+        }
+        stage.model->undoEdit();
+        QCOMPARE(stage.contents(), before);
+    }
+
+    void anUndoGoesWithItsConversation()
+    {
+        Stage stage;
+        talk(stage, "one", "first");
+        const QUuid original = stage.model->selection();
+        stage.model->regenerate();
+        answer(stage, 2, "second");
+        QVERIFY(stage.model->canUndoEdit() && !stage.model->undoesFork());
+        stage.model->fork(messageAt(stage, 1));
+        QVERIFY(stage.model->canUndoEdit() && stage.model->undoesFork());
+        stage.model->remove(original);
+        QVERIFY(!stage.model->canUndoEdit() && !stage.model->undoesFork());
+        stage.model->undoEdit();
+        QCOMPARE(stage.model->sessions().size(), 1U);
+        QCOMPARE(stage.contents(), QStringList({text("one"), text("second")}));
+    }
+
+    void attachmentsOfOneTitleAreTwo()
+    {
+        Stage stage;
+        QVERIFY(QDir(stage.profile.folder.path()).mkdir(text("other")));
+        importFile(stage, "notes.txt", "some");
+        importFile(stage, "other/notes.txt", "others");
+        const auto attached = [&] {
+            const std::vector<QUuid> items = stage.model->attachmentIDs();
+            return std::set<QUuid>(items.begin(), items.end());
+        };
+        const std::set<QUuid> before = attached();
+        talk(stage, "look", "seen");
+        stage.model->fork(messageAt(stage, 0));
+        QCOMPARE(attached(), before);
+    }
+
     void aNewStartFindsEverything()
     {
         Stage stage;
@@ -222,9 +346,11 @@ private Q_SLOTS:
         stage.send(text("two"));
         stage.begin(line("half"));
         QVERIFY(stage.waitForText(text("half")));
+        stage.chats.back()->sendChunk(line(" and more"));
+        QTest::qWait(50); // sooner than it is shown
         stage.start();
         QCOMPARE(stage.model->selection(), first); // the one that changed last is the first
-        QCOMPARE(stage.lastText(), text("half"));
+        QCOMPARE(stage.lastText(), text("half and more"));
         QVERIFY(!stage.session().messages.back().duration);
         stage.model->select(second);
         QCOMPARE(stage.model->draft(), text("left here"));

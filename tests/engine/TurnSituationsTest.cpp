@@ -29,6 +29,20 @@ std::vector<Situation> streamedSituations()
          {stalled, QString()},
          {text("chat retry *")},
          {text("one"), text("ok")}},
+        {"something else is said during the retry",
+         [](Stage& stage) {
+             stage.send(text("one"));
+             stage.chats.back()->abort();
+             QVERIFY(stage.waitForChats(2));
+             stage.model->pullModel(text("x"));
+             QVERIFY(stage.waitForChats(3));
+             stage.chats[2]->reply(200, "application/x-ndjson", "");
+             QVERIFY(waitUntil([&] { return stage.model->statusMessage() == text("Installed x"); }));
+             stage.chats[1]->reply(200, "application/x-ndjson", line("ok") + doneLine);
+         },
+         {stalled, text("Installed x")},
+         {text("chat retry *")},
+         {text("one"), text("ok")}},
         {"drops twice",
          [](Stage& stage) {
              stage.send(text("one"));
@@ -206,13 +220,15 @@ std::vector<Situation> stoppedSituations()
              stage.send(text("one"));
              stage.begin(line("half"));
              QVERIFY(stage.waitForText(text("half")));
+             stage.chats.back()->sendChunk(line(" and more"));
+             QTest::qWait(50); // sooner than it is shown
              stage.model->remove(stage.model->selection());
              QVERIFY(stage.waitForEnd());
              stage.model->undoRemove();
          },
          {stopped},
          {},
-         {text("one"), text("half")}},
+         {text("one"), text("half and more")}},
     };
 }
 
@@ -228,6 +244,21 @@ private Q_SLOTS:
     {
         QFETCH(std::size_t, number);
         play(streamedSituations()[number]);
+    }
+
+    void aFailureIsSaidBeforeTheTurnEndsAndLoggedAfter()
+    {
+        Stage stage;
+        QStringList saidAtTheEnd;
+        connect(stage.model.get(), &AppState::isStreamingChanged, this, [&] {
+            if (!stage.model->isStreaming())
+                saidAtTheEnd = stage.profile.logged() + QStringList(stage.model->statusMessage());
+        });
+        stage.send(text("one"));
+        replyJson(stage, 404, "{\"error\":\"no model\"}");
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(saidAtTheEnd, QStringList{text("no model")});
+        QCOMPARE(stage.profile.logged(), QStringList{chatFailed + text("no model")});
     }
 
     void stoppedOrRefused_data() { addRows(stoppedSituations()); }

@@ -44,6 +44,15 @@ std::vector<Situation> webSituations()
          {searching, QString()},
          {},
          {text("one"), text("found")}},
+        {"a model that says nothing to tools",
+         [](Stage& stage) {
+             searchWith(stage);
+             stage.send(text("one"));
+             replyJson(stage, 200, "{\"message\":{\"content\":\"\"}}");
+         },
+         {searching, text("The model finished without a reply.")},
+         {text("chat failed The model finished without a reply.")},
+         {text("one")}},
         {"a model without tools",
          [](Stage& stage) {
              searchWith(stage);
@@ -110,6 +119,16 @@ std::vector<Situation> webSituations()
          {},
          {},
          {text("one"), text("hello")}},
+        {"a provider says nothing",
+         [](Stage& stage) {
+             answerFrom(stage, RemoteProvider::DeepSeek);
+             stage.profile.environment["DEEPSEEK_API_KEY"] = "secret";
+             stage.send(text("one"));
+             replyJson(stage, 200, "{\"choices\":[{\"message\":{\"content\":\"\"}}]}");
+         },
+         {text("DeepSeek returned an unexpected response")},
+         {text("chat failed DeepSeek returned an unexpected response")},
+         {text("one")}},
         {"a provider drops",
          [](Stage& stage) {
              answerFrom(stage, RemoteProvider::DeepSeek);

@@ -86,6 +86,22 @@ private Q_SLOTS:
         goOn.release(10);
     }
 
+    void aStopEndsTheWaitForASaveThatHangs()
+    {
+        QSemaphore goOn;
+        Keeping keeping;
+        keeping.keeper.saveLibrary([&](const std::stop_token&) -> std::optional<SetAside> {
+            goOn.acquire();
+            return std::nullopt;
+        });
+        std::stop_source stop;
+        Task<void> flushed = keeping.keeper.flushed(stop.get_token());
+        stop.request_stop();
+        QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(flushed)));
+        goOn.release(10);
+        await(keeping.keeper.flushed());
+    }
+
     void failedSavesAreTriedAgain()
     {
         bool isBroken = true;
