@@ -26,7 +26,7 @@ PlainMenu {
             required property string modelData
 
             text: modelData
-            onTriggered: composerMenu.replaceWord(modelData)
+            onTriggered: (menu as ComposerMenu).replaceWord(modelData)
         }
         model: composerMenu.spelling.suggestions
         onObjectAdded: (index, object) => composerMenu.insertItem(index, object as PlainMenuItem)
