@@ -63,7 +63,8 @@ PlainMenu {
     PlainMenuItem {
         keys: "Ctrl+V"
         text: qsTr("Paste")
-        onTriggered: Intake.pasteAnything()
+        onTriggered: if (!Intake.paste())
+            composerMenu.editor.paste()
     }
     PlainMenuItem {
         enabled: composerMenu.editor.length > 0
