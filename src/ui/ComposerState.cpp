@@ -20,6 +20,7 @@ ComposerState::ComposerState(AppModel& app, PromptEdit& edit, const WindowState&
     };
     connect(&app, &AppModel::draftChanged, this, followText);
     connect(&edit, &PromptEdit::textChanged, this, followText);
+    connect(&edit, &PromptEdit::changed, this, [this] { remark({}); });
     connect(&app, &AppModel::attachmentIDsChanged, this, &ComposerState::updateCanSend);
     connect(&app, &AppModel::isStreamingChanged, this, &ComposerState::updateCanSend);
     connect(&app, &AppModel::statusMessageChanged, this, [this] { remark({}); });

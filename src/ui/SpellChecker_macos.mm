@@ -32,11 +32,11 @@ public:
           right = languages.count == 0;
           for (NSString* language in languages) {
               const NSRange wrong = [NSSpellChecker.sharedSpellChecker checkSpellingOfString:text
-                                                                                 startingAt:0
-                                                                                   language:language
-                                                                                       wrap:NO
-                                                                     inSpellDocumentWithTag:0
-                                                                                  wordCount:nil];
+                                                                                  startingAt:0
+                                                                                    language:language
+                                                                                        wrap:NO
+                                                                      inSpellDocumentWithTag:0
+                                                                                   wordCount:nil];
               right = right || wrong.length == 0;
           }
         });

@@ -33,7 +33,6 @@ struct ComposerFixture : ModelFixture
     AttachmentListModel& chips() { return part<AttachmentListModel>("AttachmentListModel"); }
     ProjectPreview& preview() { return part<ProjectPreview>("ProjectPreview"); }
     TranscriptFeed& feed() { return part<TranscriptFeed>("TranscriptFeed"); }
-    LibraryListModel& library() { return part<LibraryListModel>("LibraryListModel"); }
 
     void press(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) const
     {

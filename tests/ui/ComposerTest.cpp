@@ -325,40 +325,6 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
     }
 
-    void theLibraryIsSearchedAndTidied()
-    {
-        ComposerFixture fixture;
-        LibraryListModel& library = fixture.library();
-        QVERIFY(!library.addLink(QStringLiteral("no address"), {}));
-        QVERIFY(!library.addLink(QStringLiteral("localhost"), {}));
-        QVERIFY(library.addLink(QStringLiteral("http://gpu:8080/doc"), {}));
-        fixture.app.removeItemForGood(library.currentId());
-        QVERIFY(!library.addLink(QStringLiteral("file:///etc/passwd"), {}));
-        for (const char* const address : {"example.org/whales", "https://example.org/trains"})
-            QVERIFY(library.addLink(QString::fromLatin1(address), QStringLiteral("Web")));
-        library.describe(library.currentIdentifier(), {}, QStringLiteral("Web"), QStringLiteral("steam"));
-        QCOMPARE(library.folders(), QStringList{QStringLiteral("Web")});
-        fixture.app.setLibraryQuery(QStringLiteral("STEAM example"));
-        QCOMPARE(library.count(), 1);
-        library.moveTo(QStringLiteral("Rails"));
-        fixture.app.setLibraryQuery({});
-        library.setFolder(QStringLiteral("Rails"));
-        QCOMPARE(library.count(), 1);
-        library.toggleAttached();
-        const QUuid item = library.currentId();
-        fixture.app.deleteItem(item); // also off the message, and its folder is no longer one to choose
-        QCOMPARE(fixture.app.attachmentIDs().size(), 0U);
-        library.setFolder({});
-        QCOMPARE(library.count(), 1);
-        library.setShowsDeleted(true);
-        QCOMPARE(library.currentId(), item);
-        QVERIFY(library.currentDeleted());
-        fixture.app.restoreItem(item);
-        QCOMPARE(library.count(), 0);
-        fixture.app.removeItemForGood(item);
-        QCOMPARE(library.total(), 1);
-    }
-
     void projectFilesAreSeenBeforeTheyAreWritten()
     {
         ComposerFixture fixture;

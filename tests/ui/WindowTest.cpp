@@ -339,10 +339,10 @@ private Q_SLOTS:
         fixture.press(Qt::Key_Return);
         QVERIFY(waitUntil([&] { return fixture.app.selection() != original; }));
         QCOMPARE(fixture.app.sessions().size(), 2U);
-        QVERIFY(find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Bring back")));
+        QVERIFY(find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Undo")));
         fixture.app.undoEdit();
         QCOMPARE(fixture.app.selection(), original);
-        QVERIFY(!find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Bring back")));
+        QVERIFY(!find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Undo")));
     }
 
     void theWindowIsWholeAtEverySize_data()

@@ -26,7 +26,7 @@ PlainMenu {
             required property string modelData
 
             text: modelData
-            onTriggered: composerMenu.replaceWord(modelData)
+            onTriggered: (menu as ComposerMenu).replaceWord(modelData)
         }
         model: composerMenu.spelling.suggestions
         onObjectAdded: (index, object) => composerMenu.insertItem(index, object as PlainMenuItem)
@@ -63,7 +63,8 @@ PlainMenu {
     PlainMenuItem {
         keys: "Ctrl+V"
         text: qsTr("Paste")
-        onTriggered: Intake.pasteAnything()
+        onTriggered: if (!Intake.paste())
+            composerMenu.editor.paste()
     }
     PlainMenuItem {
         enabled: composerMenu.editor.length > 0

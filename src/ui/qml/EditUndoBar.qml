@@ -1,7 +1,7 @@
 import QtQuick
 import Varnel
 
-// Offers to bring back what an edit, a new answer or a branch replaced.
+// Offers to bring back what an edit or a new answer replaced, or to take a fork away.
 Rectangle {
     id: bar
 
@@ -29,13 +29,13 @@ Rectangle {
             id: label
 
             anchors.verticalCenter: parent.verticalCenter
-            text: qsTr("The earlier version is kept")
+            text: AppModel.undoesFork ? qsTr("Forked to a new conversation") : qsTr("The earlier version is kept")
         }
         PlainButton {
             anchors.verticalCenter: parent.verticalCenter
             font: Theme.uiStrongFont
             ink: Theme.accent
-            text: qsTr("Bring back")
+            text: AppModel.undoesFork ? qsTr("Undo") : qsTr("Bring back")
             onClicked: AppModel.undoEdit()
         }
         PlainButton {
