@@ -350,35 +350,6 @@ private Q_SLOTS:
         QVERIFY(!model.libraryHits().empty());
     }
 
-    void theModelForAKindOfWorkIsChosen()
-    {
-        practice::HttpServer server([](const Exchange& exchange) {
-            const bool isList = exchange->path() == "/api/tags";
-            exchange->reply(200, "application/json",
-                            isList ? R"({"models":[{"name":"llama3.1:70b"},{"name":"qwen2.5-coder:7b"}]})"
-                                   : R"({"version":"0.24.0","models":[]})");
-        });
-        server.listen();
-        const SystemClock clock;
-        ModelProfile profile(clock);
-        profile.connectTo(server.url());
-        AppModel model(profile.services());
-        const QString before = model.selectedModel();
-        model.chooseWorkContext(WorkContext::Coding);
-        QCOMPARE(model.statusMessage(), text("No models are installed on this host."));
-        QCOMPARE(model.selectedModel(), before);
-        model.checkConnection();
-        QVERIFY(waitUntil([&] { return model.installedModels().size() == 2; }));
-        model.chooseWorkContext(WorkContext::Coding);
-        QCOMPARE(model.statusMessage(), text("Coding · qwen2.5-coder:7b"));
-        QCOMPARE(model.selectedModel(), text("qwen2.5-coder:7b"));
-        model.chooseWorkContext(WorkContext::Vision);
-        QCOMPARE(model.statusMessage(), text("No vision model is installed. Using llama3.1:70b."));
-        QCOMPARE(model.selectedModel(), text("llama3.1:70b"));
-        QCOMPARE(model.workContext(), WorkContext::Vision);
-        QCOMPARE(profile.preferences.workContext(), WorkContext::Vision);
-    }
-
     void aBackupIsTakenBack()
     {
         Stage stage;

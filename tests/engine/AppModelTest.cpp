@@ -216,6 +216,55 @@ private Q_SLOTS:
         QVERIFY(said(0, huge / 2).endsWith(QStringLiteral(" left")));
     }
 
+    void theModelForAKindOfWorkIsChosen()
+    {
+        practice::HttpServer server([](const Exchange& exchange) {
+            const bool isList = exchange->path() == "/api/tags";
+            exchange->reply(200, "application/json",
+                            isList ? R"({"models":[{"name":"llama3.1:70b"},{"name":"qwen2.5-coder:7b"}]})"
+                                   : R"({"version":"0.24.0","models":[]})");
+        });
+        server.listen();
+        const SystemClock clock;
+        ModelProfile profile(clock);
+        profile.connectTo(server.url());
+        AppModel model(profile.services());
+        const QString before = model.selectedModel();
+        model.chooseWorkContext(WorkContext::Coding);
+        QCOMPARE(model.statusMessage(), QStringLiteral("No models are installed on this host."));
+        QCOMPARE(model.selectedModel(), before);
+        model.checkConnection();
+        QVERIFY(waitUntil([&] { return model.installedModels().size() == 2; }));
+        model.chooseWorkContext(WorkContext::Coding);
+        QCOMPARE(model.statusMessage(), QStringLiteral("Coding · qwen2.5-coder:7b"));
+        QCOMPARE(model.selectedModel(), QStringLiteral("qwen2.5-coder:7b"));
+        model.chooseWorkContext(WorkContext::Vision);
+        QCOMPARE(model.statusMessage(), QStringLiteral("No vision model is installed. Using llama3.1:70b."));
+        QCOMPARE(model.selectedModel(), QStringLiteral("llama3.1:70b"));
+        QCOMPARE(model.workContext(), WorkContext::Vision);
+        QCOMPARE(profile.preferences.workContext(), WorkContext::Vision);
+    }
+
+    void aReplyThatNeverBeganIsNothingToAModel()
+    {
+        Stage stage;
+        stage.send(QStringLiteral("one"));
+        stage.start();
+        stage.send(QStringLiteral("two"));
+        QVERIFY(!stage.chats.back()->body().contains("assistant"));
+    }
+
+    void whatExceedsTheContextIsSaid()
+    {
+        Stage stage;
+        stage.model->changeSettings([](ChatSession& session) { session.contextLength = 100; });
+        QVERIFY(stage.model->contextWarning().isEmpty());
+        stage.model->setDraft(QString(400, u'x'));
+        QVERIFY(stage.model->contextWarning().isEmpty());
+        stage.model->setDraft(QString(405, u'x'));
+        QVERIFY(stage.model->contextWarning().contains(QChar(0x2248)));
+    }
+
     void titlesAreCutAtAWord_data()
     {
         QTest::addColumn<QString>("prompt");
