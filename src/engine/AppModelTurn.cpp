@@ -203,7 +203,7 @@ QUuid AppModel::beginReply(const QUuid& session, const TurnRequest& request)
     return message;
 }
 
-/// The prompt is on the disk before it leaves; the whole follows meanwhile.
+/// The prompt is on the disk before it leaves, and does not leave otherwise; the whole follows meanwhile.
 Task<void> AppModel::savePrompt(QUuid session, QUuid prompt, std::stop_token stop)
 {
     keep(session, prompt);
@@ -214,6 +214,8 @@ Task<void> AppModel::savePrompt(QUuid session, QUuid prompt, std::stop_token sto
     co_await saved;
     if (stop.stop_requested())
         throw Cancelled();
+    if (const std::optional<QString> problem = m_keeper.failure(SavedFile::Recovery))
+        throw Error(*problem);
 }
 
 TurnObserver AppModel::observerOf(const QUuid& session, const QUuid& message)

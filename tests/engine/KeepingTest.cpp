@@ -118,6 +118,25 @@ private Q_SLOTS:
         QVERIFY(stage.model->statusMessage() == last || stage.trace.entries.contains(last));
     }
 
+    void aPromptThatCannotBeSavedIsNotSent()
+    {
+        Stage stage;
+        const QDir blocked(stage.profile.dataFolder() + text("/recovery.json.saving/x"));
+        QVERIFY(QDir().mkpath(blocked.path()));
+        stage.model->setDraft(text("one"));
+        stage.model->send();
+        QVERIFY(stage.waitForEnd());
+        QVERIFY(stage.chats.empty());
+        QVERIFY(stage.model->failure() && stage.model->failure()->text.contains(text("recovery.json")));
+        QCOMPARE(stage.session().messages.size(), 1U);
+        QVERIFY(QDir().rmpath(blocked.path()));
+        stage.model->tryAgain();
+        QVERIFY(waitUntil([&] { return stage.chats.size() == 1; }));
+        stage.begin(line("ok") + doneLine);
+        QVERIFY(stage.waitForEnd());
+        QCOMPARE(stage.lastText(), text("ok"));
+    }
+
     void aRestoreLosesNothingThatChangesMeanwhile()
     {
         WatchedClock clock;
