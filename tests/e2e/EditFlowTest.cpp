@@ -88,8 +88,7 @@ private Q_SLOTS:
         QVERIFY(keeps({{QStringLiteral("Other")}, {QStringLiteral("One more")}}));
         QVERIFY(m_window->press("Bring back"));
         QVERIFY(keeps({{QStringLiteral("One"), QStringLiteral("Two")}, {QStringLiteral("One more")}}));
-        const bool ended = m_window->quit();
-        QVERIFY2(ended, m_window->program().errors().constData());
+        QVERIFY(m_window->quit());
     }
 };
 

@@ -82,7 +82,8 @@ def press(name):
 def focus(name):
     for item, _, states in walk(window()) if window() else ():
         try:
-            if item.get_name() == name and states.contains(Atspi.StateType.FOCUSABLE):
+            takes = states.contains(Atspi.StateType.FOCUSABLE) and states.contains(Atspi.StateType.SENSITIVE)
+            if item.get_name() == name and takes:
                 return ["done"] if item.grab_focus() else []
         except GLib.Error:
             pass
