@@ -42,6 +42,18 @@ WindowRun::WindowRun()
     m_program.setVariable("LANG", QStringLiteral("C.UTF-8"));
 }
 
+WindowRun::~WindowRun()
+{
+    if (m_program.process().state() != QProcess::NotRunning) {
+        m_program.process().kill();
+        m_program.wait();
+    }
+    // The session ends with its reader, and takes the bus and what the bus has started with it; a session
+    // that is killed leaves them behind.
+    m_bus.process().closeWriteChannel();
+    m_bus.wait();
+}
+
 QString WindowRun::missing()
 {
     QStringList missing = XDisplay::missingPrograms();

@@ -17,6 +17,11 @@ class WindowRun
 public:
     /// Throws std::runtime_error if the display or the accessibility bus does not start.
     WindowRun();
+    WindowRun(const WindowRun&) = delete;
+    WindowRun& operator=(const WindowRun&) = delete;
+    WindowRun(WindowRun&&) = delete;
+    WindowRun& operator=(WindowRun&&) = delete;
+    ~WindowRun();
 
     /// The programs that are missing for it, as a text for QSKIP(); empty if all are here.
     static QString missing();

@@ -47,7 +47,6 @@ T.TextField {
     }
 
     PlainText {
-        Accessible.ignored: true
         anchors.fill: parent
         // Anchors are mirrored by themselves, paddings are not.
         anchors.leftMargin: field.mirrored ? field.rightPadding : field.leftPadding
