@@ -79,7 +79,8 @@ private Q_SLOTS:
         const std::vector<ProjectFile> files = projectFiles(projectReply());
         QCOMPARE(files.size(), std::size_t(3));
         for (const ProjectFile& file : files)
-            QCOMPARE(contents(file.relativePath), std::optional(file.contents.toUtf8()));
+            QVERIFY(waitUntil(
+                [&] { return contents(file.relativePath) == std::optional(file.contents.toUtf8()); }));
     }
 
     void whatWasOverwrittenIsPutBack()

@@ -339,10 +339,11 @@ private Q_SLOTS:
         fixture.press(Qt::Key_Return);
         QVERIFY(waitUntil([&] { return fixture.app.selection() != original; }));
         QCOMPARE(fixture.app.sessions().size(), 2U);
-        QVERIFY(find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Undo")));
+        const QString forked = QStringLiteral("Forked to a new conversation");
+        QVERIFY(find(QAccessible::queryAccessibleInterface(fixture.window), forked));
         fixture.app.undoEdit();
         QCOMPARE(fixture.app.selection(), original);
-        QVERIFY(!find(QAccessible::queryAccessibleInterface(fixture.window), QStringLiteral("Undo")));
+        QVERIFY(!find(QAccessible::queryAccessibleInterface(fixture.window), forked));
     }
 
     void theWindowIsWholeAtEverySize_data()
