@@ -219,6 +219,26 @@ private Q_SLOTS:
         QVERIFY(said(0, huge / 2).endsWith(QStringLiteral(" left")));
     }
 
+    void whatExceedsTheContextIsSaid()
+    {
+        Stage stage;
+        stage.model->changeSettings([](ChatSession& session) { session.contextLength = 100; });
+        QVERIFY(stage.model->contextWarning().isEmpty());
+        stage.model->setDraft(QString(400, u'x'));
+        QVERIFY(stage.model->contextWarning().isEmpty());
+        stage.model->setDraft(QString(405, u'x'));
+        QVERIFY(stage.model->contextWarning().contains(QChar(0x2248)));
+    }
+
+    void aReplyThatNeverBeganIsNothingToAModel()
+    {
+        Stage stage;
+        stage.send(QStringLiteral("one"));
+        stage.start();
+        stage.send(QStringLiteral("two"));
+        QVERIFY(!stage.chats.back()->body().contains("assistant"));
+    }
+
     void titlesAreCutAtAWord_data()
     {
         QTest::addColumn<QString>("prompt");

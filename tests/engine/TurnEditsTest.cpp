@@ -361,15 +361,6 @@ private Q_SLOTS:
         QCOMPARE(stage.chats[2]->body(), stage.chats[1]->body());
     }
 
-    void aReplyThatNeverBeganIsNothingToAModel()
-    {
-        Stage stage;
-        stage.send(text("one"));
-        stage.start();
-        stage.send(text("two"));
-        QVERIFY(!stage.chats.back()->body().contains("assistant"));
-    }
-
     void aClockThatJumpsChangesNoTurn()
     {
         class JumpingClock final : public Clock
@@ -395,17 +386,6 @@ private Q_SLOTS:
         stage.model->newConversation();
         QCOMPARE(stage.model->sessions().size(), 2U);
         QVERIFY(stage.model->selectedIsEmpty());
-    }
-
-    void whatExceedsTheContextIsSaid()
-    {
-        Stage stage;
-        stage.model->changeSettings([](ChatSession& session) { session.contextLength = 100; });
-        QVERIFY(stage.model->contextWarning().isEmpty());
-        stage.model->setDraft(QString(400, u'x'));
-        QVERIFY(stage.model->contextWarning().isEmpty());
-        stage.model->setDraft(QString(405, u'x'));
-        QVERIFY(stage.model->contextWarning().contains(QChar(0x2248)));
     }
 };
 
