@@ -13,6 +13,13 @@ constexpr auto provingTime = 1500ms;
 constexpr auto longestLogin = 20s;
 constexpr auto betweenLooks = 100ms;
 
+/// Whoever stopped it took ssh away, whose absence then means nothing.
+void throwIfStopped(const std::stop_token& stop)
+{
+    if (stop.stop_requested())
+        throw Cancelled();
+}
+
 } // namespace
 
 Error tunnelDidNotStayOpen(const QString& host, const QString& summary)
@@ -48,6 +55,7 @@ Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Cl
                         .arg(QString::number(local), host));
     co_await tunnel.start(settings, stop);
     bool isRunning = co_await tunnel.waitUntilStable(provingTime, stop);
+    throwIfStopped(stop);
     if (isRunning) {
         observer.onStarted();
         // A login that asks for a password takes longer than that.
@@ -58,6 +66,7 @@ Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Cl
             co_await clock.sleepFor(betweenLooks, stop);
         }
         isRunning = tunnel.isRunning();
+        throwIfStopped(stop);
     }
     if (!isRunning) {
         const QString summary = TunnelController::summary(tunnel.output());
