@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <fcntl.h>
+#include <mutex>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -89,11 +90,15 @@ public:
     Swapper(QByteArray one, QByteArray other)
         : m_thread([this, one = std::move(one), other = std::move(other)](const std::stop_token& stop) {
             while (!stop.stop_requested()) {
+                const std::unique_lock<std::mutex> swapping = hold();
                 if (::renameat2(AT_FDCWD, one.constData(), AT_FDCWD, other.constData(), RENAME_EXCHANGE) == 0)
                     ++m_swaps;
             }
         })
     {}
+
+    /// As long as it is held, nothing is swapped.
+    std::unique_lock<std::mutex> hold() { return std::unique_lock(m_mutex); }
 
     int stop()
     {
@@ -103,6 +108,7 @@ public:
     }
 
 private:
+    std::mutex m_mutex;
     std::atomic<int> m_swaps = 0;
     std::jthread m_thread;
 };

@@ -194,6 +194,7 @@ private Q_SLOTS:
                 ++refused;
             }
             // What was written takes the place of the link; there has to be one again.
+            const std::unique_lock<std::mutex> resting = swapper.hold();
             if (isFile && !isLink(one) && !isLink(other)) {
                 ::unlink(other.constData());
                 static_cast<void>(
