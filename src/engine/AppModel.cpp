@@ -113,6 +113,13 @@ void AppModel::repeatStartNotices()
         setStatusMessage(notices.join(QLatin1Char(' ')));
 }
 
+/// The first look at the server was broken off, and nothing need come after it.
+void AppModel::endStartNotices()
+{
+    if (m_linkState == LinkState::Connecting)
+        m_startNotices.reset();
+}
+
 void AppModel::noteSave(const SaveStatus& status)
 {
     if (status.setAside)

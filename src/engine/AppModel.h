@@ -244,6 +244,7 @@ private:
     /// Says what the user has to know, in the status and the log.
     void notify(const QString& text);
     void repeatStartNotices();
+    void endStartNotices();
     /// Runs something that may throw Error, which becomes the status; whether it went well.
     bool attempt(const std::function<void()>& action);
     void saveSessions();
@@ -332,6 +333,8 @@ private:
     Task<void> followImport(std::vector<std::function<LibraryItem()>> makers, QUuid attachTo);
     Task<void> followBackup();
     Task<void> followRestore(QString name);
+    Task<BackupContents> exchangeBackups(QString name);
+    bool refuseSecondBackup();
     Task<void> followProjectWrite(ChatSession session, std::vector<ProjectFile> files);
     Task<void> followProjectRestore(ProjectBackup backup);
     void showLibrary();

@@ -76,6 +76,7 @@ Task<void> AppModel::followConnection(std::stop_token stop)
         };
         co_await openTunnel(m_tunnel, m_port, m_services.clock, m_connection, observer, stop);
         m_isOpeningTunnel = false;
+        m_tunnelExit.reset(); // of the tunnel that made way
         co_await probeServer(stop);
         if (m_tunnelExit) {
             observer.onExited(m_tunnelExit->summary);
@@ -94,6 +95,9 @@ Task<void> AppModel::followConnection(std::stop_token stop)
 
 Task<void> AppModel::followProbe(std::stop_token stop)
 {
+    // How a tunnel ended during the attempt that this one replaces is still to be said.
+    if (m_linkState != LinkState::Connecting)
+        m_tunnelExit.reset();
     assign(m_linkState, LinkState::Connecting, &AppState::linkStateChanged);
     try {
         co_await probeServer(stop);
@@ -112,7 +116,6 @@ Task<void> AppModel::probeServer(std::stop_token stop)
     const QUrl base = m_connection.baseURL();
     std::optional<ProbeResult> result;
     QString failure;
-    m_tunnelExit.reset();
     try {
         HttpClient http;
         result = co_await probe(OllamaClient(base, http, probeTime), stop);
@@ -186,6 +189,7 @@ void AppModel::dropOpening()
 
 void AppModel::closeConnection()
 {
+    endStartNotices();
     dropTunnel();
     const QString message = QStringLiteral("Disconnected from %1").arg(m_connection.hostLabel());
     assign(m_linkState, LinkState::Offline, &AppState::linkStateChanged);
@@ -200,6 +204,7 @@ void AppModel::setConnection(const ConnectionSettings& settings)
     if (settings == m_connection)
         return;
     // What is known belongs to the server that was reached before.
+    endStartNotices();
     dropTunnel();
     assign(m_connection, settings, &AppState::connectionChanged);
     assign(m_linkState, LinkState::Unknown, &AppState::linkStateChanged);

@@ -45,24 +45,6 @@ bool isUnfinished(const Task<void>& task)
     return task.isValid() && !task.isFinished();
 }
 
-/// Makes a backup that holds all there is when it is done: it takes its time, and the user may go on
-/// meanwhile. What is given belongs to the model.
-Task<void> backUpAll(ConversationKeeper* keeper, const SessionList* sessions, const LibraryStore* library,
-                     const Clock* clock)
-{
-    SessionList savedSessions;
-    std::vector<LibraryItem> savedItems;
-    do {
-        // A backup is named after its second, which another one may have taken just now.
-        const std::vector<Backup> backups = listBackups(library->root());
-        if (!backups.empty() && backups.front().name == backupName(clock->now()))
-            co_await clock->sleepFor(std::chrono::seconds(1), {});
-        savedSessions = *sessions;
-        savedItems = library->items();
-        co_await keeper->backUp(savedItems);
-    } while (savedSessions != *sessions || savedItems != library->items());
-}
-
 struct WrittenProject
 {
     std::size_t count = 0;
@@ -192,10 +174,17 @@ void AppModel::removeItemForGood(const QUuid& id)
 
 void AppModel::backUp()
 {
-    if (isUnfinished(m_backup))
-        setStatusMessage(tr(backupIsUnfinished));
-    else
+    if (!refuseSecondBackup())
         m_backup = followBackup();
+}
+
+bool AppModel::refuseSecondBackup()
+{
+    if (!isUnfinished(m_backup))
+        return false;
+    setStatusMessage(tr(backupIsUnfinished));
+    Q_EMIT backupEnded(m_statusMessage);
+    return true;
 }
 
 Task<void> AppModel::followBackup()
@@ -215,20 +204,40 @@ Task<void> AppModel::followBackup()
 
 void AppModel::restoreBackup(const QString& name)
 {
-    if (isUnfinished(m_backup))
-        setStatusMessage(tr(backupIsUnfinished));
-    else if (refuseWhileStreaming())
+    if (refuseSecondBackup())
+        return;
+    if (refuseWhileStreaming())
         Q_EMIT backupEnded(m_statusMessage);
     else
         m_backup = followRestore(name);
+}
+
+/// Reads a backup, which puts back the files it has, and makes one that holds all there is when it is done:
+/// both take their time, and the user may go on meanwhile.
+Task<BackupContents> AppModel::exchangeBackups(QString name)
+{
+    BackupContents contents;
+    SessionList savedSessions;
+    std::vector<LibraryItem> savedItems;
+    do {
+        savedSessions = m_sessions;
+        savedItems = m_library.items();
+        contents = co_await readBackup(&m_worker, m_location.folder(), name);
+        // A backup is named after its second, which another one may have taken just now.
+        const std::vector<Backup> backups = listBackups(m_location.folder());
+        if (!backups.empty() && backups.front().name == backupName(m_services.clock.now()))
+            co_await m_services.clock.sleepFor(std::chrono::seconds(1), {});
+        co_await m_keeper.backUp(m_library.items());
+        // While a reply runs nothing is restored, and with every piece of it there would be another change.
+    } while (!isBusy() && (savedSessions != m_sessions || savedItems != m_library.items()));
+    co_return contents;
 }
 
 Task<void> AppModel::followRestore(QString name)
 {
     QString status;
     try {
-        BackupContents contents = co_await readBackup(&m_worker, m_location.folder(), name);
-        co_await backUpAll(&m_keeper, &m_sessions, &m_library, &m_services.clock);
+        BackupContents contents = co_await exchangeBackups(name);
         if (refuseWhileStreaming()) { // begun while the backup was read
             Q_EMIT backupEnded(m_statusMessage);
             co_return;

@@ -32,7 +32,7 @@ void SaveQueue::put(SavedFile file, Save save)
         // Dropping the older snapshot of the same file frees what only it held.
         std::erase_if(m_state->waiting, isFor(file));
         std::erase_if(m_state->failed, isFor(file));
-        m_state->waiting.push_back({.file = file, .save = std::move(save), .failure = {}, .number = number});
+        m_state->waiting.push_back({.file = file, .save = std::move(save), .number = number});
     }
     retryFailed(*m_state);
     if (!m_isFollowing) {
@@ -106,8 +106,10 @@ void SaveQueue::saveOne(State& state, Entry entry)
         }
         return;
     }
-    if (status.failure) {
-        entry.failure = *status.failure;
+    if (!status.failure) {
+        state.failures.erase(entry.file);
+    } else {
+        state.failures[entry.file] = *status.failure;
         if (std::none_of(state.waiting.begin(), state.waiting.end(), isFor(entry.file)))
             state.failed.push_back(std::move(entry));
     }
@@ -158,8 +160,8 @@ void SaveQueue::flush()
 std::optional<QString> SaveQueue::failure(SavedFile file) const
 {
     const std::scoped_lock lock(m_state->mutex);
-    const auto failed = std::find_if(m_state->failed.begin(), m_state->failed.end(), isFor(file));
-    return failed == m_state->failed.end() ? std::nullopt : std::optional(failed->failure);
+    const auto failure = m_state->failures.find(file);
+    return failure == m_state->failures.end() ? std::nullopt : std::optional(failure->second);
 }
 
 } // namespace varnel

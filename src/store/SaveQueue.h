@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <limits>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -78,7 +79,6 @@ private:
     {
         SavedFile file;
         Save save;
-        QString failure;
         /// Counted up from put to put; a snapshot in place of an older one that still waited has that one's.
         quint64 number = 0;
     };
@@ -89,6 +89,8 @@ private:
         quint64 lastNumber = 0;
         std::vector<Entry> waiting;
         std::vector<Entry> failed;
+        /// Why the latest save of a file failed, until one succeeds.
+        std::map<SavedFile, QString> failures;
         std::vector<SaveStatus> ended;
         /// What is being saved, and how to stop it.
         std::optional<SavedFile> running;

@@ -80,7 +80,8 @@ void ComposerState::send()
 /// A prompt waits with its conversation: only the one that is shown can be sent.
 void ComposerState::sendImported()
 {
-    if (m_app.isImporting() || m_sendWhenImported.erase(m_app.selection()) == 0)
+    // An edit that was begun meanwhile is another prompt, and not finished: nothing is sent then.
+    if (m_app.isImporting() || m_sendWhenImported.erase(m_app.selection()) == 0 || m_edit.active())
         return;
     updateCanSend();
     send();

@@ -227,20 +227,18 @@ bool LibraryListModel::currentDeleted() const
     return current() && !current()->isLive();
 }
 
-void LibraryListModel::describe(const QString& identifier, const QString& title, const QString& folder,
-                                const QString& note)
+void LibraryListModel::keepTyped(const QString& identifier, const QVariantMap& typed)
 {
     const LibraryItem* const item = m_app.libraryItem(QUuid(identifier));
     if (!item)
         return;
-    // A text that was shown in part and left alone is to stay whole.
-    const QString newTitle = title == item->title.left(longestTitle) ? item->title : tidy(title);
-    const QString newNote = note == item->note.left(longestNote) ? item->note : wellFormed(note);
-    const QString newFolder = folder == item->folder.left(longestTitle) ? item->folder : folderNamed(folder);
     LibraryItem wanted = *item;
-    wanted.title = newTitle.isEmpty() ? item->title : newTitle;
-    wanted.note = newNote;
-    wanted.folder = newFolder;
+    if (const QString title = tidy(typed.value(QStringLiteral("title")).toString()); !title.isEmpty())
+        wanted.title = title;
+    if (const auto folder = typed.constFind(QStringLiteral("folder")); folder != typed.constEnd())
+        wanted.folder = folderNamed(folder->toString());
+    if (const auto note = typed.constFind(QStringLiteral("note")); note != typed.constEnd())
+        wanted.note = wellFormed(note->toString());
     if (wanted == *item)
         return;
     m_app.changeItem(wanted.id, [&wanted](LibraryItem& changed) { changed = wanted; });
@@ -249,7 +247,7 @@ void LibraryListModel::describe(const QString& identifier, const QString& title,
 void LibraryListModel::moveTo(const QString& folder)
 {
     if (current())
-        describe(currentIdentifier(), currentTitle(), folder, currentNote());
+        keepTyped(currentIdentifier(), {{QStringLiteral("folder"), folder}});
 }
 
 void LibraryListModel::toggleAttached()

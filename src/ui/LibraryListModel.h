@@ -74,10 +74,10 @@ public:
     QString currentDetail() const;
     bool currentAttached() const;
     bool currentDeleted() const;
-    /// Gives an item what was typed for it, whichever item is chosen by now. A blank title changes nothing, a
-    /// blank folder is the usual one; an item that is gone changes nothing.
-    Q_INVOKABLE void describe(const QString& identifier, const QString& title, const QString& folder,
-                              const QString& note);
+    /// Gives an item what was typed for it, whichever item is chosen by now: "title", "folder" and "note", as
+    /// far as they are there. A blank title changes nothing, a blank folder is the usual one; an item that is
+    /// gone changes nothing.
+    Q_INVOKABLE void keepTyped(const QString& identifier, const QVariantMap& typed);
     /// Puts the chosen item into a folder.
     Q_INVOKABLE void moveTo(const QString& folder);
     /// Attaches the chosen item to the next message, or takes it off again.

@@ -104,7 +104,13 @@ Task<void> ProjectPreview::followShow(QUuid message, QString path)
         m_files, [&path](const PlannedProjectFile& each) { return each.file.relativePath == path; });
     if (meant != m_files.end())
         setCurrentRow(static_cast<int>(meant - m_files.begin()));
+    m_isOpen = true;
     Q_EMIT shown();
+}
+
+void ProjectPreview::dismiss()
+{
+    m_isOpen = false;
 }
 
 void ProjectPreview::take(std::vector<PlannedProjectFile> files)
@@ -147,7 +153,7 @@ Task<void> ProjectPreview::followWrite()
 {
     // Nothing is written that nobody has seen.
     std::vector<PlannedProjectFile> now = lastOfEachPath(co_await m_app.planProjectFiles(m_message));
-    if (m_app.selection() != m_session || m_ticked.empty())
+    if (m_app.selection() != m_session || m_ticked.empty() || !m_isOpen)
         co_return;
     if (now != m_files) {
         take(std::move(now));

@@ -46,6 +46,8 @@ public:
     /// none, or no folder is chosen, the status says so and nothing is shown.
     /// @param path the file that is the current one then; the first one if the reply has no such file.
     void show(const QUuid& message, const QString& path = {});
+    /// The files are out of sight: what was asked to be written and is still looked at is not written.
+    Q_INVOKABLE void dismiss();
     /// Ticks a file or takes the tick away; a file that cannot be written stays without.
     Q_INVOKABLE void setTicked(int row, bool ticked);
     /// Writes the files that are ticked, unless something of what is shown has changed since: then it shows
@@ -101,6 +103,7 @@ private:
     DiffListModel m_diff;
     int m_currentRow = -1;
     QString m_notice;
+    bool m_isOpen = false;
     bool m_isRestoring = false;
     bool m_isOverwriting = false;
     bool m_offersRestore = false;

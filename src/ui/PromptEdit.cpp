@@ -81,6 +81,9 @@ void PromptEdit::fork()
 
 void PromptEdit::cancel()
 {
+    // It may be on its way already, still being made ready.
+    if (m_app.isBusy() && !m_app.isStreaming())
+        m_app.stop();
     end(m_app.selection());
 }
 

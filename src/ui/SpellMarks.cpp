@@ -9,7 +9,6 @@
 #include <QSyntaxHighlighter>
 #include <QTextDocument>
 #include <QTextLayout>
-#include <QTimer>
 
 #include <algorithm>
 
@@ -92,6 +91,10 @@ SpellMarks::SpellMarks(QQuickItem* parent)
     , m_scripts(scriptsOf(userLanguages()))
 {
     setAntialiasing(true);
+    for (QTimer* const timer : {&m_askSoon, &m_moveEnds})
+        timer->setSingleShot(true); // of no time: once what happens now is over
+    connect(&m_askSoon, &QTimer::timeout, this, &SpellMarks::ask);
+    connect(&m_moveEnds, &QTimer::timeout, this, [this] { m_textMoved = false; });
     connect(this, &SpellMarks::looksChanged, this, [this] { update(); });
     connect(this, &SpellMarks::checked, this, [this] { update(); });
 }
@@ -118,9 +121,14 @@ void SpellMarks::setDocument(QQuickTextDocument* document)
 
 void SpellMarks::noteChange()
 {
+    // What is still looked up for a word that has changed is for nobody.
+    if (m_choice.isValid() && !m_choice.isFinished()) {
+        m_choice.reset();
+        m_word.clear();
+    }
     m_isTyping = true;
     m_textMoved = true;
-    QMetaObject::invokeMethod(this, [this] { m_textMoved = false; }, Qt::QueuedConnection);
+    m_moveEnds.start();
     update();
 }
 
@@ -145,7 +153,7 @@ std::vector<SpelledWord> SpellMarks::read(const QString& paragraph, int& fence)
             m_asked.insert(words.back().text);
     }
     if (!m_asked.empty())
-        QMetaObject::invokeMethod(this, &SpellMarks::ask, Qt::QueuedConnection);
+        m_askSoon.start();
     return words;
 }
 
@@ -171,9 +179,12 @@ Task<void> SpellMarks::followWords()
         } catch (const Cancelled&) {
             co_return;
         }
+        // What is wrong stays marked, and what is to be ignored is no word of the text.
         if (m_known.size() > mostKnown)
-            m_known.clear();
+            m_known.removeIf([](const auto& word) { return word.value(); });
         m_known.insert(answers);
+        for (const QString& word : m_ignored)
+            m_known.insert(word, true);
         Q_EMIT checked();
     }
 }
@@ -257,13 +268,14 @@ void SpellMarks::ignoreWord()
 {
     if (m_word.isEmpty())
         return;
+    m_ignored.insert(m_word);
     m_known.insert(m_word, true);
     Q_EMIT checked();
 }
 
 void SpellMarks::paint(QPainter* painter)
 {
-    if (!m_highlighter)
+    if (!m_highlighter || m_highlighter->document()->characterCount() > longestText)
         return;
     const QTextDocument* const text = m_highlighter->document();
     painter->setPen(QPen(m_color, 1.2 * m_zoom));
@@ -293,11 +305,10 @@ void SpellMarks::paintBlock(QPainter& painter, const QTextBlock& block, const QP
             const qreal top = corner.y() + line.y() + line.ascent() + 2 * m_zoom;
             const qreal to = corner.x() + std::max(edges[0], edges[1]);
             QPainterPath wave({corner.x() + std::min(edges[0], edges[1]), top});
-            bool isDown = true;
-            for (qreal x = wave.currentPosition().x() + step; x <= to; x += step) {
-                wave.lineTo(x, isDown ? top + step : top);
-                isDown = !isDown;
-            }
+            const qreal from = wave.currentPosition().x();
+            const int count = qFloor((to - from) / step);
+            for (int i = 1; i <= count; ++i)
+                wave.lineTo(from + i * step, i % 2 == 1 ? top + step : top);
             painter.drawPath(wave);
             start = std::max(end, start + 1);
         }

@@ -10,8 +10,10 @@
 #include <QPointer>
 #include <QQuickPaintedItem>
 #include <QQuickTextDocument>
+#include <QSet>
 #include <QStringList>
 #include <QTextBlock>
+#include <QTimer>
 #include <QtQml/qqmlregistration.h>
 
 #include <memory>
@@ -94,6 +96,9 @@ private:
     QQuickTextDocument* m_document = nullptr;
     QPointer<SpellHighlighter> m_highlighter; ///< goes with its document at the latest
     QHash<QString, bool> m_known;             ///< whether a word is right
+    QSet<QString> m_ignored;
+    QTimer m_askSoon;
+    QTimer m_moveEnds;
     std::set<QString> m_asked;
     int m_cursor = 0;
     bool m_isTyping = false;

@@ -310,6 +310,16 @@ void TranscriptFeed::tryAgain(const QString& id)
         m_consent([this] { m_app.regenerate(); });
 }
 
+void TranscriptFeed::turnSearchOffAndTryAgain()
+{
+    m_consent([this] { m_app.turnSearchOffAndTryAgain(); });
+}
+
+void TranscriptFeed::resetTemperatureAndTryAgain()
+{
+    m_consent([this] { m_app.resetTemperatureAndTryAgain(); });
+}
+
 void TranscriptFeed::fork(const QString& id)
 {
     m_app.fork(QUuid(id));

@@ -42,6 +42,9 @@ public:
     Q_INVOKABLE void writeFile(const QString& id, const QString& path);
     /// Asks for the answer to a failed prompt, or for an unfinished reply, once more.
     Q_INVOKABLE void tryAgain(const QString& id);
+    /// The same for a failed prompt, with what made it fail changed.
+    Q_INVOKABLE void turnSearchOffAndTryAgain();
+    Q_INVOKABLE void resetTemperatureAndTryAgain();
     /// Goes on from a message in a new conversation.
     Q_INVOKABLE void fork(const QString& id);
     /// Shows the diagnostics log in the program that the desktop has for texts.

@@ -18,6 +18,8 @@
 #include <QIcon>
 #include <QLoggingCategory>
 
+#include <csignal>
+
 namespace varnel {
 
 namespace {
@@ -110,7 +112,8 @@ int runWindowApplication(int argc, char** argv)
 
     chooseRendering();
     QGuiApplication application(argc, argv);
-    const QuitSignals quitSignals;
+    // A second start may give up before it is answered; Qt gives child processes the system's own way back.
+    std::signal(SIGPIPE, SIG_IGN);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Varnel"));
     QGuiApplication::setDesktopFileName(QStringLiteral("app.varnel"));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/varnel/icon-128.png")));
@@ -126,7 +129,9 @@ int runWindowApplication(int argc, char** argv)
         qWarning("Another Varnel holds %s and does not answer.", qUtf8Printable(location.folder()));
         return EXIT_FAILURE;
     }
-    // Not before: an instance that was ending may have changed them.
+    // Not before: while an other instance is waited for, the system's own way ends this one at once.
+    const QuitSignals quitSignals;
+    // Not before either: an instance that was ending may have changed them.
     Preferences preferences;
     Worker imageWorker;
     QtImageConverter images(imageWorker);

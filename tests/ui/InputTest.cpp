@@ -69,7 +69,8 @@ private Q_SLOTS:
         QVERIFY(!library.addLink(QStringLiteral("file:///etc/passwd"), {}));
         for (const char* const address : {"example.org/whales", "https://example.org/trains"})
             QVERIFY(library.addLink(QString::fromLatin1(address), QStringLiteral("Web")));
-        library.describe(library.currentIdentifier(), {}, QStringLiteral("Web"), QStringLiteral("steam"));
+        library.keepTyped(library.currentIdentifier(), {{QStringLiteral("folder"), QStringLiteral("Web")},
+                                                        {QStringLiteral("note"), QStringLiteral("steam")}});
         QCOMPARE(library.folders(), QStringList{QStringLiteral("Web")});
         fixture.app->setLibraryQuery(QStringLiteral("STEAM example"));
         QCOMPARE(library.count(), 1);

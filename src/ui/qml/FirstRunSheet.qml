@@ -28,6 +28,9 @@ Sheet {
     wantedHeight: 600
     wantedWidth: 640
     onAboutToHide: ConnectionEditor.apply()
+    // The test is what this step is for, and after a restart nothing has led to it.
+    onAboutToShow: if (step === 1 && !Link.connected)
+        ConnectionEditor.open()
 
     PlainText {
         id: progress

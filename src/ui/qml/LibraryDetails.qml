@@ -17,8 +17,15 @@ Flickable {
 
     // Stores what was typed.
     function keep() {
-        if (identifier.length > 0 && (title.text !== shownTitle || folder.text !== shownFolder || note.text !== shownNote))
-            LibraryListModel.describe(identifier, title.text, folder.text, note.text)
+        const typed = {}
+        if (title.text !== shownTitle)
+            typed.title = title.text
+        if (folder.text !== shownFolder)
+            typed.folder = folder.text
+        if (note.text !== shownNote)
+            typed.note = note.text
+        if (identifier.length > 0 && Object.keys(typed).length > 0)
+            LibraryListModel.keepTyped(identifier, typed)
     }
     // Stores it and shows what has become of it.
     function finishEdit() {
@@ -26,15 +33,19 @@ Flickable {
         show(true)
     }
     function show(all: bool) {
-        if (all || title.text === shownTitle)
+        // A field makes something else of characters that it cannot hold, so what it holds then is asked for.
+        if (all || title.text === shownTitle) {
             title.text = LibraryListModel.currentTitle
-        if (all || folder.text === shownFolder)
+            shownTitle = title.text
+        }
+        if (all || folder.text === shownFolder) {
             folder.text = LibraryListModel.currentFolder
-        if (all || note.text === shownNote)
+            shownFolder = folder.text
+        }
+        if (all || note.text === shownNote) {
             note.text = LibraryListModel.currentNote
-        shownTitle = LibraryListModel.currentTitle
-        shownFolder = LibraryListModel.currentFolder
-        shownNote = LibraryListModel.currentNote
+            shownNote = note.text
+        }
     }
     function settle() {
         const chosen = LibraryListModel.currentIdentifier
@@ -115,7 +126,7 @@ Flickable {
                 enabled: !LibraryListModel.currentDeleted
                 fill: Theme.popup
                 iconName: "folder"
-                maximumLength: 100
+                maximumLength: 300
                 placeholderText: qsTr("Folder")
                 onEditingFinished: details.finishEdit()
             }

@@ -9,6 +9,7 @@ Sheet {
     title: qsTr("Write project files")
     wantedHeight: 680
     wantedWidth: 900
+    onClosed: ProjectPreview.dismiss()
 
     Item {
         anchors.fill: parent

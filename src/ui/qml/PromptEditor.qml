@@ -27,6 +27,8 @@ T.TextArea {
     implicitHeight: Math.max(Theme.bodyLine, contentHeight) + topPadding + bottomPadding
     leftPadding: Theme.gutter
     placeholderText: qsTr("Write a message")
+    // What was sent again is made ready, and then gone from here.
+    readOnly: PromptEdit.active && AppModel.isBusy && !AppModel.isStreaming
     rightPadding: Theme.gutter
     selectByMouse: true
     selectedTextColor: Theme.text

@@ -39,8 +39,8 @@ FocusScope {
         }
         onLinkActivated: url => Qt.openUrlExternally(url)
         onLogsRequested: TranscriptFeed.openLogs()
-        onSearchOffRequested: AppModel.turnSearchOffAndTryAgain()
-        onTemperatureResetRequested: AppModel.resetTemperatureAndTryAgain()
+        onSearchOffRequested: TranscriptFeed.turnSearchOffAndTryAgain()
+        onTemperatureResetRequested: TranscriptFeed.resetTemperatureAndTryAgain()
         onTryAgainRequested: id => TranscriptFeed.tryAgain(id)
         onWriteRequested: (id, path) => TranscriptFeed.writeFile(id, path)
     }

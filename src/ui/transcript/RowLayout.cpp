@@ -28,7 +28,7 @@ QTextCharFormat formatOf(const MarkdownText& text, const MarkdownRange& range, c
         if (hasItalics(QStringView(text.text).mid(range.start, range.length)))
             format.setFontItalic(true);
         else if (!(range.styles & MarkdownStyle::Strong))
-            format.setFontWeight(QFont::Medium);
+            format.setFontWeight(std::max<int>(QFont::Medium, base.weight()));
     }
     if (range.styles & MarkdownStyle::Strikethrough)
         format.setFontStrikeOut(true);

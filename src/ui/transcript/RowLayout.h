@@ -39,8 +39,9 @@ struct RowColumn
 struct GroupState
 {
     bool wraps = false;
-    qreal scroll = 0;    ///< to the right, logical pixels
-    QList<qreal> widths; ///< of a table's columns; empty until it is first laid out
+    qreal scroll = 0;      ///< to the right, logical pixels
+    QList<qreal> widths;   ///< of a table's columns; empty until it is first laid out
+    bool isPlaced = false; ///< whether a table that begins at the right was scrolled there
     bool operator==(const GroupState&) const = default;
 };
 

@@ -107,8 +107,7 @@ public:
         const qreal indent = std::min(row.frame.indent * m_zoom, context.column.width / 2);
         m_left = context.column.left + indent;
         const qreal available = std::max(context.column.width, context.column.wide) - indent;
-        const bool isNew = m_group->widths.size() != row.table->columns.size();
-        if (isNew) {
+        if (m_group->widths.size() != row.table->columns.size()) {
             context.group->widths = fittedWidths(naturalWidths(*row.table, context.style), available,
                                                  context.style.px(narrowest));
         }
@@ -116,8 +115,8 @@ public:
         m_width = std::min(m_contentWidth, available);
         if (m_isMirrored) {
             // It begins at the right, as its words do.
-            m_left += std::max(0.0, context.column.width - indent - m_width);
-            if (isNew)
+            m_left = context.column.left + std::max(0.0, context.column.width - indent - m_width);
+            if (!std::exchange(context.group->isPlaced, true))
                 context.group->scroll = scrollRange();
         }
         layOutCells(row, context.style);
@@ -129,7 +128,7 @@ public:
 
     void paint(QPainter& painter, const RowPaint& state) const override
     {
-        paintQuoteBars(painter, m_frame, m_column, state.style, {m_spaceAbove, height(), false});
+        paintQuoteBars(painter, m_frame, m_column, state.style, {m_spaceAbove, height(), m_isMirrored});
         painter.save();
         painter.setClipRect(QRectF(m_left, 0, m_width, height()), Qt::IntersectClip);
         painter.setPen(state.style.text);
