@@ -1,6 +1,5 @@
-#include "practice_host/PracticeHost.h"
+#include "e2e/WindowFlow.h"
 #include "support/Await.h"
-#include "support/WindowRun.h"
 
 #include <QFile>
 #include <QTest>
@@ -10,12 +9,10 @@ using namespace varnel::test;
 using namespace std::chrono_literals;
 
 /// What another program gives: a file that is dragged into the window, a picture of the clipboard.
-class AttachFlowTest : public QObject
+class AttachFlowTest : public WindowFlow
 {
     Q_OBJECT
 
-    PracticeHost m_host{{.piece = 0ms}};
-    std::unique_ptr<WindowRun> m_window;
     ProgramRun m_giver;
 
     static constexpr QPoint inTheGiver{50, 710};
@@ -24,14 +21,9 @@ class AttachFlowTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        if (const QString missing = WindowRun::missing(); !missing.isEmpty())
+        if (const QString missing = makeWindow("practice-vision:11b"); !missing.isEmpty())
             QSKIP(qPrintable(missing));
-        m_host.listen();
-        m_window = std::make_unique<WindowRun>();
-        m_window->program().setPreferences(
-            windowPreferences(m_host.url()).replace("practice-chat:70b", "practice-vision:11b"));
-        QVERIFY(m_window->open());
-        QVERIFY(m_window->shows(QStringLiteral("status bar | Connected")));
+        QVERIFY(openWindow());
         QFile file(m_giver.folder() + QStringLiteral("/tides.txt"));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.write("High water at noon\n") > 0);
         m_giver.setVariable("DISPLAY", m_window->display().name());

@@ -1,6 +1,5 @@
-#include "practice_host/PracticeHost.h"
+#include "e2e/WindowFlow.h"
 #include "support/Await.h"
-#include "support/WindowRun.h"
 
 #include <QJsonArray>
 #include <QTest>
@@ -11,12 +10,9 @@ using namespace std::chrono_literals;
 
 /// An earlier prompt that is edited: sent again, which takes back what came after it, or carried on
 /// elsewhere.
-class EditFlowTest : public QObject
+class EditFlowTest : public WindowFlow
 {
     Q_OBJECT
-
-    PracticeHost m_host{{.piece = 0ms}};
-    std::unique_ptr<WindowRun> m_window;
 
     /// The texts of a conversation's prompts.
     static QStringList prompts(const QJsonObject& conversation)
@@ -53,13 +49,9 @@ class EditFlowTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        if (const QString missing = WindowRun::missing(); !missing.isEmpty())
+        if (const QString missing = makeWindow(); !missing.isEmpty())
             QSKIP(qPrintable(missing));
-        m_host.listen();
-        m_window = std::make_unique<WindowRun>();
-        m_window->program().setPreferences(windowPreferences(m_host.url()));
-        QVERIFY(m_window->open());
-        QVERIFY(m_window->shows(QStringLiteral("status bar | Connected")));
+        QVERIFY(openWindow());
         QVERIFY(say("One", 1));
         QVERIFY(say("Two", 2));
         QVERIFY(keeps({{QStringLiteral("One"), QStringLiteral("Two")}}));

@@ -1,6 +1,5 @@
-#include "practice_host/PracticeHost.h"
+#include "e2e/WindowFlow.h"
 #include "support/Await.h"
-#include "support/WindowRun.h"
 
 #include <QFile>
 #include <QStandardPaths>
@@ -12,12 +11,9 @@ using namespace std::chrono_literals;
 
 /// A conversation leaves the window and comes back to it through the dialog for files that stands in where
 /// the desktop has none.
-class ExportWindowTest : public QObject
+class ExportWindowTest : public WindowFlow
 {
     Q_OBJECT
-
-    PracticeHost m_host{{.piece = 0ms}};
-    std::unique_ptr<WindowRun> m_window;
 
     /// Opens the dialog by an entry of the menu; the keyboard is in its list of files.
     bool ask(const char* entry, const char* dialog)
@@ -46,13 +42,9 @@ class ExportWindowTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        if (const QString missing = WindowRun::missing(); !missing.isEmpty())
+        if (const QString missing = makeWindow(); !missing.isEmpty())
             QSKIP(qPrintable(missing));
-        m_host.listen();
-        m_window = std::make_unique<WindowRun>();
-        m_window->program().setPreferences(windowPreferences(m_host.url()));
-        QVERIFY(m_window->open());
-        QVERIFY(m_window->shows(QStringLiteral("status bar | Connected")));
+        QVERIFY(openWindow());
         m_window->type(QStringLiteral("Tell me of lighthouses"));
         m_window->key("Return");
         QVERIFY(m_window->shows(QStringLiteral("push button | Regenerate")));

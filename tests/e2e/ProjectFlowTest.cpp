@@ -1,8 +1,7 @@
-#include "practice_host/PracticeHost.h"
+#include "e2e/WindowFlow.h"
 #include "practice_host/ReplyTexts.h"
 #include "store/ProjectFiles.h"
 #include "support/Await.h"
-#include "support/WindowRun.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,12 +13,10 @@ using namespace varnel::test;
 using namespace std::chrono_literals;
 
 /// The files of a reply, from the preview to the disk and back.
-class ProjectFlowTest : public QObject
+class ProjectFlowTest : public WindowFlow
 {
     Q_OBJECT
 
-    PracticeHost m_host{{.piece = 0ms}};
-    std::unique_ptr<WindowRun> m_window;
     const QByteArray m_readme = "# What stood here before\n";
 
     QString folder() const { return m_window->program().folder() + QStringLiteral("/work"); }
@@ -38,18 +35,13 @@ class ProjectFlowTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        if (const QString missing = WindowRun::missing(); !missing.isEmpty())
+        if (const QString missing = makeWindow("practice-project:24b"); !missing.isEmpty())
             QSKIP(qPrintable(missing));
-        m_host.listen();
-        m_window = std::make_unique<WindowRun>();
-        m_window->program().setPreferences(
-            windowPreferences(m_host.url()).replace("practice-chat:70b", "practice-project:24b"));
         QVERIFY(QDir().mkpath(folder()));
         QFile readme(folder() + QStringLiteral("/README.md"));
         QVERIFY(readme.open(QIODevice::WriteOnly) && readme.write(m_readme) == m_readme.size());
         readme.close();
-        QVERIFY(m_window->open());
-        QVERIFY(m_window->shows(QStringLiteral("status bar | Connected")));
+        QVERIFY(openWindow());
     }
 
     void theFolderIsChosenInTheDialog()

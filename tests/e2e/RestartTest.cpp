@@ -1,6 +1,5 @@
-#include "practice_host/PracticeHost.h"
+#include "e2e/WindowFlow.h"
 #include "support/Await.h"
-#include "support/WindowRun.h"
 
 #include <QStandardPaths>
 #include <QTest>
@@ -11,12 +10,10 @@ using namespace std::chrono_literals;
 
 /// What a window looked like when it was closed is what it looks like when it is opened again, and there is
 /// one of it only.
-class RestartTest : public QObject
+class RestartTest : public WindowFlow
 {
     Q_OBJECT
 
-    PracticeHost m_host{{.piece = 0ms}};
-    std::unique_ptr<WindowRun> m_window;
     ProgramRun m_manager;
 
     qint64 process() { return m_window->program().process().processId(); }
@@ -24,13 +21,9 @@ class RestartTest : public QObject
 private Q_SLOTS:
     void initTestCase()
     {
-        if (const QString missing = WindowRun::missing(); !missing.isEmpty())
+        if (const QString missing = makeWindow(); !missing.isEmpty())
             QSKIP(qPrintable(missing));
-        m_host.listen();
-        m_window = std::make_unique<WindowRun>();
-        m_window->program().setPreferences(windowPreferences(m_host.url()));
-        QVERIFY(m_window->open());
-        QVERIFY(m_window->shows(QStringLiteral("status bar | Connected")));
+        QVERIFY(openWindow());
     }
 
     void everythingIsAsItWas()

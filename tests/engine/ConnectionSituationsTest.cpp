@@ -269,6 +269,9 @@ private Q_SLOTS:
         QVERIFY(stage.waitFor(LinkState::Offline));
         trace.replaceInStrings(text("PORT"), QString::number(stage.settings.localPort));
         QVERIFY(matches(stage.trace.entries, trace, {}));
+        // On a slow machine ssh may fail after it was taken to be stable, and that stands in the log too.
+        if (stage.profile.logged().size() > log.size() && log.value(0).startsWith(text("tunnel exited")))
+            log.prepend(text("tunnel started *"));
         QVERIFY(stage.logged(log));
         QCOMPARE(stage.model->connectionReport(), stage.model->statusMessage());
         QCOMPARE(stage.model->connectionDetail(), stage.model->statusMessage());

@@ -1,4 +1,5 @@
 #include "ui/ComposerFixture.h"
+#include "ui/QuietTest.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -12,16 +13,6 @@ using namespace varnel::test;
 using namespace std::chrono_literals;
 
 namespace {
-
-QStringList warnings;
-
-void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type == QtFatalMsg)
-        std::fprintf(stderr, "%s\n%s\n", qPrintable(text), qPrintable(warnings.join(QLatin1Char(0x0A))));
-    else if (type != QtDebugMsg && type != QtInfoMsg)
-        warnings.append(text);
-}
 
 QImage smallPicture()
 {
@@ -38,15 +29,11 @@ QByteArray contentsOf(const QString& path)
 
 } // namespace
 
-class ComposerTest : public QObject
+class ComposerTest : public QuietTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { qInstallMessageHandler(keepWarnings); }
-    void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
-    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-
     void whatIsDroppedBecomesAnAttachment()
     {
         ComposerFixture fixture;

@@ -1,3 +1,4 @@
+#include "ui/QuietTest.h"
 #include "ui/SheetFixture.h"
 #include "websearch/TestNetwork.h"
 
@@ -7,30 +8,12 @@ using namespace varnel;
 using namespace varnel::test;
 using namespace std::chrono_literals;
 
-namespace {
-
-QStringList warnings;
-
-void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type == QtFatalMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(text));
-    else if (type != QtDebugMsg && type != QtInfoMsg)
-        warnings.append(text);
-}
-
-} // namespace
-
 /// What is typed, held and turned goes where it was meant to, whatever lies over the window.
-class InputTest : public QObject
+class InputTest : public QuietTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { qInstallMessageHandler(keepWarnings); }
-    void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
-    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-
     void aNoteStaysWithItsItem()
     {
         SheetFixture fixture;

@@ -1,4 +1,5 @@
 #include "support/SshServer.h"
+#include "ui/QuietTest.h"
 #include "ui/SheetFixture.h"
 
 #include <QElapsedTimer>
@@ -13,16 +14,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-QStringList warnings;
-
-void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type == QtFatalMsg)
-        std::fprintf(stderr, "%s\n", qPrintable(text));
-    else if (type != QtDebugMsg && type != QtInfoMsg)
-        warnings.append(text);
-}
-
 int freePort()
 {
     QTcpServer server;
@@ -33,15 +24,11 @@ int freePort()
 } // namespace
 
 /// The settings, the first run and the models, by keyboard and mouse.
-class SettingsTest : public QObject
+class SettingsTest : public QuietTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { qInstallMessageHandler(keepWarnings); }
-    void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
-    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-
     void aTypedAddressIsAppliedWhenItsFieldIsLeft()
     {
         SheetFixture fixture;

@@ -1,4 +1,5 @@
 #include "ui/ModelFixture.h"
+#include "ui/QuietTest.h"
 #include "ui/WindowScreens.h"
 
 #include <QAccessible>
@@ -13,16 +14,6 @@ using namespace varnel::test;
 using namespace std::chrono_literals;
 
 namespace {
-
-QStringList warnings;
-
-void keepWarnings(QtMsgType type, const QMessageLogContext&, const QString& text)
-{
-    if (type == QtFatalMsg)
-        std::fprintf(stderr, "%s\n%s\n", qPrintable(text), qPrintable(warnings.join(QLatin1Char('\n'))));
-    else if (type != QtDebugMsg && type != QtInfoMsg)
-        warnings.append(text);
-}
 
 /// The whole window, driven through its events.
 struct WindowFixture : ModelFixture
@@ -87,15 +78,11 @@ QAccessibleInterface* find(QAccessibleInterface* item, const QString& name)
 
 } // namespace
 
-class WindowTest : public QObject
+class WindowTest : public QuietTest
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { qInstallMessageHandler(keepWarnings); }
-    void cleanup() { QCOMPARE(std::exchange(warnings, {}).join(QLatin1Char('\n')), QString()); }
-    void cleanupTestCase() { qInstallMessageHandler(nullptr); }
-
     void aPromptIsSentByEnterAlone()
     {
         WindowFixture fixture;
