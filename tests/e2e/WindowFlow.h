@@ -16,7 +16,7 @@ protected:
     /// Makes the window, not open yet; yields why it cannot be made here, as a text for QSKIP().
     QString makeWindow(const QByteArray& model = "practice-chat:70b")
     {
-        const QString missing = WindowRun::missing();
+        QString missing = WindowRun::missing();
         if (!missing.isEmpty())
             return missing;
         m_host.listen();
