@@ -59,7 +59,7 @@ inline ChatMessage message(QRandomGenerator& random, ChatRole role)
             .role = role,
             .content = text(random, isReply ? 200 + random.bounded(4000) : 20 + random.bounded(400)),
             .thinking = isReply && random.bounded(3) == 0 ? text(random, random.bounded(2000)) : QString(),
-            .createdAt = *fromIso8601(u"2026-03-18T12:00:00Z"),
+            .createdAt = *fromIso8601("2026-03-18T12:00:00Z"),
             .backend = isReply ? QStringLiteral("Ollama qwen2.5:14b") : QString(),
             .duration = isReply ? std::optional(random.generateDouble() * 60) : std::nullopt};
 }
@@ -77,7 +77,7 @@ inline SessionList conversations(double mebibytes, int count)
         session.title = text(random, 30);
         session.model = QStringLiteral("qwen2.5:14b");
         session.keepAlive = QStringLiteral("5m");
-        session.createdAt = session.updatedAt = *fromIso8601(u"2026-03-18T12:00:00Z");
+        session.createdAt = session.updatedAt = *fromIso8601("2026-03-18T12:00:00Z");
         for (int pair = 0; pair < pairs; ++pair) {
             session.messages.push_back(message(random, ChatRole::User));
             session.messages.push_back(message(random, ChatRole::Assistant));

@@ -82,33 +82,32 @@ namespace {
 class FieldReader
 {
 public:
-    explicit FieldReader(QStringView text)
+    explicit FieldReader(std::string_view text)
         : m_rest(text)
     {}
 
-    int digits(qsizetype count)
+    int digits(std::size_t count)
     {
         if (m_rest.size() < count)
             return fail();
         int value = 0;
-        for (qsizetype i = 0; i < count; ++i) {
-            const char16_t unit = m_rest[i].unicode();
-            if (unit < u'0' || unit > u'9')
+        for (const char digit : m_rest.substr(0, count)) {
+            if (!isDigit(digit))
                 return fail();
-            value = value * 10 + (unit - u'0');
+            value = value * 10 + (digit - '0');
         }
-        m_rest = m_rest.mid(count);
+        m_rest.remove_prefix(count);
         return value;
     }
 
-    bool accept(char16_t first, char16_t second)
+    bool accept(char first, char second)
     {
-        if (m_rest.isEmpty() || (m_rest[0] != QChar(first) && m_rest[0] != QChar(second)))
+        if (m_rest.empty() || (m_rest[0] != first && m_rest[0] != second))
             return false;
-        m_rest = m_rest.mid(1);
+        m_rest.remove_prefix(1);
         return true;
     }
-    void expect(char16_t first, char16_t second)
+    void expect(char first, char second)
     {
         if (!accept(first, second))
             fail();
@@ -119,57 +118,58 @@ public:
         int value = 0;
         int scale = 100;
         bool any = false;
-        while (!m_rest.isEmpty() && m_rest[0] >= QChar(u'0') && m_rest[0] <= QChar(u'9')) {
-            value += (m_rest[0].unicode() - u'0') * scale;
+        while (!m_rest.empty() && isDigit(m_rest[0])) {
+            value += (m_rest[0] - '0') * scale;
             scale /= 10;
             any = true;
-            m_rest = m_rest.mid(1);
+            m_rest.remove_prefix(1);
         }
         if (!any)
             fail();
         return milliseconds(value);
     }
 
-    bool succeeded() const { return !m_failed && m_rest.isEmpty(); }
+    bool succeeded() const { return !m_failed && m_rest.empty(); }
 
 private:
+    static bool isDigit(char character) { return character >= '0' && character <= '9'; }
     int fail()
     {
         m_failed = true;
         return 0;
     }
 
-    QStringView m_rest;
+    std::string_view m_rest;
     bool m_failed = false;
 };
 
 } // namespace
 
-std::optional<Instant> fromIso8601(QStringView text)
+std::optional<Instant> fromIso8601(std::string_view text)
 {
     FieldReader reader(text);
     const year_month_day date = [&reader] {
         const year y(reader.digits(4));
-        reader.expect(u'-', u'-');
+        reader.expect('-', '-');
         const month m(static_cast<unsigned>(reader.digits(2)));
-        reader.expect(u'-', u'-');
+        reader.expect('-', '-');
         return year_month_day(y, m, day(static_cast<unsigned>(reader.digits(2))));
     }();
-    reader.expect(u'T', u't');
+    reader.expect('T', 't');
     const int hour = reader.digits(2);
-    reader.expect(u':', u':');
+    reader.expect(':', ':');
     const int minute = reader.digits(2);
-    reader.expect(u':', u':');
+    reader.expect(':', ':');
     const int second = reader.digits(2);
-    const milliseconds fraction = reader.accept(u'.', u'.') ? reader.fraction() : milliseconds(0);
+    const milliseconds fraction = reader.accept('.', '.') ? reader.fraction() : milliseconds(0);
 
     minutes offset(0);
-    if (!reader.accept(u'Z', u'z')) {
-        const int sign = reader.accept(u'-', u'-') ? -1 : 1;
+    if (!reader.accept('Z', 'z')) {
+        const int sign = reader.accept('-', '-') ? -1 : 1;
         if (sign > 0)
-            reader.expect(u'+', u'+');
+            reader.expect('+', '+');
         const int offsetHours = reader.digits(2);
-        reader.expect(u':', u':');
+        reader.expect(':', ':');
         const int offsetMinutes = reader.digits(2);
         if (offsetHours > 23 || offsetMinutes > 59)
             return std::nullopt;

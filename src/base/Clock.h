@@ -49,6 +49,6 @@ std::string iso8601Bytes(Instant instant);
 
 /// Reads the internet date-time form of ISO 8601, with "Z" or a numeric offset; a fraction of a second is
 /// read to the millisecond. Nothing if the text is anything else or names a day or time that does not exist.
-std::optional<Instant> fromIso8601(QStringView text);
+std::optional<Instant> fromIso8601(std::string_view text);
 
 } // namespace varnel

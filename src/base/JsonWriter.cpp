@@ -17,7 +17,7 @@ namespace varnel {
 
 namespace {
 
-constexpr std::size_t flushSize = 64 * 1024;
+constexpr std::size_t bufferSize = 128 * 1024;
 
 constexpr qsizetype pieceSize = 8 * 1024;
 /// What a UTF-16 unit becomes at most: an escape of six bytes.
@@ -67,12 +67,6 @@ char* writeEscape(char* at, char16_t unit)
         *at++ = hex[unit & 0xFU];
     }
     return at;
-}
-
-void appendEscape(std::string& buffer, char16_t unit)
-{
-    std::array<char, longestForm> escape{};
-    buffer.append(escape.data(), static_cast<std::size_t>(writeEscape(escape.data(), unit) - escape.data()));
 }
 
 bool standsForItself(char16_t unit)
@@ -139,13 +133,44 @@ char* writeEscaped(const char16_t* at, const char16_t* end, char* to)
 JsonWriter::JsonWriter(Style style, Sink sink)
     : m_style(style)
     , m_sink(std::move(sink))
+    , m_buffer(std::make_unique_for_overwrite<char[]>(bufferSize))
 {}
+
+void JsonWriter::put(char character)
+{
+    if (m_used == bufferSize)
+        flush();
+    m_buffer[m_used++] = character;
+}
+
+void JsonWriter::put(std::string_view bytes)
+{
+    while (!bytes.empty()) {
+        if (m_used == bufferSize)
+            flush();
+        const std::size_t count = std::min(bytes.size(), bufferSize - m_used);
+        std::memcpy(m_buffer.get() + m_used, bytes.data(), count);
+        m_used += count;
+        bytes.remove_prefix(count);
+    }
+}
+
+void JsonWriter::flush()
+{
+    m_sink({m_buffer.get(), m_used});
+    m_used = 0;
+}
 
 void JsonWriter::lineBreak()
 {
     if (m_style == Style::Pretty) {
-        m_buffer.push_back('\n');
-        m_buffer.append(m_levels.size() * 2, ' ');
+        constexpr std::string_view blanks = "                ";
+        put('\n');
+        for (std::size_t wanted = m_levels.size() * 2; wanted > 0;) {
+            const std::size_t count = std::min(wanted, blanks.size());
+            put(blanks.substr(0, count));
+            wanted -= count;
+        }
     }
 }
 
@@ -158,7 +183,7 @@ void JsonWriter::beginValue()
     if (m_levels.empty())
         return;
     if (!m_levels.back().empty)
-        m_buffer.push_back(',');
+        put(',');
     m_levels.back().empty = false;
     lineBreak();
 }
@@ -166,18 +191,17 @@ void JsonWriter::beginValue()
 void JsonWriter::open(char opening, char closing)
 {
     beginValue();
-    m_buffer.push_back(opening);
-    m_levels.push_back({closing, true, {}});
+    put(opening);
+    m_levels.push_back({.closing = closing});
 }
 
 void JsonWriter::close()
 {
-    const Level level = std::move(m_levels.back());
+    const Level level = m_levels.back();
     m_levels.pop_back();
     if (!level.empty)
         lineBreak();
-    m_buffer.push_back(level.closing);
-    flushIfLarge();
+    put(level.closing);
 }
 
 void JsonWriter::beginObject()
@@ -199,50 +223,57 @@ void JsonWriter::endArray()
 
 void JsonWriter::key(std::string_view key)
 {
+#ifndef QT_NO_DEBUG
     Level& level = m_levels.back();
     Q_ASSERT_X(m_style == Style::Compact || level.empty || level.lastKey < key, "JsonWriter::key",
                "the keys of an object are written in ascending order");
     level.lastKey = key;
+#endif
     beginValue();
-    m_buffer.push_back('"');
-    appendEscaped(key);
-    m_buffer += m_style == Style::Pretty ? "\": " : "\":";
+    put('"');
+    putEscaped(key);
+    put(m_style == Style::Pretty ? "\": " : "\":");
     m_afterKey = true;
 }
 
 void JsonWriter::string(QStringView text)
 {
     beginValue();
-    m_buffer.push_back('"');
-    appendEscaped(text);
-    m_buffer.push_back('"');
-    flushIfLarge();
+    put('"');
+    putEscaped(text);
+    put('"');
 }
 
 void JsonWriter::utf8(std::string_view text)
 {
     beginValue();
-    m_buffer.push_back('"');
-    appendEscaped(text);
-    m_buffer.push_back('"');
-    flushIfLarge();
+    put('"');
+    putEscaped(text);
+    put('"');
 }
 
-void JsonWriter::appendEscaped(std::string_view text)
+void JsonWriter::putEscaped(std::string_view text)
 {
     const auto isEscaped = [](char c) {
         return static_cast<unsigned char>(c) < 0x20 || c == '"' || c == '\\';
     };
-    for (auto at = text.begin(); at != text.end();) {
-        const auto special = std::find_if(at, text.end(), isEscaped);
-        m_buffer.append(at, special);
-        at = special;
-        if (at != text.end())
-            appendEscape(m_buffer, static_cast<unsigned char>(*at++));
+    // Nearly all are plain, and counting looks at many bytes at a time.
+    if (std::count_if(text.begin(), text.end(), isEscaped) == 0)
+        return put(text);
+    while (!text.empty()) {
+        const auto special = std::find_if(text.begin(), text.end(), isEscaped);
+        const auto plain = static_cast<std::size_t>(special - text.begin());
+        put(text.substr(0, plain));
+        if (special == text.end())
+            break;
+        std::array<char, longestForm> escape{};
+        const char* const end = writeEscape(escape.data(), static_cast<unsigned char>(*special));
+        put({escape.data(), static_cast<std::size_t>(end - escape.data())});
+        text.remove_prefix(plain + 1);
     }
 }
 
-void JsonWriter::appendEscaped(QStringView text)
+void JsonWriter::putEscaped(QStringView text)
 {
     // In pieces whose longest form fits into the buffer, so that nothing below looks at its size.
     while (!text.isEmpty()) {
@@ -250,12 +281,10 @@ void JsonWriter::appendEscaped(QStringView text)
         // Never between the halves of a character.
         if (length < text.size() && text[length - 1].isHighSurrogate())
             --length;
-        const std::size_t used = m_buffer.size();
-        m_buffer.resize(used + static_cast<std::size_t>(length) * longestForm);
-        char* const begin = m_buffer.data() + used;
-        char* const end = writeEscaped(text.utf16(), text.utf16() + length, begin);
-        m_buffer.resize(used + static_cast<std::size_t>(end - begin));
-        flushIfLarge();
+        if (bufferSize - m_used < static_cast<std::size_t>(length) * longestForm)
+            flush();
+        char* const begin = m_buffer.get() + m_used;
+        m_used += static_cast<std::size_t>(writeEscaped(text.utf16(), text.utf16() + length, begin) - begin);
         text = text.sliced(length);
     }
 }
@@ -263,7 +292,7 @@ void JsonWriter::appendEscaped(QStringView text)
 void JsonWriter::integer(qint64 value)
 {
     beginValue();
-    m_buffer += std::to_string(value);
+    put(std::to_string(value));
 }
 
 void JsonWriter::number(double value)
@@ -273,34 +302,34 @@ void JsonWriter::number(double value)
     beginValue();
     std::array<char, 32> text{};
     const auto result = std::to_chars(text.data(), text.data() + text.size(), value);
-    m_buffer.append(text.data(), result.ptr);
+    put({text.data(), static_cast<std::size_t>(result.ptr - text.data())});
 }
 
 void JsonWriter::boolean(bool value)
 {
     beginValue();
-    m_buffer += value ? "true" : "false";
+    put(value ? "true" : "false");
 }
 
 void JsonWriter::null()
 {
     beginValue();
-    m_buffer += "null";
+    put("null");
 }
 
 void JsonWriter::base64(QByteArrayView bytes, QStringView prefix)
 {
     beginValue();
-    m_buffer.push_back('"');
-    appendEscaped(prefix);
+    put('"');
+    putEscaped(prefix);
     // In pieces that are a multiple of three bytes long, so that they can be put one behind the other.
     constexpr qsizetype pieceSize = 48 * 1024;
     for (qsizetype at = 0; at < bytes.size(); at += pieceSize) {
         const QByteArrayView piece = bytes.sliced(at, std::min(pieceSize, bytes.size() - at));
-        m_buffer += QByteArray::fromRawData(piece.data(), piece.size()).toBase64().toStdString();
-        flushIfLarge();
+        const QByteArray text = QByteArray::fromRawData(piece.data(), piece.size()).toBase64();
+        put({text.constData(), static_cast<std::size_t>(text.size())});
     }
-    m_buffer.push_back('"');
+    put('"');
 }
 
 void JsonWriter::value(const QJsonValue& value)
@@ -344,20 +373,11 @@ void JsonWriter::value(const QJsonValue& value)
     }
 }
 
-void JsonWriter::flushIfLarge()
-{
-    if (m_buffer.size() >= flushSize) {
-        m_sink(m_buffer);
-        m_buffer.clear();
-    }
-}
-
 void JsonWriter::finish()
 {
     if (m_style == Style::Pretty)
-        m_buffer.push_back('\n');
-    m_sink(m_buffer);
-    m_buffer.clear();
+        put('\n');
+    flush();
 }
 
 QByteArray compactJson(const std::function<void(JsonWriter&)>& write, qsizetype expectedSize)

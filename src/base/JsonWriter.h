@@ -5,6 +5,7 @@
 #include <QStringView>
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -55,20 +56,25 @@ private:
     {
         char closing;
         bool empty = true;
+#ifndef QT_NO_DEBUG
         std::string lastKey;
+#endif
     };
 
     void beginValue();
     void open(char opening, char closing);
     void close();
     void lineBreak();
-    void appendEscaped(QStringView text);
-    void appendEscaped(std::string_view text);
-    void flushIfLarge();
+    void put(char character);
+    void put(std::string_view bytes);
+    void putEscaped(QStringView text);
+    void putEscaped(std::string_view text);
+    void flush();
 
     Style m_style;
     Sink m_sink;
-    std::string m_buffer;
+    std::unique_ptr<char[]> m_buffer;
+    std::size_t m_used = 0;
     std::vector<Level> m_levels;
     bool m_afterKey = false;
 };

@@ -25,11 +25,11 @@ constexpr QLatin1String rawValue(Kind kind)
 
 /// The case stored under this very text; nothing for any other.
 template <typename Kind>
-std::optional<Kind> fromRawValue(QStringView text)
+std::optional<Kind> fromRawValue(QAnyStringView text)
 {
     constexpr auto& texts = RawValues<Kind>::texts;
     for (std::size_t i = 0; i < texts.size(); ++i) {
-        if (texts[i] == text)
+        if (QAnyStringView::compare(texts[i], text) == 0)
             return static_cast<Kind>(i);
     }
     return std::nullopt;
@@ -49,10 +49,11 @@ constexpr auto allCases()
 template <typename Kind>
 Kind decodeRawValue(JsonValue value)
 {
-    const QString text = value.string();
-    const std::optional<Kind> kind = fromRawValue<Kind>(text);
+    const std::string_view text = value.utf8();
+    const std::optional<Kind> kind =
+        fromRawValue<Kind>(QUtf8StringView(text.data(), static_cast<qsizetype>(text.size())));
     if (!kind)
-        throw unknownValue(text);
+        throw unknownValue(value.string());
     return *kind;
 }
 

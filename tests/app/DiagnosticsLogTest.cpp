@@ -41,7 +41,7 @@ private Q_SLOTS:
     void linesAreAppendedToAPrivateFile()
     {
         const QTemporaryDir home;
-        ManualClock clock(*fromIso8601(u"2026-11-15T20:25:47.9Z"));
+        ManualClock clock(*fromIso8601("2026-11-15T20:25:47.9Z"));
         const DiagnosticsLog log(home.filePath(QStringLiteral("Library/Logs/Varnel")), clock);
         log.log(QStringLiteral("tunnel stopped"));
         QCOMPARE(contents(log.file()), "2026-11-15T20:25:47Z tunnel stopped\n");

@@ -254,7 +254,7 @@ private Q_SLOTS:
         for (char16_t unit = 0; unit < 0x3000; ++unit)
             text += QChar(unit);
         text += QString::fromUtf8("\xf0\x9f\x98\x80");
-        const QByteArray bytes(100'000, '\x9c');
+        const QByteArray bytes(300'000, '\x9c');
         const QJsonObject nested{{QStringLiteral("big"), Q_INT64_C(9007199254740993)},
                                  {QStringLiteral("list"), QJsonArray{1.5, true, QJsonValue(), text}}};
         const QByteArray json = compactJson([&](JsonWriter& writer) {

@@ -195,7 +195,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, text);
         QFETCH(QString, written);
-        const auto instant = fromIso8601(text);
+        const auto instant = fromIso8601(text.toStdString());
         QCOMPARE(instant ? toIso8601(*instant) : QString(), written);
     }
 };

@@ -132,8 +132,12 @@ private Q_SLOTS:
             return stage.model->statusMessage().contains(QLatin1String(words));
         };
         QVERIFY(says("sessions.json") && says("library.json"));
-        QVERIFY(waitUntil([&] { return stage.model->linkState() == LinkState::Connected; }));
-        QVERIFY(says("sessions.json") && says("library.json"));
+        bool isRepeated = false;
+        connect(stage.model.get(), &AppModel::statusMessageChanged, this, [&] {
+            isRepeated |= stage.model->linkState() == LinkState::Connected && says("sessions.json") &&
+                          says("library.json");
+        });
+        QVERIFY(waitUntil([&] { return isRepeated; }));
         const auto logged = [&](const char* words) {
             return stage.profile.logged().join(QLatin1Char('\n')).contains(QLatin1String(words));
         };

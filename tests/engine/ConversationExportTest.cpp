@@ -17,7 +17,7 @@ ChatMessage message(ChatRole role, const QString& content)
             .role = role,
             .content = content,
             .thinking = {},
-            .createdAt = *fromIso8601(u"2026-11-15T20:25:47Z"),
+            .createdAt = *fromIso8601("2026-11-15T20:25:47Z"),
             .backend = role == ChatRole::Assistant ? QStringLiteral("llama_3") : QString(),
             .duration = std::nullopt};
 }
@@ -95,7 +95,7 @@ private Q_SLOTS:
         ChatSession session = conversation({message(ChatRole::User, QStringLiteral("ä\n🙂")),
                                             message(ChatRole::Assistant, QStringLiteral("b"))});
         session.projectPath = QStringLiteral("~/secret-project");
-        session.createdAt = session.updatedAt = *fromIso8601(u"2026-11-15T20:25:47Z");
+        session.createdAt = session.updatedAt = *fromIso8601("2026-11-15T20:25:47Z");
         ChatSession imported = conversationFromJson(conversationJson(session));
         QVERIFY(imported.id != session.id && !imported.id.isNull());
         QVERIFY(imported.messages.at(0).id != session.messages.at(0).id);

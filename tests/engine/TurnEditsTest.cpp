@@ -374,7 +374,7 @@ private Q_SLOTS:
             }
 
         private:
-            mutable Instant m_now = *fromIso8601(u"2026-03-18T12:00:00Z");
+            mutable Instant m_now = *fromIso8601("2026-03-18T12:00:00Z");
             SystemClock m_real;
         } const jumping;
         Stage stage;

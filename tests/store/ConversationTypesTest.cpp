@@ -64,7 +64,7 @@ ChatSession fullSession()
                       .role = ChatRole::Assistant,
                       .content = QStringLiteral("Yes.\t"),
                       .thinking = QStringLiteral("Hm."),
-                      .createdAt = *fromIso8601(u"2026-11-15T20:25:47Z"),
+                      .createdAt = *fromIso8601("2026-11-15T20:25:47Z"),
                       .backend = QStringLiteral("Ollama"),
                       .duration = 0.1}},
         .temperature = 1.25,
@@ -75,8 +75,8 @@ ChatSession fullSession()
         .remoteModel = QStringLiteral("x/y"),
         .search = SearchSource::Provider,
         .pinned = true,
-        .createdAt = *fromIso8601(u"2026-11-15T20:25:40Z"),
-        .updatedAt = *fromIso8601(u"2026-11-15T20:26:00Z"),
+        .createdAt = *fromIso8601("2026-11-15T20:25:40Z"),
+        .updatedAt = *fromIso8601("2026-11-15T20:26:00Z"),
     };
 }
 
@@ -98,8 +98,8 @@ LibraryItem fullItem()
             .folder = QStringLiteral("F/G"),
             .relativePath = QStringLiteral("F/G/x.png"),
             .urlString = QStringLiteral("https://x.example/?a=b"),
-            .createdAt = *fromIso8601(u"2026-11-15T20:25:40Z"),
-            .deletedAt = fromIso8601(u"2026-11-15T20:26:00Z")};
+            .createdAt = *fromIso8601("2026-11-15T20:25:40Z"),
+            .deletedAt = fromIso8601("2026-11-15T20:26:00Z")};
 }
 
 QJsonValue wrongTypeFor(const QJsonValue& value)
@@ -256,7 +256,7 @@ private Q_SLOTS:
                                   .role = ChatRole::User,
                                   .content = QStringLiteral("a/b \"ü\"\n"),
                                   .thinking = {},
-                                  .createdAt = *fromIso8601(u"2026-11-15T21:25:47.9+01:00"),
+                                  .createdAt = *fromIso8601("2026-11-15T21:25:47.9+01:00"),
                                   .backend = {},
                                   .duration = 2.0};
         QCOMPARE(pretty(writeChatMessage, message),

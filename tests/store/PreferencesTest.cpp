@@ -312,7 +312,7 @@ private Q_SLOTS:
         preferences.setKeepAlive(QStringLiteral("0"));
         preferences.setRemoteProvider(RemoteProvider::OpenAi);
         preferences.setRemoteModel(QStringLiteral("gpt-4o"));
-        const Instant now = *fromIso8601(u"2026-11-15T20:25:47Z");
+        const Instant now = *fromIso8601("2026-11-15T20:25:47Z");
         ChatSession expected = newConversation(preferences, now);
         QVERIFY(!expected.id.isNull() && expected.id != newConversation(preferences, now).id);
         QCOMPARE(expected.title, QStringLiteral("New conversation"));

@@ -17,7 +17,7 @@
 
 namespace varnel::test {
 
-inline const Instant noon = *fromIso8601(u"2026-03-18T12:00:00Z");
+inline const Instant noon = *fromIso8601("2026-03-18T12:00:00Z");
 
 inline void writeFile(const QString& path, const QByteArray& contents)
 {

@@ -13,7 +13,7 @@ namespace varnel::test {
 class ManualClock final : public Clock
 {
 public:
-    explicit ManualClock(Instant start = *fromIso8601(u"2026-03-18T12:00:00Z"))
+    explicit ManualClock(Instant start = *fromIso8601("2026-03-18T12:00:00Z"))
         : m_now(start)
     {}
 

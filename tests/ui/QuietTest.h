@@ -25,8 +25,10 @@ private:
     {
         if (type == QtFatalMsg)
             std::fprintf(stderr, "%s\n%s\n", qPrintable(text), qPrintable(warnings.join(QLatin1Char('\n'))));
-        // What ends an animation finds its driver gone when a whole window went meanwhile, as only tests do it.
-        else if (type != QtDebugMsg && type != QtInfoMsg && !text.startsWith(QLatin1String("QUnifiedTimer::")))
+        // What ends an animation finds its driver gone when a whole window went meanwhile, as only tests do
+        // it.
+        else if (type != QtDebugMsg && type != QtInfoMsg &&
+                 !text.startsWith(QLatin1String("QUnifiedTimer::")))
             warnings.append(text);
     }
 
