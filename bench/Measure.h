@@ -141,7 +141,8 @@ public:
         if (pipe2(ends, O_CLOEXEC) != 0)
             std::exit(1);
         m_child =
-            start({binFolder + "/varnel-practice-host", "--port", "0", "--pace", "0", "--quiet"}, ends[1]);
+            start({binFolder + "/varnel-practice-host", "--port", "0", "--pace", "0", "--quiet", "--whole"},
+                  ends[1]);
         close(ends[1]);
         std::string line;
         char byte = 0;

@@ -160,7 +160,9 @@ void PracticeHost::answerVersion(const Exchange& exchange)
 
 void PracticeHost::answerChatRequest(const Exchange& exchange)
 {
-    const ChatRequest request = decodeChatRequest(exchange->body());
+    ChatRequest request = decodeChatRequest(exchange->body());
+    if (!m_limitsReplies)
+        request.pieceLimit.reset();
     const PracticeModel* model = m_shelf.find(request.model);
     if (!model) {
         replyError(*exchange, 404,

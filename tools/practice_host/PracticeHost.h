@@ -24,6 +24,8 @@ public:
     /// Begins to listen on 127.0.0.1. Throws Error if the port cannot be had.
     /// @param port 0 for any free one.
     void listen(quint16 port = 0) { m_server.listen(port); }
+    /// Whether a reply ends at the length that a request asks for (num_predict).
+    void setLimitsReplies(bool limits) { m_limitsReplies = limits; }
     quint16 port() const { return m_server.port(); }
     QUrl url() const { return m_server.url(); }
 
@@ -48,6 +50,7 @@ private:
     void answerWebFetch(const Exchange& exchange);
 
     PracticePace m_pace;
+    bool m_limitsReplies = true;
     Log m_log;
     ModelShelf m_shelf;
     /// The model that was asked last, the only one that counts as loaded.

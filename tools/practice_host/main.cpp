@@ -17,6 +17,7 @@ struct Arguments
     quint16 port = 0;
     PracticePace pace;
     bool quiet = false;
+    bool whole = false;
 };
 
 void print(std::FILE* file, const QString& text)
@@ -50,11 +51,14 @@ std::optional<Arguments> readArguments(const QStringList& words)
         QStringLiteral("MS"), QStringLiteral("40"));
     const QCommandLineOption quiet(QStringLiteral("quiet"),
                                    QStringLiteral("Print no line for each request."));
+    const QCommandLineOption whole(
+        QStringLiteral("whole"),
+        QStringLiteral("Send whole replies, however short they were asked for; for measuring."));
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral(
         "Speaks the API of an Ollama host with scripted replies; there is no model behind it."));
     const QCommandLineOption help = parser.addHelpOption();
-    parser.addOptions({port, pace, quiet});
+    parser.addOptions({port, pace, quiet, whole});
     if (!parser.parse(words))
         throw Error(parser.errorText() + QLatin1Char('.'));
     if (parser.isSet(help)) {
@@ -67,6 +71,7 @@ std::optional<Arguments> readArguments(const QStringList& words)
     arguments.port = static_cast<quint16>(numberOf(parser, port, 65535));
     arguments.pace.piece = std::chrono::milliseconds(numberOf(parser, pace, 60'000));
     arguments.quiet = parser.isSet(quiet);
+    arguments.whole = parser.isSet(whole);
     return arguments;
 }
 
@@ -89,6 +94,7 @@ int main(int argc, char** argv)
     if (!arguments->quiet)
         log = [](const QString& line) { print(stdout, line); };
     PracticeHost host(arguments->pace, log);
+    host.setLimitsReplies(!arguments->whole);
     try {
         host.listen(arguments->port);
     } catch (const Error& error) {
