@@ -113,6 +113,29 @@ private Q_SLOTS:
         QVERIFY(fixture.shows("Keyboard shortcuts"));
     }
 
+    void arrowsGoFromEntryToEntry()
+    {
+        SheetFixture fixture;
+        fixture.open();
+        QVERIFY(fixture.click("Menu"));
+        const auto label = [&fixture] {
+            QObject* const item = fixture.window->activeFocusItem();
+            return item ? item->property("text").toString() : QString();
+        };
+        QStringList entries;
+        for (int i = 0; i < 5; ++i) {
+            fixture.press(Qt::Key_Down);
+            entries.append(label());
+        }
+        QCOMPARE(entries.at(1), QStringLiteral("Find in the conversation"));
+        QCOMPARE(entries.at(2), QStringLiteral("Export as Markdown…"));
+        QVERIFY(!entries.contains(QString()));
+        fixture.press(Qt::Key_Up);
+        fixture.press(Qt::Key_Up);
+        fixture.press(Qt::Key_Up);
+        QCOMPARE(label(), entries.at(1));
+    }
+
     void aPageThatIsReadIsStopped_data()
     {
         QTest::addColumn<bool>("byKey");

@@ -19,7 +19,8 @@ T.Menu {
         implicitHeight: contentHeight
         // In a low window it scrolls.
         interactive: contentHeight > height
-        keyNavigationEnabled: true
+        // The menu does that itself and leaves out what separates.
+        keyNavigationEnabled: false
         currentIndex: menu.currentIndex
         model: menu.contentModel
     }
