@@ -6,6 +6,7 @@
 #include "app/WindowModule.h"
 #include "base/HttpClient.h"
 #include "base/SecretStore.h"
+#include "base/Text.h"
 #include "store/Preferences.h"
 #include "store/RuntimeFolder.h"
 
@@ -64,7 +65,7 @@ int run(int argc, char** argv)
 {
     QStringList arguments;
     for (int i = 1; i < argc; ++i)
-        arguments.append(QString::fromUtf8(argv[i]));
+        arguments.append(textOf(argv[i]));
 
     switch (chooseMode(processEnvironment, arguments)) {
     case CommandMode::Askpass: {

@@ -93,6 +93,10 @@ Task<std::optional<QByteArray>> HttpResponse::next()
 {
     return HttpTransfer::next(m_transfer);
 }
+void HttpResponse::hold(bool isHeld)
+{
+    m_transfer->hold(isHeld);
+}
 Task<QByteArray> HttpResponse::readAll(qint64 limit)
 {
     return readWhole(m_transfer, limit);

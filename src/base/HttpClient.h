@@ -65,6 +65,9 @@ public:
     /// The next bytes of the body, decoded; nothing at its end. What arrived before a failure is handed out
     /// first. Throws TransportError or Cancelled.
     Task<std::optional<QByteArray>> next();
+    /// While it is held, not much more is read ahead: for a reader that has enough to do and gives way to
+    /// others for a moment. One that is not held may fall 32 MiB behind before the sender has to wait.
+    void hold(bool isHeld);
     /// The whole body. Throws TransportError, also when the body is longer than `limit` bytes.
     Task<QByteArray> readAll(qint64 limit);
     /// The body, or its first `limit` bytes if it is longer or the connection fails; for texts of error

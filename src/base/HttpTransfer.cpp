@@ -145,6 +145,10 @@ std::size_t HttpTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
     auto& self = *static_cast<HttpTransfer*>(transfer);
     const std::size_t length = size * count;
     self.m_lastActivity = steady_clock::now();
+    if (self.m_received.size() >= (self.m_isHeld ? heldLimit : unreadLimit)) {
+        self.m_isPaused = true; // these bytes come again
+        return CURL_WRITEFUNC_PAUSE;
+    }
     if (self.m_request.bodyLimit && self.m_bodyLength + qint64(length) >= *self.m_request.bodyLimit) {
         self.m_received.append(bytes, *self.m_request.bodyLimit - self.m_bodyLength);
         self.m_bodyLength = *self.m_request.bodyLimit;
@@ -153,10 +157,6 @@ std::size_t HttpTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
         return 0;
     }
     self.m_bodyLength += qint64(length);
-    if (self.m_received.size() + static_cast<qsizetype>(length) > unreadLimit) {
-        self.m_bodyTooLong = true;
-        return 0;
-    }
     self.m_received.append(bytes, static_cast<qsizetype>(length));
     self.m_wakeup.notify();
     return length;
@@ -182,6 +182,8 @@ int HttpTransfer::onReadyToSend(void* transfer, char*, char*, int, int)
 
 void HttpTransfer::checkIdle()
 {
+    if (m_isPaused) // it is this side that keeps the other waiting
+        m_lastActivity = steady_clock::now();
     const auto idle = steady_clock::now() - m_lastActivity;
     if (idle < m_request.idleTimeout) {
         m_idleTimer.start(ceil<milliseconds>(m_request.idleTimeout - idle));
@@ -254,10 +256,20 @@ Task<std::optional<QByteArray>> HttpTransfer::next(std::shared_ptr<HttpTransfer>
     if (transfer->m_stop.stop_requested())
         throw Cancelled();
     if (!transfer->m_received.isEmpty())
-        co_return std::exchange(transfer->m_received, QByteArray());
+        co_return transfer->takeReceived();
     if (transfer->m_failure)
         std::rethrow_exception(transfer->m_failure);
     co_return std::nullopt;
+}
+
+QByteArray HttpTransfer::takeReceived()
+{
+    QByteArray bytes = std::exchange(m_received, QByteArray());
+    if (std::exchange(m_isPaused, false) && !m_finished) {
+        m_lastActivity = steady_clock::now();
+        curl_easy_pause(m_handle, CURLPAUSE_CONT);
+    }
+    return bytes;
 }
 
 /// What kept a connection from being made.
@@ -301,7 +313,7 @@ TransportError HttpTransfer::describe(CURLcode result) const
     using Kind = TransportError::Kind;
     if (m_headTooLong || (result == CURLE_OUT_OF_MEMORY && !m_headComplete))
         return {Kind::TooLarge, QStringLiteral("%1 sent more headers than can be taken.").arg(peer())};
-    if (m_bodyTooLong)
+    if (result == CURLE_OUT_OF_MEMORY) // libcurl unpacks on while it is paused, up to a limit of its own
         return {Kind::TooLarge,
                 QStringLiteral("The reply of %1 unpacks to more than can be taken.").arg(peer())};
     switch (result) {

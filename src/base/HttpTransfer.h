@@ -20,9 +20,11 @@ class CurlSession;
 class HttpTransfer
 {
 public:
-    /// How much of a body may lie here unread, in bytes. It is read at every turn of the event loop, so only
-    /// one that unpacks to a thousand times its size comes that far.
+    /// How much of a body may lie here unread, in bytes, before its socket is left alone: a reader that is
+    /// slow holds nobody up until then, and one that has stopped costs no more than that.
     static constexpr qsizetype unreadLimit = 32 * 1024 * 1024;
+    /// The same while it is held.
+    static constexpr qsizetype heldLimit = 1024 * 1024;
 
     /// @param proxy where to connect through: nothing leaves it to the environment, empty means directly.
     HttpTransfer(std::shared_ptr<CurlSession> session, HttpRequest request,
@@ -42,6 +44,8 @@ public:
     static Task<void> head(std::shared_ptr<HttpTransfer> transfer);
     /// HttpResponse::next().
     static Task<std::optional<QByteArray>> next(std::shared_ptr<HttpTransfer> transfer);
+    /// HttpResponse::hold().
+    void hold(bool isHeld) { m_isHeld = isHeld; }
 
     /// Called by the session when libcurl is done with the transfer.
     void complete(CURLcode result);
@@ -56,6 +60,7 @@ private:
     void configureRequest();
     void pinAddress();
     bool takeHeaderLine(QByteArrayView line);
+    QByteArray takeReceived();
     void checkIdle();
     void fail(std::exception_ptr failure);
     void end();
@@ -74,13 +79,14 @@ private:
     int m_status = 0;
     bool m_headComplete = false;
     bool m_headTooLong = false;
-    bool m_bodyTooLong = false;
     bool m_bodyLimitReached = false;
     qsizetype m_headLength = 0;
     qint64 m_bodyLength = 0;
     std::vector<HttpHeader> m_headers;
 
     QByteArray m_received;
+    bool m_isHeld = false;
+    bool m_isPaused = false;
     bool m_finished = false;
     std::exception_ptr m_failure;
     int m_timesSent = 0;

@@ -1,6 +1,7 @@
 #include "base/JsonReader.h"
 
 #include "base/JsonSyntax.h"
+#include "base/Text.h"
 
 #include <cmath>
 #include <limits>
@@ -79,8 +80,7 @@ std::string_view JsonValue::utf8() const
 
 QString JsonValue::string() const
 {
-    const std::string_view value = utf8();
-    return QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
+    return textOf(utf8());
 }
 
 JsonObject JsonValue::object() const
@@ -129,15 +129,23 @@ JsonParser::~JsonParser() = default;
 
 JsonValue JsonParser::parse(std::string_view text)
 {
-    if (text.empty()) // it may have no address either, which the parser would copy from
-        return parseRepaired(text);
     simdjson::dom::element root;
-    if (m_parser->parse(text.data(), text.size(), true).get(root) == simdjson::SUCCESS)
+    // A text that is empty may have no address either, which the parser would copy from.
+    if (!text.empty() && m_parser->parse(text.data(), text.size(), true).get(root) == simdjson::SUCCESS)
         return JsonValue(root);
-    return parseRepaired(text);
+    if (const std::optional<JsonValue> value = parseRepaired(text))
+        return *value;
+    throw DecodeError(QString(), describeJsonSyntaxProblem(text));
 }
 
 JsonValue JsonParser::parsePadded(std::string_view text)
+{
+    if (const std::optional<JsonValue> value = tryPadded(text))
+        return *value;
+    throw DecodeError(QString(), describeJsonSyntaxProblem(text));
+}
+
+std::optional<JsonValue> JsonParser::tryPadded(std::string_view text)
 {
     simdjson::dom::element root;
     if (m_parser->parse(text.data(), text.size(), false).get(root) == simdjson::SUCCESS)
@@ -145,14 +153,13 @@ JsonValue JsonParser::parsePadded(std::string_view text)
     return parseRepaired(text);
 }
 
-JsonValue JsonParser::parseRepaired(std::string_view text)
+std::optional<JsonValue> JsonParser::parseRepaired(std::string_view text)
 {
-    if (const auto repaired = replaceEscapedLoneSurrogates(text)) {
-        simdjson::dom::element root;
-        if (m_parser->parse(repaired->data(), repaired->size(), true).get(root) == simdjson::SUCCESS)
-            return JsonValue(root);
-    }
-    throw DecodeError(QString(), describeJsonSyntaxProblem(text));
+    simdjson::dom::element root;
+    const auto repaired = replaceEscapedLoneSurrogates(text);
+    if (!repaired || m_parser->parse(repaired->data(), repaired->size(), true).get(root) != simdjson::SUCCESS)
+        return std::nullopt;
+    return JsonValue(root);
 }
 
 } // namespace varnel

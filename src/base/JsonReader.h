@@ -144,9 +144,11 @@ public:
     JsonValue parse(std::string_view text);
     /// The same without copying the text: `padding` bytes behind it, of any content, must be readable.
     JsonValue parsePadded(std::string_view text);
+    /// The same without looking for what is wrong: nothing if the text is not valid.
+    std::optional<JsonValue> tryPadded(std::string_view text);
 
 private:
-    JsonValue parseRepaired(std::string_view text);
+    std::optional<JsonValue> parseRepaired(std::string_view text);
 
     std::unique_ptr<simdjson::dom::parser> m_parser;
 };

@@ -18,6 +18,18 @@ QString wellFormed(QString text)
     return text;
 }
 
+QString textOf(std::string_view utf8)
+{
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    qsizetype marks = 0;
+    for (; utf8.starts_with(mark); ++marks)
+        utf8.remove_prefix(mark.size());
+    QString text = QString::fromUtf8(utf8.data(), static_cast<qsizetype>(utf8.size()));
+    if (marks > 0)
+        text.prepend(QString(marks, QChar(QChar::ByteOrderMark)));
+    return text;
+}
+
 bool isUtf8(std::string_view bytes)
 {
     return bytes.empty() || simdjson::validate_utf8(bytes.data(), bytes.size());

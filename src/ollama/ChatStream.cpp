@@ -94,7 +94,9 @@ Task<void> ChatStream::readMore()
 
 Task<void> ChatStream::takeTurn()
 {
+    m_response->hold(true);
     co_await m_wakeup.turn();
+    m_response->hold(false);
     m_turnBegan = std::chrono::steady_clock::now();
 }
 
@@ -108,7 +110,7 @@ void ChatStream::take(const LineSplitter::Line& line)
     if (line.text.empty() && !line.tooLong)
         return;
     const bool readable = isUtf8(line.text);
-    if (!readable && line.ended && !line.tooLong)
+    if (!readable && !line.tooLong && (line.ended || hasWholeBody()))
         throw OllamaError::api(QStringLiteral("Ollama returned an unreadable reply."));
     // What is no chunk is what a broken connection leaves behind, a character cut in two at the very end
     // included; what came before it stands.
@@ -117,18 +119,32 @@ void ChatStream::take(const LineSplitter::Line& line)
         return;
     ChatPiece piece;
     try {
-        piece = decodeChatPiece(m_parser.parsePadded(line.text));
+        const std::optional<JsonValue> value = m_parser.tryPadded(line.text);
+        if (!value)
+            return;
+        piece = decodeChatPiece(*value);
     } catch (const DecodeError&) {
         return;
     }
     m_progress = piece.done ? Progress::Done : Progress::Reading;
-    if (!piece.error.isEmpty())
-        throw OllamaError::api(piece.error);
+    if (!piece.error.isEmpty()) {
+        // What came before it is handed out first.
+        m_progress = Progress::Broken;
+        m_failure = std::make_exception_ptr(OllamaError::api(piece.error));
+        return;
+    }
     if (!piece.thinking.isEmpty())
         m_thinkBlock.expectNone();
     ThinkBlock::Parts content = m_thinkBlock.take(piece.content);
     m_thinking = piece.thinking + content.thinking;
     m_reply = std::move(content.reply);
+}
+
+/// Whether the body has come to an end that was announced, so that nothing of it can be missing.
+bool ChatStream::hasWholeBody() const
+{
+    return m_bodyEnded && !m_failure &&
+           !(m_response->header("Content-Length") + m_response->header("Transfer-Encoding")).isEmpty();
 }
 
 std::optional<ChatDelta> ChatStream::takeDelta()

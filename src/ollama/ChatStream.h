@@ -38,6 +38,7 @@ private:
     Task<void> readMore();
     Task<void> takeTurn();
     void take(const LineSplitter::Line& line);
+    bool hasWholeBody() const;
     std::optional<ChatDelta> takeDelta();
     bool takeRest();
     void finish();

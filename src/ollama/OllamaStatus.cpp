@@ -33,7 +33,7 @@ Task<OllamaError> errorOfStatus(HttpResponse& response)
     // An empty page says nothing, so the status speaks for it.
     if (text.isEmpty() || !isUtf8(text))
         co_return OllamaError::unreachable(QStringLiteral("HTTP %1").arg(response.status()));
-    co_return OllamaError::unreachable(QString::fromUtf8(text));
+    co_return OllamaError::unreachable(textOf({text.data(), static_cast<std::size_t>(text.size())}));
 }
 
 } // namespace varnel

@@ -235,6 +235,20 @@ private Q_SLOTS:
         QCOMPARE(await(whole.readAll(5000)).size(), 5000);
     }
 
+    void whoeverIsReadSlowlyWaits()
+    {
+        constexpr qsizetype size = 48 * 1024 * 1024; // more than is kept for a reader
+        HttpServer server(
+            [](const Exchange& exchange) { exchange->reply(200, "text/plain", QByteArray(size, 'x')); });
+        server.listen();
+        HttpClient http;
+        HttpRequest request = get(server.url());
+        request.idleTimeout = 300ms;
+        HttpResponse response = await(http.send(request, {}));
+        QTest::qWait(1000);
+        QCOMPARE(await(response.readAll(size)).size(), size);
+    }
+
     void redirectsAreNotFollowed()
     {
         HttpServer second([](const Exchange& exchange) { exchange->reply(200, "text/plain", "leaked"); });

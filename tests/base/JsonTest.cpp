@@ -274,6 +274,11 @@ private Q_SLOTS:
         QCOMPARE(read[3].toInteger(), std::numeric_limits<qint64>::min());
         QCOMPARE(QByteArray::fromBase64(read[4].toString().toLatin1()), bytes);
         QCOMPARE(read[5].toObject(), nested);
+
+        const QString marked = QStringLiteral(u"\uFEFF\uFEFFa\uFEFF");
+        JsonParser parser;
+        const QByteArray markedJson = compactJson([&](JsonWriter& writer) { writer.string(marked); });
+        QCOMPARE(parser.parse(view(markedJson)).string(), marked);
     }
 
     // The writer looks at several units at a time and takes long texts in pieces.

@@ -147,6 +147,11 @@ private Q_SLOTS:
         row("not UTF-8", hi + "\n{\"message\":{\"content\":\"\xff\"}}\n", "", "hi",
             "api: Ollama returned an unreadable reply.");
         row("error", hi + "\n{\"error\":\" out of memory\\n\"}\n" + hi, "", "hi", "api: out of memory");
+        row("error behind half a tag",
+            R"({"message":{"content":"a<th"}})"
+            "\n"
+            R"({"error":"x"})",
+            "", "a<th", "api: x");
         row("blank error", R"({"error":"  ","message":{"content":"hi"}})", "", "hi", "");
         row("done at once", R"({"message":{"content":""},"done":true})", "", "",
             "api: The model finished without a reply.");
@@ -169,6 +174,15 @@ private Q_SLOTS:
         QVERIFY(replyTo(chunkedAnswer(body)) == expected);
         if (body.size() < 1000)
             QVERIFY(replyTo(chunkedAnswer(body), 1) == expected);
+    }
+
+    void aBodyThatCannotBeCutHasNoCutLine()
+    {
+        const QByteArray body = R"({"message":{"content":"hi"}})"
+                                "\n{\"x\":\"\xff\"}";
+        QCOMPARE(replyTo(chunkedAnswer(body)).end,
+                 QStringLiteral("api: Ollama returned an unreadable reply."));
+        QCOMPARE(replyTo(okUntilClose + body).end, QString());
     }
 
     void reasoningInTheContentIsTakenOut_data()
