@@ -86,6 +86,8 @@ Task<void> AppModel::followConnection(std::stop_token stop)
         co_return; // whoever stopped it says what is to be said
     } catch (const Error& error) {
         failureText = error.message();
+        if (m_isOpeningTunnel && m_tunnel.isRunning())
+            dropTunnel(); // one that is of no use
     }
     m_isOpeningTunnel = false;
     if (!failureText.isEmpty())

@@ -2,6 +2,8 @@
 
 #include "base/Error.h"
 
+#include <algorithm>
+
 namespace varnel {
 
 namespace {
@@ -12,12 +14,31 @@ using namespace std::chrono_literals;
 constexpr auto provingTime = 1500ms;
 constexpr auto longestLogin = 20s;
 constexpr auto betweenLooks = 100ms;
+constexpr int looksBetweenListings = 10;
 
 /// Whoever stopped it took ssh away, whose absence then means nothing.
 void throwIfStopped(const std::stop_token& stop)
 {
     if (stop.stop_requested())
         throw Cancelled();
+}
+
+Error portInUse(int port, const QString& host)
+{
+    return Error(QStringLiteral("Local port %1 is already in use, so the tunnel to %2 could not open.")
+                     .arg(QString::number(port), host));
+}
+
+/// Whether ssh listens on the port, but not where requests go: somebody took 127.0.0.1 while it logged in,
+/// and it is content with ::1.
+Task<bool> missedItsPlace(const TunnelController& tunnel, const TunnelPort& port, int local,
+                          std::stop_token stop)
+{
+    const std::vector<TunnelPort::Occupant> occupants = co_await port.occupants(local, stop);
+    const bool listens =
+        std::any_of(occupants.begin(), occupants.end(),
+                    [&tunnel](const TunnelPort::Occupant& each) { return each.pid == tunnel.processId(); });
+    co_return listens && !(co_await tunnel.isListening(stop));
 }
 
 } // namespace
@@ -51,8 +72,7 @@ Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Cl
     const bool isHeld =
         !(co_await port.occupants(local, stop)).empty() || co_await port.isBlocked(local, stop);
     if (isHeld)
-        throw Error(QStringLiteral("Local port %1 is already in use, so the tunnel to %2 could not open.")
-                        .arg(QString::number(local), host));
+        throw portInUse(local, host);
     co_await tunnel.start(settings, stop);
     bool isRunning = co_await tunnel.waitUntilStable(provingTime, stop);
     throwIfStopped(stop);
@@ -60,9 +80,11 @@ Task<void> openTunnel(TunnelController& tunnel, const TunnelPort& port, const Cl
         observer.onStarted();
         // A login that asks for a password takes longer than that.
         const steady_clock::time_point deadline = clock.steadyNow() + longestLogin;
-        while (clock.steadyNow() < deadline) {
+        for (int look = 1; clock.steadyNow() < deadline; ++look) {
             if (!tunnel.isRunning() || co_await tunnel.isListening(stop))
                 break;
+            if (look % looksBetweenListings == 0 && co_await missedItsPlace(tunnel, port, local, stop))
+                throw portInUse(local, host);
             co_await clock.sleepFor(betweenLooks, stop);
         }
         isRunning = tunnel.isRunning();

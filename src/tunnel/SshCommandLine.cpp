@@ -18,7 +18,10 @@ SshCommandLine parseSshCommandLine(const QStringList& words)
     bool optionsEnded = false;
     for (qsizetype i = 0; i < words.size(); ++i) {
         const QString& word = words[i];
-        if (optionsEnded || word.size() < 2 || !word.startsWith(QLatin1Char('-'))) {
+        // Behind the destination come more options, and then the command for the other side with options of
+        // its own.
+        if (optionsEnded || line.operands.size() > 1 || word.size() < 2 ||
+            !word.startsWith(QLatin1Char('-'))) {
             line.operands.append(word);
             continue;
         }

@@ -213,6 +213,11 @@ Task<bool> TunnelController::isListening(std::stop_token stop) const
                                          stop);
 }
 
+qint64 TunnelController::processId() const
+{
+    return isRunning() ? m_child->pid() : 0;
+}
+
 QString TunnelController::summary(const QString& output)
 {
     const QList<QStringView> lines = linesOf(output);

@@ -87,6 +87,8 @@ public:
     /// Whether the child itself listens on the local port, which is when a login has succeeded and the tunnel
     /// can be used. A child that hands its forward to a shared connection of the user's never does.
     Task<bool> isListening(std::stop_token stop) const;
+    /// The child's; 0 while none runs.
+    qint64 processId() const;
 
     /// One short line of what ssh printed, for a status text; empty if it printed nothing.
     static QString summary(const QString& output);

@@ -142,12 +142,18 @@ Task<QString> TunnelPort::runTool(const ProcessRunner& runner, QString program, 
 bool TunnelPort::isTunnel(const QString& command, const QString& forward, const QString& destination)
 {
     static const QRegularExpression blanks(QStringLiteral("\\s+"));
-    const QStringList words = command.split(blanks, Qt::SkipEmptyParts);
+    QStringList words = command.split(blanks, Qt::SkipEmptyParts);
     if (words.isEmpty() ||
         (words.first() != QLatin1String("ssh") && !words.first().endsWith(QLatin1String("/ssh"))))
         return false;
+    // The path of a key may hold blanks; what stands behind it in a line of ours tells where it ends.
+    const qsizetype key = words.indexOf(QLatin1String("-i")) + 1;
+    const qsizetype keyEnd = words.indexOf(QLatin1String("IdentitiesOnly=yes")) - 1;
+    if (key > 0 && keyEnd > key)
+        words.remove(key, keyEnd - key - 1);
     const SshCommandLine line = parseSshCommandLine(words.mid(1));
-    return line.forwards.contains(forward) && line.operands.contains(destination);
+    return line.forwards.contains(forward) && !line.operands.isEmpty() &&
+           line.operands.first() == destination;
 }
 
 } // namespace varnel

@@ -152,7 +152,12 @@ private Q_SLOTS:
         QTest::newRow("ours") << QLatin1String("/usr/bin/ssh ") + own << true;
         QTest::newRow("by hand") << "ssh me@gpu-box -fNL11434:127.0.0.1:11434" << true;
         QTest::newRow("key with blanks")
-            << "/usr/bin/ssh -N -i /a key/b c -L 11434:127.0.0.1:11434 me@gpu-box" << true;
+            << "/usr/bin/ssh -N -i /a key/b c -o IdentitiesOnly=yes -L 11434:127.0.0.1:11434 me@gpu-box"
+            << true;
+        QTest::newRow("said there") << "ssh -L 11434:127.0.0.1:11434 you@other echo me@gpu-box" << false;
+        QTest::newRow("by way of another") << "ssh -L 11434:127.0.0.1:11434 bastion "
+                                              "ssh -N -L 11434:127.0.0.1:11434 me@gpu-box"
+                                           << false;
         QTest::newRow("longer host") << QLatin1String("/usr/bin/ssh ") + own + QLatin1String("2") << false;
         QTest::newRow("longer user") << "/usr/bin/ssh -L 11434:127.0.0.1:11434 some@gpu-box,xme@gpu-box"
                                      << false;
