@@ -129,6 +129,17 @@ std::vector<Situation> webSituations()
          {text("DeepSeek returned an unexpected response")},
          {text("chat failed DeepSeek returned an unexpected response")},
          {text("one")}},
+        {"a provider gives a reason",
+         [](Stage& stage) {
+             answerFrom(stage, RemoteProvider::DeepSeek);
+             stage.profile.environment["DEEPSEEK_API_KEY"] = "secret";
+             stage.send(text("one"));
+             replyJson(stage, 200, "{\"error\":{\"message\":\"no credit for secret\"}}");
+         },
+         {text("DeepSeek returned an unexpected response")},
+         {text("chat failed DeepSeek returned an unexpected response"),
+          text("chat failed, the service said: no credit for •••")},
+         {text("one")}},
         {"a provider drops",
          [](Stage& stage) {
              answerFrom(stage, RemoteProvider::DeepSeek);
