@@ -1,10 +1,7 @@
-#include "engine/Stage.h"
-#include "practice_host/PracticeHost.h"
-#include "support/SshServer.h"
+#include "engine/TunnelStage.h"
 #include "tunnel/LoopbackPort.h"
 
-#include <QTcpServer>
-
+#include <csignal>
 #include <unistd.h>
 
 using namespace varnel;
@@ -18,13 +15,6 @@ QString text(const char* words)
     return QString::fromUtf8(words);
 }
 
-quint16 freePort()
-{
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    return server.serverPort();
-}
-
 ConnectionSettings direct(const QUrl& url)
 {
     ConnectionSettings settings;
@@ -36,53 +26,6 @@ ConnectionSettings direct(const QUrl& url)
 const QStringList connectedDirectly{text("<connecting>"), text("<connected>"),
                                     text("Connected to 127.0.0.1 · 2 models")};
 
-/// A model whose tunnel leads through a real server to a practice host; `ssh` is the real one.
-class TunnelStage
-{
-public:
-    TunnelStage()
-    {
-        practice.listen();
-        client.trust(server);
-        client.addHost(text("gpu-box"), server);
-        profile.programs.ssh = client.program();
-        settings.mode = ConnectionMode::SshTunnel;
-        settings.sshHost = text("gpu-box");
-        settings.sshUser = server.user();
-        settings.localPort = freePort();
-        leadTo(practice.port());
-        start();
-    }
-    void leadTo(quint16 port) { settings.remoteBind = QStringLiteral("127.0.0.1:%1").arg(port); }
-    void start()
-    {
-        model.reset();
-        profile.preferences.setConnection(settings);
-        model = std::make_unique<AppModel>(profile.services());
-        trace.entries.clear();
-        trace.follow(*model);
-    }
-    bool waitFor(LinkState state) const
-    {
-        return waitUntil([&] { return model->linkState() == state; }, 30s);
-    }
-    /// The lines of ssh, whose words are its own, apart from the fixed ones.
-    bool logged(const QStringList& expected) const { return matches(profile.logged(), expected, {}); }
-    QString forward() const
-    {
-        return QStringLiteral("%1:%2").arg(QString::number(settings.localPort), settings.remoteBind);
-    }
-
-    practice::PracticeHost practice{{.piece = 0ms, .slowStart = 0ms, .slowPiece = 0ms}};
-    SshClient client;
-    SshServer server{client};
-    SystemClock clock;
-    ModelProfile profile{clock};
-    ConnectionSettings settings;
-    Trace trace;
-    std::unique_ptr<AppModel> model;
-};
-
 const QString connecting = text("Connecting to gpu-box");
 
 /// How many ssh run that this test started.
@@ -93,6 +36,19 @@ int sshCount()
         QFile name(QStringLiteral("/proc/%1/comm").arg(pid));
         return name.open(QIODevice::ReadOnly) && name.readAll() == "ssh\n";
     }));
+}
+
+/// A tunnel of the stage's settings, as an earlier run leaves it, that does not hear that it should end.
+void leaveFrozenTunnel(QProcess& ssh, const TunnelStage& stage)
+{
+    ssh.start(stage.client.program(), sshArguments(stage.settings, SavedPassword::None));
+    const SystemProcessRunner runner;
+    Worker worker;
+    QVERIFY(waitUntil([&] {
+        const auto port = static_cast<int>(stage.settings.localPort);
+        return await(listensOnLoopback(runner, worker, ssh.processId(), port, {}));
+    }));
+    ::kill(static_cast<pid_t>(ssh.processId()), SIGSTOP);
 }
 
 } // namespace
@@ -242,10 +198,13 @@ private Q_SLOTS:
             << text("stranger")
             << failed(text("The tunnel to stranger did not stay open. Host key verification failed."))
             << QStringList{text("tunnel exited status=255 Host key verification failed.")};
-        QTest::newRow("a held port")
-            << text("held")
-            << failed(text("Local port PORT is already in use, so the tunnel to held could not open."))
-            << QStringList{};
+        for (const char* const name : {"held", "bound", "stale"}) {
+            QTest::addRow("a port that is %s", name)
+                << text(name)
+                << failed(text("Local port PORT is already in use, so the tunnel to %1 could not open.")
+                              .arg(text(name)))
+                << QStringList{};
+        }
         QTest::newRow("a host that would be an option")
             << text("-oProxyCommand=x") << failed(text("*")) << QStringList{};
     }
@@ -260,13 +219,26 @@ private Q_SLOTS:
         stage.leadTo(freePort());
         const SshServer stranger(stage.client);
         stage.client.addHost(text("stranger"), stranger);
-        stage.client.addHost(text("held"), stage.server);
+        stage.client.addHost(text("held bound stale"), stage.server);
+        const auto port = static_cast<quint16>(stage.settings.localPort);
         QTcpServer holder;
+        QTcpSocket silent;
+        QProcess stale;
         if (host == u"held")
-            holder.listen(QHostAddress::LocalHost, static_cast<quint16>(stage.settings.localPort));
+            QVERIFY(holder.listen(QHostAddress::LocalHost, port));
+        else if (host == u"bound")
+            QVERIFY(silent.bind(QHostAddress::LocalHost, port, QAbstractSocket::DontShareAddress));
+        else if (host == u"stale")
+            leaveFrozenTunnel(stale, stage);
         stage.start();
         stage.model->openConnection();
         QVERIFY(stage.waitFor(LinkState::Offline));
+        if (host == u"stale") {
+            QCOMPARE(sshCount(), 1); // that one, and none of ours
+            QCOMPARE(stale.state(), QProcess::Running);
+            ::kill(static_cast<pid_t>(stale.processId()), SIGCONT);
+            QVERIFY(waitUntil([&] { return stale.state() == QProcess::NotRunning; })); // it was asked to
+        }
         trace.replaceInStrings(text("PORT"), QString::number(stage.settings.localPort));
         QVERIFY(matches(stage.trace.entries, trace, {}));
         // On a slow machine ssh may fail after it was taken to be stable, and that stands in the log too.
