@@ -322,6 +322,15 @@ private Q_SLOTS:
         QCOMPARE(run.errors().count('\n'), 1);
         QVERIFY(run.errors().contains("no display"));
 
+        // Nor is there one where nobody answers.
+        for (const char* const name : {":987", "unix:987.0", "localhost:987", "none", ":"}) {
+            run.setVariable("WAYLAND_DISPLAY", QStringLiteral("nope"));
+            run.setVariable("DISPLAY", QString::fromLatin1(name));
+            QCOMPARE(run.run({}), 1);
+            QCOMPARE(run.errors().count('\n'), 1);
+            QVERIFY(run.errors().contains("no display"));
+        }
+
         run.setVariable("XCTestConfigurationFilePath", QString());
         run.start({});
         QVERIFY(!run.wait(std::chrono::milliseconds(300)));
