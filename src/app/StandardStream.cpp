@@ -43,6 +43,23 @@ void occupyClosedStreams()
     }
 }
 
+namespace {
+
+/// The reader has gone: end as every tool in a pipeline does.
+[[noreturn]] void endByBrokenPipe()
+{
+    std::signal(SIGPIPE, SIG_DFL);
+    // Whoever started the program may have blocked it; raised, it would only wait then.
+    sigset_t broken = {};
+    sigemptyset(&broken);
+    sigaddset(&broken, SIGPIPE);
+    pthread_sigmask(SIG_UNBLOCK, &broken, nullptr);
+    std::raise(SIGPIPE);
+    _exit(128 + SIGPIPE);
+}
+
+} // namespace
+
 StandardStream::StandardStream(int descriptor)
     : m_descriptor(descriptor)
     , m_isTerminal(isatty(descriptor) == 1)
@@ -65,9 +82,7 @@ void StandardStream::writeBytes(const QByteArray& bytes) const
             pollfd waiting{m_descriptor, POLLOUT, 0};
             poll(&waiting, 1, -1);
         } else if (errno == EPIPE) {
-            // The reader has gone: end as every tool in a pipeline does.
-            std::signal(SIGPIPE, SIG_DFL);
-            std::raise(SIGPIPE);
+            endByBrokenPipe();
         } else if (errno != EINTR) {
             throw Error(QStringLiteral("The output could not be written: %1.")
                             .arg(QString::fromLocal8Bit(std::strerror(errno))));

@@ -40,6 +40,8 @@ Task<TurnKeys> findKeys(CredentialWorker* credentials, AnswerBackend answer, Rem
         const auto key = co_await credentials->providerKey(provider, stop);
         keys.provider = key ? key->key : QString();
     }
+    if (isRemote && search == SearchSource::Provider && hasOwnSearch(provider))
+        co_return keys;
     if (search == SearchSource::Ollama || search == SearchSource::Provider)
         keys.ollama = co_await keyOf(credentials, searchKeyNames(SearchBackend::Ollama), stop);
     if (search == SearchSource::Brave || (search == SearchSource::Provider && keys.ollama.isEmpty()))

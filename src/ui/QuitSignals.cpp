@@ -17,8 +17,17 @@ constexpr std::array quittingSignals{SIGTERM, SIGINT, SIGHUP};
 /// The ends of a pipe: next to nothing else may be done in a signal handler but write to one.
 std::array<int, 2> ends{-1, -1};
 
-void noteSignal(int)
+/// Whose signals they are. A child has the handlers and the pipe too until it becomes another program.
+pid_t owner = -1;
+
+void noteSignal(int signal)
 {
+    if (getpid() != owner) {
+        // Meant for the child, which it ends as soon as this handler returns.
+        std::signal(signal, SIG_DFL);
+        std::raise(signal);
+        return;
+    }
     const char byte = 0;
     [[maybe_unused]] const ssize_t written = write(ends[1], &byte, 1);
 }
@@ -42,6 +51,7 @@ QuitSignals::QuitSignals()
 {
     if (pipe(ends.data()) != 0)
         return;
+    owner = getpid();
     for (const int end : ends) {
         fcntl(end, F_SETFD, FD_CLOEXEC);
         fcntl(end, F_SETFL, O_NONBLOCK);

@@ -13,17 +13,22 @@ qsizetype hostLength(const QString& address)
     return std::find_if(address.cbegin(), address.cend(), isEnd) - address.cbegin();
 }
 
+bool isBlank(QChar character)
+{
+    return character.isSpace();
+}
+
 /// What has to be in the text: the address without scheme, fragment and last slash, its host in lower case.
 QString essence(const QString& url)
 {
-    QString text = url.trimmed();
+    QString text = url;
     const qsizetype fragment = text.indexOf(u'#');
     if (fragment >= 0)
         text.truncate(fragment);
     const qsizetype scheme = text.indexOf(QLatin1String("://"));
     if (scheme >= 0)
         text.remove(0, scheme + 3);
-    while (text.endsWith(u'/'))
+    if (text.endsWith(u'/'))
         text.chop(1);
     const qsizetype host = hostLength(text);
     return text.left(host).toLower() + text.mid(host);
@@ -64,7 +69,11 @@ bool holds(const QString& text, const QString& address)
 
 bool KnownAddresses::contains(const QString& url) const
 {
-    const QString address = essence(url);
+    // A text ends every address at a blank: what goes on behind one is a sentence, and may be the user's.
+    const QString trimmed = url.trimmed();
+    if (std::any_of(trimmed.cbegin(), trimmed.cend(), isBlank))
+        return false;
+    const QString address = essence(trimmed);
     return !address.isEmpty() && std::any_of(m_texts.begin(), m_texts.end(), [&address](const QString& text) {
         return holds(text, address);
     });

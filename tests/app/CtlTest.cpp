@@ -245,6 +245,24 @@ private Q_SLOTS:
         QCOMPARE(run.errors(), "The output could not be written: No space left on device.\n");
     }
 
+    void goneReaderEndsItThoughTheSignalIsBlocked()
+    {
+        ProgramRun run;
+        run.process().setChildProcessModifier([] {
+            sigset_t broken = {};
+            sigemptyset(&broken);
+            sigaddset(&broken, SIGPIPE);
+            sigprocmask(SIG_BLOCK, &broken, nullptr);
+            int ends[2] = {};
+            if (::pipe(ends) == 0 && ::dup2(ends[1], 1) == 1)
+                ::close(ends[0]);
+        });
+        run.start({QStringLiteral("ctl")});
+        QVERIFY(run.wait());
+        QCOMPARE(run.process().exitStatus(), QProcess::CrashExit);
+        QCOMPARE(run.process().exitCode(), SIGPIPE);
+    }
+
     void closedStreamsAreNotTakenForOthers_data()
     {
         QTest::addColumn<int>("first");
@@ -303,6 +321,15 @@ private Q_SLOTS:
         QCOMPARE(run.output(), "");
         QCOMPARE(run.errors().count('\n'), 1);
         QVERIFY(run.errors().contains("no display"));
+
+        // Nor is there one where nobody answers.
+        for (const char* const name : {":987", "unix:987.0", "localhost:987", "none", ":"}) {
+            run.setVariable("WAYLAND_DISPLAY", QStringLiteral("nope"));
+            run.setVariable("DISPLAY", QString::fromLatin1(name));
+            QCOMPARE(run.run({}), 1);
+            QCOMPARE(run.errors().count('\n'), 1);
+            QVERIFY(run.errors().contains("no display"));
+        }
 
         run.setVariable("XCTestConfigurationFilePath", QString());
         run.start({});

@@ -119,6 +119,21 @@ std::vector<Situation> webSituations()
          {},
          {},
          {text("one"), text("hello")}},
+        {"a provider searches",
+         [](Stage& stage) {
+             static QSemaphore gate(100);
+             answerFrom(stage, RemoteProvider::Claude);
+             stage.model->setSearch(SearchSource::Provider);
+             stage.profile.secrets->items[text("CLAUDE_AI_API_KEY")] = "secret";
+             stage.profile.secrets->gate = &gate;
+             stage.send(text("one"));
+             // No other key is looked for: each may ask the user to unlock.
+             QCOMPARE(gate.available(), 99);
+             replyJson(stage, 200, "{\"content\":[{\"type\":\"text\",\"text\":\"found\"}]}");
+         },
+         {},
+         {},
+         {text("one"), text("found")}},
         {"a provider says nothing",
          [](Stage& stage) {
              answerFrom(stage, RemoteProvider::DeepSeek);

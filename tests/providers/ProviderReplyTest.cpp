@@ -110,8 +110,10 @@ private Q_SLOTS:
         row("in JSON", "a/b\"c+d", "{'key':'a\\/b\\\"c+d','again':'a/b\\\"c+d'}",
             "{'key':'•••','again':'•••'}");
         row("in a URL", "a/b+c", "?key=a%2Fb%2Bc&x", "?key=•••&x");
-        row("cut at the end", "sk-12345", "the key sk-123", "the key ");
-        row("a few characters are no key", "sk-12345", "no sk-", "no sk-");
+        row("spelt otherwise", "a/b+c", "a\\u002Fb+c a%2fb%2bc a\\/b\\u002bc %61/b+c A/b+c",
+            "••• ••• ••• ••• A/b+c");
+        row("of escapes itself", "%41\\", "%41\\ %2541%5c %41\\\\ A\\", "••• ••• ••• A\\");
+        row("a beginning in a whole text", "sk-12345", "the key sk-123", "the key sk-123");
     }
     void keysAreMasked()
     {
@@ -125,6 +127,18 @@ private Q_SLOTS:
             QCOMPARE(providerStatusError(request, 401, body).message(),
                      QStringLiteral("Gemini request failed: ") + detail);
         }
+    }
+
+    void beginningsOfKeysAreMaskedWhereTheTextIsCut()
+    {
+        const ProviderRequest request = requestOf(RemoteProvider::Gemini, "sk-1/345");
+        const auto ending = [&request](const QByteArray& tail) {
+            const QByteArray body = QByteArray(providerErrorLimit - tail.size(), ' ') + tail;
+            return providerStatusError(request, 401, body).message().right(5).trimmed();
+        };
+        for (const char* const tail : {"sk-1", "sk-1/34", "sk-1\\", "sk-1%2", "sk%2d1\\u002F", "sk-1/345"})
+            QCOMPARE(ending(tail), QStringLiteral(u"•••"));
+        QCOMPARE(ending("sk-"), QStringLiteral("sk-"));
     }
 };
 

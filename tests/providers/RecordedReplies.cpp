@@ -79,6 +79,12 @@ void addCompletions(std::vector<RecordedReply>& all)
                    "Hello", "", ""});
     all.push_back(
         {"completions, empty text", deepSeek, R"({"choices":[{"message":{"content":""}}]})", "", "", ""});
+    all.push_back(
+        {"completions, thinking alone", deepSeek,
+         R"({"choices":[{"finish_reason":"length","message":{"content":"","reasoning_content":"hm"}}]})", "",
+         "hm", ""});
+    all.push_back({"completions, empty end", deepSeek,
+                   R"({"choices":[{"finish_reason":"stop","message":{"content":""}}]})", "", "", ""});
     all.push_back({"completions, no output", openAi,
                    R"({"output":null,"choices":[{"message":{"content":"a"}}]})", "a", "", ""});
     all.push_back(
@@ -116,6 +122,9 @@ std::vector<RecordedReply> recordedRefusals()
     return {
         row("Claude, error", claude, R"({"type":"error","error":{"type":"x","message":"overloaded"}})",
             "overloaded"),
+        row("Claude, no blocks", claude, R"({"content":[],"stop_reason":"refusal"})", "refusal"),
+        row("Claude, error beside no blocks", claude,
+            R"({"content":[],"stop_reason":"x","error":{"message":"overloaded"}})", "overloaded"),
         row("Claude, text", claude, R"({"content":"text"})", ""),
         row("Gemini, blocked prompt", gemini, R"({"promptFeedback":{"blockReason":"SAFETY"}})", "SAFETY"),
         row("Gemini, no candidates", gemini, R"({"candidates":[]})", ""),
@@ -123,6 +132,11 @@ std::vector<RecordedReply> recordedRefusals()
             R"({"candidates":[{"finishReason":"RECITATION","finishMessage":"no"}]})", "RECITATION: no"),
         row("Gemini, no parts", gemini,
             R"({"candidates":[{"content":{"role":"model"},"finishReason":"MAX_TOKENS"}]})", "MAX_TOKENS"),
+        row("Gemini, empty parts", gemini,
+            R"({"candidates":[{"content":{"parts":[]},"finishReason":"SAFETY"}]})", "SAFETY"),
+        row("Gemini, empty text", gemini,
+            R"({"candidates":[{"content":{"parts":[{"text":""}]},"finishReason":"RECITATION"}]})",
+            "RECITATION"),
         row("responses, refusal", openAi,
             R"({"output":[{"type":"message","content":[{"type":"refusal","refusal":"I cannot."}]}]})",
             "I cannot."),
@@ -130,6 +144,8 @@ std::vector<RecordedReply> recordedRefusals()
             R"({"status":"failed","error":{"code":"server_error","message":"m"},"output":[]})", "m"),
         row("completions, refusal", openAi,
             R"({"choices":[{"message":{"content":null,"refusal":"I cannot."}}]})", "I cannot."),
+        row("completions, filtered", openAi,
+            R"({"choices":[{"finish_reason":"content_filter","message":{"content":""}}]})", "content_filter"),
         row("completions, null", deepSeek, R"({"choices":[{"message":{"content":null}}]})", ""),
         row("completions, no choices", openRouter,
             R"({"error":{"code":502,"message":"key secret-key is bad"}})",

@@ -181,6 +181,14 @@ private Q_SLOTS:
         row("https://example.org.evil.test/", "https://example.org/", false);
         row("例https://example.org/a。例", "https://example.org/a", true);
         row("", "https://example.org/", false);
+        row("https://example.org/a/", "https://example.org/a//", true);
+        row("https://example.org/a", "https://example.org/a//", false);
+        row("https://example.org/a", "\nhttps://example.org/a ", true);
+        const char* const sentence = "https://example.org/a and our figure: 42";
+        row(sentence, "https://example.org/a", true);
+        row(sentence, sentence, false);
+        for (const char* const blank : {"a\tb", "a\nb", "a\u00a0b", "a\u2028b", "a\u3000b"})
+            row(blank, blank, false);
     }
     void addressesAreKnownFromTexts()
     {

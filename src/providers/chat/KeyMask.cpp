@@ -1,6 +1,10 @@
 #include "providers/chat/KeyMask.h"
 
-#include <QStringList>
+#include <QVarLengthArray>
+
+#include <algorithm>
+#include <optional>
+#include <vector>
 
 namespace varnel {
 
@@ -21,46 +25,87 @@ QString keyOf(const ProviderRequest& request)
                                             : QString();
 }
 
-QString escaped(QString key)
+/// A way to write one character of a key. The digits of an escape are written in either case.
+struct Spelling
 {
-    key.replace(u'\\', QStringLiteral("\\\\"));
-    key.replace(u'"', QStringLiteral("\\\""));
-    return key;
+    QString text;
+    Qt::CaseSensitivity sensitivity = Qt::CaseSensitive;
+};
+
+using Spellings = std::vector<Spelling>;
+
+/// The ways in which services write a character: as it is, escaped for JSON, and percent-encoded.
+Spellings spellingsOf(char32_t character)
+{
+    const QString plain = QString::fromUcs4(&character, 1);
+    Spellings all{{.text = plain}};
+    if (QStringView(u"\"/\\").contains(plain))
+        all.push_back({.text = u'\\' + plain});
+    QString json;
+    for (const QChar unit : plain)
+        json += QStringLiteral("\\u%1").arg(static_cast<uint>(unit.unicode()), 4, 16, QLatin1Char('0'));
+    QString percent;
+    for (const char byte : plain.toUtf8())
+        percent += QLatin1Char('%') + QString::fromLatin1(QByteArray(1, byte).toHex());
+    all.push_back({.text = json, .sensitivity = Qt::CaseInsensitive});
+    all.push_back({.text = percent, .sensitivity = Qt::CaseInsensitive});
+    return all;
 }
 
-/// The ways in which services write a key.
-QStringList spellings(const QString& key)
+/// Where a key ends that begins the text, in whatever mixture of spellings; nothing if none does. In a text
+/// that was cut, what is left of it may be the beginning of the key only.
+std::optional<qsizetype> keyLength(QStringView text, const std::vector<Spellings>& key, TextEnd end)
 {
-    if (key.isEmpty())
-        return {};
-    QString solidus = escaped(key);
-    solidus.replace(u'/', QStringLiteral("\\/"));
-    QStringList all{key, QString::fromLatin1(QUrl::toPercentEncoding(key)), escaped(key), solidus};
-    all.removeDuplicates();
-    return all;
+    // After a percent sign or a backslash it may be open for a while how the key goes on.
+    QVarLengthArray<qsizetype, 8> places{0};
+    for (std::size_t done = 0; done < key.size(); ++done) {
+        QVarLengthArray<qsizetype, 8> next;
+        for (const qsizetype place : places) {
+            const QStringView rest = text.sliced(place);
+            for (const auto& [spelling, sensitivity] : key[done]) {
+                const bool isTelling = end == TextEnd::Cut && done >= tellingLength;
+                if (isTelling && QStringView(spelling).startsWith(rest, sensitivity))
+                    return text.size();
+                const qsizetype after = place + spelling.size();
+                if (rest.startsWith(spelling, sensitivity) && !next.contains(after))
+                    next.append(after);
+            }
+        }
+        if (next.isEmpty())
+            return std::nullopt;
+        places = std::move(next);
+    }
+    return *std::max_element(places.cbegin(), places.cend());
 }
 
 } // namespace
 
-QString withoutKey(QString text, const QString& key)
+QString withoutKey(const QString& text, const QString& key, TextEnd end)
 {
-    const QStringList all = spellings(key);
-    for (const QString& spelling : all)
-        text.replace(spelling, QStringLiteral(u"•••"));
-    for (const QString& spelling : all) {
-        for (qsizetype length = spelling.size() - 1; length >= tellingLength; --length) {
-            if (text.endsWith(QStringView(spelling).first(length))) {
-                text.chop(length);
-                break;
-            }
+    std::vector<Spellings> spellings;
+    for (const char32_t character : key.toStdU32String())
+        spellings.push_back(spellingsOf(character));
+    if (spellings.empty())
+        return text;
+    QString masked;
+    qsizetype taken = 0;
+    for (qsizetype at = 0; at < text.size();) {
+        if (const auto length = keyLength(QStringView(text).sliced(at), spellings, end)) {
+            masked += QStringView(text).sliced(taken, at - taken);
+            masked += QStringLiteral(u"•••");
+            at += *length;
+            taken = at;
+        } else {
+            ++at;
         }
     }
-    return text;
+    masked += QStringView(text).sliced(taken);
+    return masked;
 }
 
-QString withoutKey(QString text, const ProviderRequest& request)
+QString withoutKey(const QString& text, const ProviderRequest& request, TextEnd end)
 {
-    return withoutKey(std::move(text), keyOf(request));
+    return withoutKey(text, keyOf(request), end);
 }
 
 } // namespace varnel

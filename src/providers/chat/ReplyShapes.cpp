@@ -50,6 +50,16 @@ QString geminiReason(const JsonObject& reply, const std::optional<JsonObject>& c
                     : QString();
 }
 
+/// The answer, or the reason why it holds nothing.
+ReadReply answerOrReason(ProviderAnswer answer, const QString& reason)
+{
+    const bool isEmpty = answer.text.isEmpty() && answer.thinking.isEmpty() && answer.toolCalls.empty() &&
+                         answer.sources.empty();
+    if (isEmpty && !reason.isEmpty())
+        return NoAnswer{reason};
+    return answer;
+}
+
 /// Reads one item of "output". Items of reasoning hold texts too, which are no part of the answer.
 void readOutputItem(const JsonObject& item, ProviderAnswer& answer, QString& refusal)
 {
@@ -124,7 +134,15 @@ std::optional<QString> contentOf(const JsonObject& message)
     return text;
 }
 
-ReadReply readMessage(const JsonObject& message, const JsonValue& raw, const QString& error)
+/// Why a choice ended, if it was not the model that came to its end.
+QString cutReason(const JsonObject& choice)
+{
+    const QString reason = textIn(choice, "finish_reason");
+    return reason == QLatin1String("stop") ? QString() : reason;
+}
+
+ReadReply readMessage(const JsonObject& message, const JsonValue& raw, const QString& error,
+                      const QString& reason)
 {
     ProviderAnswer answer;
     const std::optional<QString> content = contentOf(message);
@@ -134,9 +152,11 @@ ReadReply readMessage(const JsonObject& message, const JsonValue& raw, const QSt
     if (!answer.text.isEmpty() || !answer.toolCalls.empty())
         return answer;
     const QString refusal = textIn(message, "refusal").trimmed();
-    if (!refusal.isEmpty() || !error.isEmpty() || !content)
-        return NoAnswer{refusal.isEmpty() ? error : refusal};
-    return answer;
+    if (!refusal.isEmpty())
+        return NoAnswer{refusal};
+    if (!error.isEmpty() || !content)
+        return NoAnswer{error.isEmpty() ? reason : error};
+    return answerOrReason(std::move(answer), reason);
 }
 
 } // namespace
@@ -155,7 +175,8 @@ ReadReply readClaudeReply(const JsonObject& reply)
         for (const JsonObject& result : objectsIn(block, "content"))
             addSource(answer, result, "url");
     }
-    return answer;
+    const QString error = errorIn(reply);
+    return answerOrReason(std::move(answer), error.isEmpty() ? textIn(reply, "stop_reason") : error);
 }
 
 ReadReply readGeminiReply(const JsonObject& reply)
@@ -179,7 +200,7 @@ ReadReply readGeminiReply(const JsonObject& reply)
                 addSource(answer, *web, "uri");
         }
     }
-    return answer;
+    return answerOrReason(std::move(answer), geminiReason(reply, candidate));
 }
 
 ReadReply readOpenAiReply(const JsonObject& reply)
@@ -189,11 +210,12 @@ ReadReply readOpenAiReply(const JsonObject& reply)
     const std::vector<JsonObject> choices = objectsIn(reply, "choices");
     const std::optional<JsonObject> message =
         choices.empty() ? std::nullopt : objectIn(choices.front(), "message");
-    const QString error = errorIn(reply);
+    QString error = errorIn(reply);
+    if (error.isEmpty() && !choices.empty())
+        error = errorIn(choices.front());
     if (!message)
-        return NoAnswer{choices.empty() || !error.isEmpty() ? error : errorIn(choices.front())};
-    return readMessage(*message, *choices.front().find("message"),
-                       error.isEmpty() ? errorIn(choices.front()) : error);
+        return NoAnswer{error};
+    return readMessage(*message, *choices.front().find("message"), error, cutReason(choices.front()));
 }
 
 } // namespace varnel
