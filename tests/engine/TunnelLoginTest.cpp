@@ -108,6 +108,21 @@ private Q_SLOTS:
         QVERIFY(stage.logged(lines));
     }
 
+    void aPortThatIsTakenDuringALoginIsNotAsked()
+    {
+        TunnelStage stage;
+        stage.server.setFrozen(true);
+        stage.model->openConnection();
+        QVERIFY(waitUntil([&] { return stage.model->tunnelIsUp(); }));
+        QTcpServer taker;
+        QVERIFY(taker.listen(QHostAddress::LocalHost, static_cast<quint16>(stage.settings.localPort)));
+        stage.server.setFrozen(false);
+        QVERIFY(stage.waitFor(LinkState::Offline));
+        // Where there is no ::1, it is ssh that says so.
+        QVERIFY(stage.model->statusMessage().contains(text("already in use")));
+        QVERIFY(!stage.model->tunnelIsUp() && !taker.hasPendingConnections());
+    }
+
     void secretsAreLeftNowhere()
     {
         const QTemporaryDir runtime;
