@@ -80,10 +80,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("isLoopback");
         for (const char* const host : {"localhost", "LOCALHOST.", "a.localhost", "127.0.0.1", "127.255.0.9",
-                                       "::1", "::ffff:127.0.0.1"})
+                                       "::1", "::ffff:127.0.0.1", "0.0.0.0", "::"})
             QTest::newRow(host) << true;
         for (const char* const host : {"", "localhost.example", "127.0.0.1.example", "127.0.0.256",
-                                       "128.0.0.1", "127.a.b.c", "gpu-box", "::2"})
+                                       "128.0.0.1", "127.a.b.c", "0.0.0.1", "gpu-box", "::2"})
             QTest::newRow(host) << false;
     }
     void loopbackHosts()
