@@ -255,7 +255,7 @@ private Q_SLOTS:
         for (int round = 1; round <= 2; ++round) { // twice within the same second
             writeFile(file, content);
             Preferences preferences(file);
-            QVERIFY(preferences.problem()->contains(file));
+            QVERIFY(preferences.problem().value_or(QString()).contains(file));
             QCOMPARE(preferences.temperature(), 0.7);
             QCOMPARE(preferences.connection(), ConnectionSettings());
             QCOMPARE(readFile(file), content);
