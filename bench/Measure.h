@@ -83,6 +83,17 @@ inline Run runOnce(const std::vector<std::string>& command)
     return finish(start(command), started);
 }
 
+/// A command that fails ends the benchmark: its figures would be those of something else.
+inline Run runToSuccess(const std::vector<std::string>& command)
+{
+    const Run run = runOnce(command);
+    if (run.status != 0) {
+        std::fprintf(stderr, "%s ended with status %d\n", command[0].c_str(), run.status);
+        std::exit(1);
+    }
+    return run;
+}
+
 /// Runs the commands in turn, A B C A B C …, after one round that does not count.
 inline std::vector<std::vector<Run>> runInTurn(const std::vector<std::vector<std::string>>& commands,
                                                int rounds)
@@ -90,11 +101,7 @@ inline std::vector<std::vector<Run>> runInTurn(const std::vector<std::vector<std
     std::vector<std::vector<Run>> runs(commands.size());
     for (int round = -1; round < rounds; ++round) {
         for (std::size_t i = 0; i < commands.size(); ++i) {
-            const Run run = runOnce(commands[i]);
-            if (run.status != 0) {
-                std::fprintf(stderr, "%s ended with status %d\n", commands[i][0].c_str(), run.status);
-                std::exit(1);
-            }
+            const Run run = runToSuccess(commands[i]);
             if (round >= 0)
                 runs[i].push_back(run);
         }
@@ -131,7 +138,8 @@ inline void reportSkipped(const std::string& name, const char* unit, const char*
     std::fflush(stdout);
 }
 
-/// The practice host on a free port, for the life of this object.
+/// The practice host on a free port, for the life of this object, or until the program exits: a failure that
+/// ends the benchmark on the spot destroys no object. There is one at a time.
 class PracticeHost
 {
 public:
@@ -143,6 +151,11 @@ public:
         m_child =
             start({binFolder + "/varnel-practice-host", "--port", "0", "--pace", "0", "--quiet", "--whole"},
                   ends[1]);
+        running() = m_child;
+        std::atexit([] {
+            if (running() > 0)
+                kill(running(), SIGTERM);
+        });
         close(ends[1]);
         std::string line;
         char byte = 0;
@@ -161,6 +174,7 @@ public:
     ~PracticeHost()
     {
         kill(m_child, SIGTERM);
+        running() = -1;
         waitpid(m_child, nullptr, 0);
         close(m_output);
     }
@@ -169,6 +183,12 @@ public:
     std::string port() const { return m_url.substr(m_url.rfind(':') + 1); }
 
 private:
+    static pid_t& running()
+    {
+        static pid_t child = -1;
+        return child;
+    }
+
     pid_t m_child = -1;
     int m_output = -1;
     std::string m_url;

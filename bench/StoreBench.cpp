@@ -201,7 +201,7 @@ void measure(const std::string& self, const std::string& peers, int mebibytes)
     const QTemporaryDir scratch(QDir::tempPath() + QStringLiteral("/varnel-bench-store"));
     const std::string folder = scratch.path().toStdString();
     const std::string size = std::to_string(mebibytes);
-    runOnce({self, "make", folder, size, std::to_string(mebibytes == 200 ? 5000 : mebibytes * 25)});
+    runToSuccess({self, "make", folder, size, std::to_string(mebibytes == 200 ? 5000 : mebibytes * 25)});
     const auto part = [&](const char* role) { return "'" + self + "' " + role + " '" + folder + "'"; };
     const std::string node =
         "node '" + peers + "/json-roundtrip.js' '" + folder + "/sessions.json' '" + folder + "/node.json'";

@@ -22,7 +22,8 @@ struct CtlContext
 };
 
 /// `varnel ctl …`: runs the command that `arguments`, without "ctl", name, and yields the exit status, 0
-/// or 1. Failures are written to the error stream, one line each.
+/// or 1. What went wrong is written to the error stream, one line each: what ended the command, and before it
+/// preferences that cannot be read, which do not end it.
 Task<int> runCtl(QStringList arguments, CtlContext context);
 
 } // namespace varnel

@@ -4,6 +4,7 @@
 #include <linux/close_range.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <limits>
 
 namespace varnel {
@@ -14,7 +15,11 @@ void closeDescriptorsOnExec() noexcept
     if (::close_range(first, std::numeric_limits<unsigned>::max(), CLOSE_RANGE_CLOEXEC) == 0)
         return;
     // Kernels before 5.11, and sandboxes that forbid the call.
-    const long count = ::sysconf(_SC_OPEN_MAX);
+    // Containers may allow a thousand million descriptors, or say nothing of a limit; far fewer are ever open
+    // here, because numbers are given from the lowest free one.
+    constexpr long enough = 65536;
+    const long limit = ::sysconf(_SC_OPEN_MAX);
+    const long count = limit < 0 ? enough : std::min(limit, enough);
     for (int descriptor = first; descriptor < count; ++descriptor)
         ::fcntl(descriptor, F_SETFD, FD_CLOEXEC);
 }

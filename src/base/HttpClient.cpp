@@ -4,13 +4,41 @@
 #include "base/HttpTransfer.h"
 #include "base/SystemProxy.h"
 
+#include <QTimer>
+
 namespace varnel {
 
 namespace {
 
+/// What the desktop answers within the limit. A look-up that hangs, such as one for a script on a server that
+/// is gone, is given up, and the host is reached directly, as browsers do when that script cannot be had:
+/// where a proxy is the only way out, connecting then fails and says so.
+Task<QByteArray> askDesktop(std::shared_ptr<CurlSession> session, QUrl url, std::chrono::milliseconds limit,
+                            std::stop_token stop)
+{
+    std::stop_source end;
+    const std::stop_callback forward(stop, [&end] { end.request_stop(); });
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [&end] { end.request_stop(); });
+    timer.start(limit);
+    try {
+        co_return co_await session->proxyLookup.run(
+            [url](const std::stop_token& abandoned) {
+                // Look-ups that were given up while they waited behind one that hangs are not made up for.
+                return abandoned.stop_requested() ? QByteArray() : desktopProxyFor(url);
+            },
+            end.get_token());
+    } catch (const Cancelled&) {
+        if (stop.stop_requested())
+            throw;
+    }
+    co_return QByteArray("");
+}
+
 /// Which proxy to use: nothing leaves it to libcurl and the environment, empty means none.
 Task<std::optional<QByteArray>> findProxy(std::shared_ptr<CurlSession> session, QUrl url,
-                                          std::stop_token stop)
+                                          std::chrono::milliseconds limit, std::stop_token stop)
 {
     if (isLoopbackHost(url.host()))
         co_return QByteArray("");
@@ -22,9 +50,9 @@ Task<std::optional<QByteArray>> findProxy(std::shared_ptr<CurlSession> session, 
                   [now](const auto& known) { return now - known.second.asked > std::chrono::minutes(1); });
     if (const auto known = session->knownProxies.find(key); known != session->knownProxies.end())
         co_return known->second.proxy;
-    QByteArray proxy = co_await session->proxyLookup.run(
-        [url](const std::stop_token&) { return desktopProxyFor(url); }, std::move(stop));
-    session->knownProxies.insert_or_assign(key, CurlSession::KnownProxy{proxy, now});
+    QByteArray proxy = co_await askDesktop(session, url, limit, std::move(stop));
+    session->knownProxies.insert_or_assign(key,
+                                           CurlSession::KnownProxy{proxy, std::chrono::steady_clock::now()});
     co_return proxy;
 }
 
@@ -35,7 +63,7 @@ Task<HttpResponse> sendRequest(std::shared_ptr<CurlSession> session, HttpRequest
         throw Cancelled();
     std::optional<QByteArray> proxy = QByteArray("");
     if (request.pinnedAddress.isEmpty())
-        proxy = co_await findProxy(session, request.url, stop);
+        proxy = co_await findProxy(session, request.url, request.connectTimeout, stop);
     const auto transfer = std::make_shared<HttpTransfer>(std::move(session), std::move(request),
                                                          std::move(proxy), std::move(stop));
     co_await HttpTransfer::head(transfer);

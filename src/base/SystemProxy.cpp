@@ -11,6 +11,8 @@ bool isLoopbackHost(const QString& host)
         name.chop(1);
     if (name == QLatin1String("localhost") || name.endsWith(QLatin1String(".localhost")))
         return true;
+    if (name == QLatin1String("0.0.0.0") || name == QLatin1String("::"))
+        return true; // copied from what a server listens on; connecting to it ends here
     if (name == QLatin1String("::1") || name.startsWith(QLatin1String("::ffff:127.")))
         return true;
     // QUrl writes every form of an IPv4 address with four numbers; a name may begin with "127." too.

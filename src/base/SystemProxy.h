@@ -9,8 +9,8 @@
 namespace varnel {
 
 /// Whether a host name or address (without brackets) is this computer: localhost and names below it,
-/// 127.0.0.0/8,
-/// ::1. Such a host is never reached through a proxy.
+/// 127.0.0.0/8, ::1, and 0.0.0.0 and ::. Such a host is never reached through a proxy; that is the only
+/// question this answers.
 bool isLoopbackHost(const QString& host);
 
 /// Whether the environment names a proxy (http_proxy, https_proxy, all_proxy); libcurl then follows it, and

@@ -21,6 +21,32 @@ bool isIniLine(const QByteArray& line)
     return line.startsWith('[') ? line.contains(']') : line.indexOf('=') > 0;
 }
 
+/// Where QSettings stands in a value that may go on over several lines.
+struct Reading
+{
+    bool quoted = false;
+    bool continued = false; ///< a backslash has taken the end of the line along
+
+    /// @param line with or without its end.
+    void take(const QByteArray& line)
+    {
+        if (!continued)
+            quoted = false;
+        continued = false;
+        qsizetype end = line.size();
+        while (end > 0 && (line[end - 1] == '\n' || line[end - 1] == '\r'))
+            --end;
+        for (qsizetype i = 0; i < end; ++i) {
+            if (line[i] == '\\')
+                continued = ++i == end;
+            else if (line[i] == '"')
+                quoted = !quoted;
+            else if (line[i] == ';' && !quoted)
+                return; // the rest is a comment, in which nothing has a meaning
+        }
+    }
+};
+
 } // namespace
 
 std::optional<QString> whyNotIni(const QString& file)
@@ -35,15 +61,18 @@ std::optional<QString> whyNotIni(const QString& file)
     QFile opened(file);
     if (!opened.open(QIODevice::ReadOnly))
         return opened.errorString();
-    bool continued = false;
+    Reading reading;
     for (int number = 1; !opened.atEnd(); ++number) {
         QByteArray line = opened.readLine();
         if (number == 1 && line.startsWith("\xEF\xBB\xBF"))
             line.remove(0, 3); // the mark some editors put before UTF-8
-        line = line.trimmed();
-        if (!continued && !isIniLine(line))
+        if (!reading.continued && !isIniLine(line.trimmed()))
             return QStringLiteral("line %1 is no key and no section").arg(number);
-        continued = line.endsWith('\\');
+        reading.take(line);
+        // QSettings would take the next lines for a part of this value. It never writes such a value itself,
+        // so the mark was forgotten by hand, and the settings of those lines would be lost without a word.
+        if (reading.quoted && (!reading.continued || opened.atEnd()))
+            return QStringLiteral("line %1 has an open quotation mark").arg(number);
     }
     if (opened.error() != QFileDevice::NoError)
         return opened.errorString();

@@ -6,7 +6,7 @@
 
 namespace varnel {
 
-/// Why a file cannot be read as INI text, in a few words such as "line 3 is no key and no section"; nothing
+/// Why a file cannot be read as INI text, in a few words such as "line 3 has an open quotation mark"; nothing
 /// if it can, or if there is no file.
 std::optional<QString> whyNotIni(const QString& file);
 

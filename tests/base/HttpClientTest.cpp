@@ -1,5 +1,4 @@
 #include "base/HttpClient.h"
-#include "base/SystemProxy.h"
 #include "practice_host/HttpServer.h"
 #include "support/Await.h"
 #include "support/SlowResolver.h"
@@ -343,41 +342,6 @@ private Q_SLOTS:
             QCOMPARE(server.openConnections(), 1);
         }
         QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
-    }
-
-    void proxiesAreUsedButNotForThisComputer()
-    {
-        QByteArray target;
-        HttpServer proxy([&](const Exchange& exchange) {
-            target = exchange->target();
-            exchange->reply(200, "text/plain", "by proxy");
-        });
-        proxy.listen();
-        HttpServer server([](const Exchange& exchange) { exchange->reply(200, "text/plain", "directly"); });
-        server.listen();
-        qputenv("http_proxy", proxy.url().toEncoded());
-        HttpClient http;
-        const QByteArray near = await(fetch(http, get(server.url())));
-        const QByteArray far = await(fetch(http, get(QUrl(QStringLiteral("http://proxied.test:81/x")))));
-        qunsetenv("http_proxy");
-        QCOMPARE(near, "directly");
-        QCOMPARE(far, "by proxy");
-        QCOMPARE(target, "http://proxied.test:81/x");
-    }
-
-    void loopbackHosts_data()
-    {
-        QTest::addColumn<bool>("isLoopback");
-        for (const char* const host : {"localhost", "LOCALHOST.", "a.localhost", "127.0.0.1", "127.255.0.9",
-                                       "::1", "::ffff:127.0.0.1"})
-            QTest::newRow(host) << true;
-        for (const char* const host : {"", "localhost.example", "127.0.0.1.example", "127.0.0.256",
-                                       "128.0.0.1", "127.a.b.c", "gpu-box", "::2"})
-            QTest::newRow(host) << false;
-    }
-    void loopbackHosts()
-    {
-        QTEST(isLoopbackHost(QString::fromLatin1(QTest::currentDataTag())), "isLoopback");
     }
 };
 

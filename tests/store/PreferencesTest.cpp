@@ -1,9 +1,12 @@
 #include "store/Preferences.h"
 #include "base/Error.h"
+#include "store/IniFile.h"
 #include "store/NewConversation.h"
 
 #include <QDir>
 #include <QFile>
+#include <QRandomGenerator>
+#include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -241,6 +244,8 @@ private Q_SLOTS:
         QTest::newRow("picture") << QByteArray("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16);
         QTest::newRow("UTF-16") << QByteArray("\xff\xfe[\0a\0]\0\n\0", 10);
         QTest::newRow("open section") << QByteArray("[General\nvarnel.temperature=1.5\n");
+        QTest::newRow("open quotation mark")
+            << QByteArray("[General]\nvarnel.keepAlive=\"5m\nvarnel.temperature=\"1.5\"\n");
     }
     void whatIsNoIniFileIsKept()
     {
@@ -250,7 +255,7 @@ private Q_SLOTS:
         for (int round = 1; round <= 2; ++round) { // twice within the same second
             writeFile(file, content);
             Preferences preferences(file);
-            QVERIFY(preferences.problem()->contains(file));
+            QVERIFY(preferences.problem().value_or(QString()).contains(file));
             QCOMPARE(preferences.temperature(), 0.7);
             QCOMPARE(preferences.connection(), ConnectionSettings());
             QCOMPARE(readFile(file), content);
@@ -263,6 +268,54 @@ private Q_SLOTS:
         }
         QVERIFY(!Preferences(file).problem());
         QCOMPARE(Preferences(file).temperature(), 1.0);
+    }
+
+    void quotationMarksAreCountedAsTheReaderDoes_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<int>("badLine"); // 0: none
+        QTest::newRow("open") << QByteArray("[General]\r\na=\"5m\r\nb=\"1\"\r\n") << 2;
+        QTest::newRow("closed later") << QByteArray("a=\"5m\nb=1\"\n") << 1;
+        QTest::newRow("last line") << QByteArray("a=1\nb=\"") << 2;
+        QTest::newRow("escaped") << QByteArray("a=\"x\\\"\n") << 1;
+        QTest::newRow("escaped backslash") << QByteArray("a=\"x\\\\\"\nb=2\\\\\nc=\"\n") << 3;
+        QTest::newRow("outside of a value") << QByteArray("# 5\" wide\na=1\n") << 1;
+        QTest::newRow("comments") << QByteArray("; 5\" wide\\\na=1 ; 5\"\nb=\"x;y\"\n") << 0;
+        QTest::newRow("continued") << QByteArray("a=\"1 \\\r\n2\"\r\nb=\"3\\\n4\nc=\"\n") << 4;
+        QTest::newRow("continued to nowhere") << QByteArray("a=\"1 \\\n") << 1;
+    }
+    void quotationMarksAreCountedAsTheReaderDoes()
+    {
+        QFETCH(QByteArray, content);
+        QFETCH(int, badLine);
+        const QString file = m_folder->filePath(QStringLiteral("p.ini"));
+        writeFile(file, content);
+        QCOMPARE(whyNotIni(file).value_or(QString()),
+                 badLine ? QStringLiteral("line %1 has an open quotation mark").arg(badLine) : QString());
+    }
+
+    void whateverIsWrittenStaysReadable()
+    {
+        const QString alphabet = QStringLiteral("\"\"\\\\\n\r;,=#[]%@( )\tü你x0\u0001");
+        QRandomGenerator random(1);
+        QVariantHash written;
+        {
+            QSettings settings(m_file, QSettings::IniFormat);
+            for (int i = 0; i < 2000; ++i) {
+                QString text;
+                for (quint32 length = random.bounded(8U); length > 0; --length)
+                    text += alphabet[random.bounded(int(alphabet.size()))];
+                const QString key = QStringLiteral("\";%1").arg(i);
+                written.insert(key, i % 2 ? QVariant(text) : QVariant(QStringList{text, text}));
+                settings.setValue(key, written.value(key));
+            }
+        }
+        QCOMPARE(whyNotIni(m_file).value_or(QString()), QString());
+        const QString copy = m_folder->filePath(QStringLiteral("copy.ini"));
+        QVERIFY(QFile::copy(m_file, copy));
+        const QSettings settings(copy, QSettings::IniFormat);
+        for (auto entry = written.cbegin(); entry != written.cend(); ++entry)
+            QCOMPARE(settings.value(entry.key()), entry.value());
     }
 
     void aFolderInItsPlaceIsSetAside()
