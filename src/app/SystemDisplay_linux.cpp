@@ -86,7 +86,8 @@ bool x11Answers()
     const QByteArray digits = name.sliced(colon + 1).split('.').constFirst();
     bool isNumber = false;
     const int number = digits.toInt(&isNumber);
-    if (!isNumber || number < 0)
+    constexpr int lastNumber = 65535 - 6000;
+    if (!isNumber || number < 0 || number > lastNumber)
         return false;
     if (host == "localhost")
         return portAnswers(number);

@@ -267,7 +267,8 @@ QByteArray HttpTransfer::takeReceived()
     QByteArray bytes = std::exchange(m_received, QByteArray());
     if (std::exchange(m_isPaused, false) && !m_finished) {
         m_lastActivity = steady_clock::now();
-        curl_easy_pause(m_handle, CURLPAUSE_CONT);
+        if (const CURLcode result = curl_easy_pause(m_handle, CURLPAUSE_CONT); result != CURLE_OK)
+            complete(result); // the session is told nothing of that
     }
     return bytes;
 }

@@ -192,7 +192,7 @@ void JsonWriter::open(char opening, char closing)
 {
     beginValue();
     put(opening);
-    m_levels.push_back({.closing = closing});
+    m_levels.emplace_back().closing = closing;
 }
 
 void JsonWriter::close()

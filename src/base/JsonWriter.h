@@ -54,7 +54,7 @@ public:
 private:
     struct Level
     {
-        char closing;
+        char closing = 0;
         bool empty = true;
 #ifndef QT_NO_DEBUG
         std::string lastKey;

@@ -185,8 +185,9 @@ Task<void> AppModel::runPrepared(QUuid session, PromptMaterial material, std::st
     if (exception)
         failure = failureOf(exception, request, connection, m_tunnelIsUp);
     endTurn(session, message, failure);
-    if (std::holds_alternative<ProviderTurn>(request.question) && !failure.detail.isEmpty())
-        m_services.log.log(QStringLiteral("chat failed, the service said: ") + failure.detail);
+    const bool isLogged = std::holds_alternative<ProviderTurn>(request.question) && !failure.isDetailPrivate;
+    if (isLogged && !failure.detail.isEmpty())
+        m_services.log.log(QStringLiteral("chat failed, detail: ") + failure.detail);
 }
 
 /// Puts an empty reply at the end of a conversation, to be filled.

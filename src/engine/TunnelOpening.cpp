@@ -38,7 +38,7 @@ Task<bool> missedItsPlace(const TunnelController& tunnel, const TunnelPort& port
     const bool listens =
         std::any_of(occupants.begin(), occupants.end(),
                     [&tunnel](const TunnelPort::Occupant& each) { return each.pid == tunnel.processId(); });
-    co_return listens && !(co_await tunnel.isListening(stop));
+    co_return listens && !(co_await tunnel.isListening(stop)) && co_await port.isBlocked(local, stop);
 }
 
 } // namespace

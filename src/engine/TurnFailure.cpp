@@ -31,7 +31,9 @@ TurnFailure textsOf(std::exception_ptr exception, const ProviderTurn* turn,
             return failureWith(unansweredMessage(connection, tunnelIsUp), error.message());
         return failureWith(error.message());
     } catch (const VarnelError& error) {
-        return failureWith(error.message(), error.detail());
+        TurnFailure failure = failureWith(error.message(), error.detail());
+        failure.isDetailPrivate = error.isDetailPrivate();
+        return failure;
     } catch (const Error& error) {
         return failureWith(error.message());
     }

@@ -20,6 +20,8 @@ struct TurnFailure
     QString text;
     /// What the service itself said, where the text does not hold it; may be empty.
     QString detail;
+    /// Whether that is nothing for the log, which people pass on.
+    bool isDetailPrivate = false;
     /// Whether it may go through with the temperature that the model insists on.
     bool offersTemperatureReset = false;
     /// Whether it may go through without the web tools, which the model does not know.

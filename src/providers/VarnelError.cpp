@@ -2,10 +2,11 @@
 
 namespace varnel {
 
-VarnelError::VarnelError(Kind kind, QString message, QString detail)
+VarnelError::VarnelError(Kind kind, QString message, QString detail, bool isPrivate)
     : Error(std::move(message))
     , m_kind(kind)
     , m_detail(std::move(detail))
+    , m_isDetailPrivate(isPrivate)
 {}
 
 VarnelError VarnelError::missingKey(const QString& displayName)
@@ -14,9 +15,9 @@ VarnelError VarnelError::missingKey(const QString& displayName)
             displayName + QStringLiteral(" API key is not in the Keychain or the environment.")};
 }
 
-VarnelError VarnelError::api(const QString& message, const QString& detail)
+VarnelError VarnelError::api(const QString& message, const QString& detail, bool isPrivate)
 {
-    return {Kind::Api, message, detail};
+    return {Kind::Api, message, detail, isPrivate};
 }
 
 VarnelError VarnelError::passthroughDisabled()

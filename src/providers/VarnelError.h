@@ -18,19 +18,23 @@ public:
     static VarnelError missingKey(const QString& displayName);
     /// @param message the complete text for the user.
     /// @param detail what the service itself said, where the message does not.
-    static VarnelError api(const QString& message, const QString& detail = {});
+    /// @param isPrivate whether the detail is a model's words about the conversation.
+    static VarnelError api(const QString& message, const QString& detail = {}, bool isPrivate = false);
     static VarnelError passthroughDisabled();
 
     Kind kind() const noexcept { return m_kind; }
     /// The words of the service for whoever wants to know more than message() says; foreign text, often
     /// empty.
     const QString& detail() const noexcept { return m_detail; }
+    /// Whether the detail is nothing for a log.
+    bool isDetailPrivate() const noexcept { return m_isDetailPrivate; }
 
 private:
-    VarnelError(Kind kind, QString message, QString detail = {});
+    VarnelError(Kind kind, QString message, QString detail = {}, bool isPrivate = false);
 
     Kind m_kind;
     QString m_detail;
+    bool m_isDetailPrivate;
 };
 
 } // namespace varnel

@@ -83,10 +83,10 @@ void requireSendableKey(const SearchService& service)
 QString refusal(const QByteArray& body, int status, const QString& key)
 {
     QStringDecoder decoder(QStringConverter::Utf8);
-    QString text = decoder.decode(body);
+    const QString text = decoder.decode(body);
     if (decoder.hasError() || text.trimmed().isEmpty())
         return QStringLiteral("HTTP %1").arg(status);
-    return firstCharacters(withoutKey(std::move(text), key), failureLimit);
+    return firstCharacters(withoutKey(text, key, TextEnd::Cut), failureLimit);
 }
 
 std::vector<WebResult> decodeResults(JsonValue reply, SearchBackend backend)

@@ -153,7 +153,7 @@ std::vector<Situation> webSituations()
          },
          {text("DeepSeek returned an unexpected response")},
          {text("chat failed DeepSeek returned an unexpected response"),
-          text("chat failed, the service said: no credit for •••")},
+          text("chat failed, detail: no credit for •••")},
          {text("one")}},
         {"a provider drops",
          [](Stage& stage) {

@@ -26,7 +26,7 @@ ReadReply readReply(RemoteProvider provider, const QByteArray& body)
             return readOpenAiReply(value.object());
         }
     } catch (const DecodeError& error) {
-        return NoAnswer{error.message()};
+        return NoAnswer{.reason = error.message()};
     }
     Q_UNREACHABLE();
 }
@@ -41,7 +41,7 @@ VarnelError providerStatusError(const ProviderRequest& request, int status, cons
     const QString detail =
         text.isEmpty() || !isUtf8(text)
             ? QStringLiteral("HTTP %1").arg(status)
-            : withoutKey(QString::fromUtf8(text), request, isCut ? TextEnd::Cut : TextEnd::Whole);
+            : withoutKey(QString::fromUtf8(text), request, TextEnd::Cut); // a connection may have cut it too
     return VarnelError::api(displayName(request.provider) + QStringLiteral(" request failed: ") + detail);
 }
 
@@ -51,7 +51,7 @@ ProviderAnswer readProviderReply(const ProviderRequest& request, const QByteArra
     if (const auto* const none = std::get_if<NoAnswer>(&reply))
         throw VarnelError::api(displayName(request.provider) +
                                    QStringLiteral(" returned an unexpected response"),
-                               withoutKey(none->reason, request));
+                               withoutKey(none->reason, request), none->isRefusal);
     return std::get<ProviderAnswer>(reply);
 }
 

@@ -56,7 +56,7 @@ ReadReply answerOrReason(ProviderAnswer answer, const QString& reason)
     const bool isEmpty = answer.text.isEmpty() && answer.thinking.isEmpty() && answer.toolCalls.empty() &&
                          answer.sources.empty();
     if (isEmpty && !reason.isEmpty())
-        return NoAnswer{reason};
+        return NoAnswer{.reason = reason};
     return answer;
 }
 
@@ -82,9 +82,9 @@ ReadReply readResponses(const JsonObject& reply, const std::vector<JsonObject>& 
         readOutputItem(item, answer, refusal);
     if (answer.text.isEmpty()) {
         if (!refusal.isEmpty())
-            return NoAnswer{refusal};
+            return NoAnswer{.reason = refusal, .isRefusal = true};
         if (const QString error = errorIn(reply); !error.isEmpty())
-            return NoAnswer{error};
+            return NoAnswer{.reason = error};
     }
     return answer;
 }
@@ -153,9 +153,9 @@ ReadReply readMessage(const JsonObject& message, const JsonValue& raw, const QSt
         return answer;
     const QString refusal = textIn(message, "refusal").trimmed();
     if (!refusal.isEmpty())
-        return NoAnswer{refusal};
+        return NoAnswer{.reason = refusal, .isRefusal = true};
     if (!error.isEmpty() || !content)
-        return NoAnswer{error.isEmpty() ? reason : error};
+        return NoAnswer{.reason = error.isEmpty() ? reason : error};
     return answerOrReason(std::move(answer), reason);
 }
 
@@ -165,7 +165,7 @@ ReadReply readClaudeReply(const JsonObject& reply)
 {
     const std::optional<std::vector<JsonObject>> content = listIn(reply, "content");
     if (!content)
-        return NoAnswer{errorIn(reply)};
+        return NoAnswer{.reason = errorIn(reply)};
     ProviderAnswer answer;
     for (const JsonObject& block : *content) {
         answer.text += textIn(block, "text");
@@ -187,7 +187,7 @@ ReadReply readGeminiReply(const JsonObject& reply)
     const std::optional<JsonObject> content = candidate ? objectIn(*candidate, "content") : std::nullopt;
     const auto parts = content ? listIn(*content, "parts") : std::nullopt;
     if (!parts)
-        return NoAnswer{geminiReason(reply, candidate)};
+        return NoAnswer{.reason = geminiReason(reply, candidate)};
     ProviderAnswer answer;
     for (const JsonObject& part : *parts) {
         const std::optional<JsonValue> thought = part.find("thought");
@@ -214,7 +214,7 @@ ReadReply readOpenAiReply(const JsonObject& reply)
     if (error.isEmpty() && !choices.empty())
         error = errorIn(choices.front());
     if (!message)
-        return NoAnswer{error};
+        return NoAnswer{.reason = error};
     return readMessage(*message, *choices.front().find("message"), error, cutReason(choices.front()));
 }
 

@@ -12,6 +12,8 @@ struct NoAnswer
 {
     /// What the service said in its place; may be empty.
     QString reason;
+    /// Whether that is the model's own answer about the conversation.
+    bool isRefusal = false;
 
     bool operator==(const NoAnswer&) const = default;
 };
