@@ -111,7 +111,7 @@ void ChatStream::take(const LineSplitter::Line& line)
         return;
     const bool readable = isUtf8(line.text);
     if (!readable && !line.tooLong && (line.ended || hasWholeBody()))
-        throw OllamaError::api(QStringLiteral("Ollama returned an unreadable reply."));
+        return fail(QStringLiteral("Ollama returned an unreadable reply."));
     // What is no chunk is what a broken connection leaves behind, a character cut in two at the very end
     // included; what came before it stands.
     m_progress = Progress::Broken;
@@ -127,17 +127,20 @@ void ChatStream::take(const LineSplitter::Line& line)
         return;
     }
     m_progress = piece.done ? Progress::Done : Progress::Reading;
-    if (!piece.error.isEmpty()) {
-        // What came before it is handed out first.
-        m_progress = Progress::Broken;
-        m_failure = std::make_exception_ptr(OllamaError::api(piece.error));
-        return;
-    }
+    if (!piece.error.isEmpty())
+        return fail(piece.error);
     if (!piece.thinking.isEmpty())
         m_thinkBlock.expectNone();
     ThinkBlock::Parts content = m_thinkBlock.take(piece.content);
     m_thinking = piece.thinking + content.thinking;
     m_reply = std::move(content.reply);
+}
+
+/// Ends the reply with an error, once what came before it is handed out.
+void ChatStream::fail(const QString& message)
+{
+    m_progress = Progress::Broken;
+    m_failure = std::make_exception_ptr(OllamaError::api(message));
 }
 
 /// Whether the body has come to an end that was announced, so that nothing of it can be missing.

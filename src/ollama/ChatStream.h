@@ -38,6 +38,7 @@ private:
     Task<void> readMore();
     Task<void> takeTurn();
     void take(const LineSplitter::Line& line);
+    void fail(const QString& message);
     bool hasWholeBody() const;
     std::optional<ChatDelta> takeDelta();
     bool takeRest();

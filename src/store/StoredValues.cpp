@@ -2,8 +2,6 @@
 
 #include "base/Text.h"
 
-#include <array>
-
 namespace varnel {
 
 namespace {
@@ -45,26 +43,8 @@ QUuid decodeUuid(JsonValue value)
 
 void writeUuid(JsonWriter& writer, const QUuid& id)
 {
-    // The digits of the identifier's bytes, of which Qt keeps the first eight as numbers.
-    std::array<char, nullUuid.size()> text{};
-    auto at = text.begin();
-    const auto put = [&at](auto number) {
-        constexpr std::string_view hex = "0123456789ABCDEF";
-        for (int shift = int(sizeof number) * 8 - 4; shift >= 0; shift -= 4)
-            *at++ = hex[(number >> unsigned(shift)) & 0xFU];
-    };
-    put(id.data1);
-    *at++ = '-';
-    put(id.data2);
-    *at++ = '-';
-    put(id.data3);
-    *at++ = '-';
-    for (std::size_t i = 0; i < std::size(id.data4); ++i) {
-        put(id.data4[i]);
-        if (i == 1)
-            *at++ = '-';
-    }
-    writer.utf8({text.data(), text.size()});
+    const QByteArray text = id.toByteArray(QUuid::WithoutBraces).toUpper();
+    writer.utf8({text.constData(), static_cast<std::size_t>(text.size())});
 }
 
 Instant decodeInstant(JsonValue value)

@@ -86,7 +86,7 @@ QString refusal(const QByteArray& body, int status, const QString& key)
     const QString text = decoder.decode(body);
     if (decoder.hasError() || text.trimmed().isEmpty())
         return QStringLiteral("HTTP %1").arg(status);
-    return firstCharacters(withoutKey(text, key, TextEnd::Cut), failureLimit);
+    return firstCharacters(withoutKey(text, key), failureLimit);
 }
 
 std::vector<WebResult> decodeResults(JsonValue reply, SearchBackend backend)

@@ -1,6 +1,4 @@
-#include "base/HttpClient.h"
-#include "practice_host/HttpServer.h"
-#include "support/Await.h"
+#include "base/HttpFetch.h"
 #include "support/SlowResolver.h"
 
 #include <QTcpSocket>
@@ -8,27 +6,12 @@
 
 using namespace varnel;
 using namespace varnel::test;
-using practice::HttpExchange;
 using practice::HttpServer;
 using namespace std::chrono_literals;
 
 namespace {
 
-using Exchange = std::shared_ptr<HttpExchange>;
 using Kind = TransportError::Kind;
-
-HttpRequest get(const QUrl& url)
-{
-    HttpRequest request;
-    request.url = url;
-    return request;
-}
-
-Task<QByteArray> fetch(HttpClient& http, HttpRequest request, std::stop_token stop = {})
-{
-    HttpResponse response = co_await http.send(std::move(request), stop);
-    co_return co_await response.readAll(1024 * 1024);
-}
 
 /// The body as far as it comes, and the kind of failure that ended it.
 struct Outcome

@@ -1,17 +1,13 @@
-#include "base/HttpClient.h"
-#include "practice_host/HttpServer.h"
-#include "support/Await.h"
+#include "base/HttpFetch.h"
 
 #include <QTest>
 
 using namespace varnel;
 using namespace varnel::test;
-using practice::HttpExchange;
 using practice::HttpServer;
 
 namespace {
 
-using Exchange = std::shared_ptr<HttpExchange>;
 using Kind = TransportError::Kind;
 
 /// The body, or the kind of failure in its place.
@@ -21,7 +17,7 @@ struct Outcome
     std::optional<Kind> failure;
 };
 
-Outcome fetch(HttpClient& http, const HttpRequest& request)
+Outcome outcomeOf(HttpClient& http, const HttpRequest& request)
 {
     try {
         HttpResponse response = await(http.send(request, {}));
@@ -29,13 +25,6 @@ Outcome fetch(HttpClient& http, const HttpRequest& request)
     } catch (const TransportError& error) {
         return {{}, error.kind()};
     }
-}
-
-HttpRequest get(const QUrl& url)
-{
-    HttpRequest request;
-    request.url = url;
-    return request;
 }
 
 } // namespace
@@ -56,10 +45,10 @@ private Q_SLOTS:
         HttpClient http;
         HttpRequest request = get(server.url());
         request.headerLimit = 5000;
-        QCOMPARE(fetch(http, request).failure, Kind::TooLarge);
+        QCOMPARE(outcomeOf(http, request).failure, Kind::TooLarge);
         request.headerLimit = 6000;
         request.bodyLimit = 4999;
-        const Outcome outcome = fetch(http, request);
+        const Outcome outcome = outcomeOf(http, request);
         QCOMPARE(outcome.failure, std::nullopt);
         QCOMPARE(outcome.body.size(), 4999);
         QVERIFY(waitUntil([&] { return server.openConnections() == 0; }));
@@ -77,15 +66,15 @@ private Q_SLOTS:
         HttpRequest request = get(QUrl(QStringLiteral("http://proxied.test:%1/").arg(server.port())));
         request.pinnedAddress = "127.0.0.1";
         qputenv("http_proxy", "http://127.0.0.1:9");
-        const Outcome outcome = fetch(http, request);
+        const Outcome outcome = outcomeOf(http, request);
         qunsetenv("http_proxy");
         QCOMPARE(outcome.body, "here");
         QCOMPARE(host, "proxied.test:" + QByteArray::number(server.port()));
         // Neither the address nor the connection is there for the next request.
         request.pinnedAddress = "::1";
-        QCOMPARE(fetch(http, request).failure, Kind::Unreachable);
+        QCOMPARE(outcomeOf(http, request).failure, Kind::Unreachable);
         request.pinnedAddress.clear();
-        QCOMPARE(fetch(http, request).failure, Kind::Unresolved);
+        QCOMPARE(outcomeOf(http, request).failure, Kind::Unresolved);
     }
 };
 

@@ -1,7 +1,5 @@
 #include "base/SystemProxy.h"
-#include "base/HttpClient.h"
-#include "practice_host/HttpServer.h"
-#include "support/Await.h"
+#include "base/HttpFetch.h"
 
 #include <QTest>
 
@@ -10,29 +8,13 @@
 
 using namespace varnel;
 using namespace varnel::test;
-using practice::HttpExchange;
 using practice::HttpServer;
 using namespace std::chrono_literals;
 
 namespace {
 
-using Exchange = std::shared_ptr<HttpExchange>;
-
 std::atomic<int> lookups = 0;
 std::counting_semaphore<> release(0);
-
-HttpRequest get(const QUrl& url)
-{
-    HttpRequest request;
-    request.url = url;
-    return request;
-}
-
-Task<QByteArray> fetch(HttpClient& http, HttpRequest request, std::stop_token stop = {})
-{
-    HttpResponse response = co_await http.send(std::move(request), stop);
-    co_return co_await response.readAll(1024 * 1024);
-}
 
 } // namespace
 

@@ -52,9 +52,9 @@ Spellings spellingsOf(char32_t character)
     return all;
 }
 
-/// Where a key ends that begins the text, in whatever mixture of spellings; nothing if none does. In a text
-/// that was cut, what is left of it may be the beginning of the key only.
-std::optional<qsizetype> keyLength(QStringView text, const std::vector<Spellings>& key, TextEnd end)
+/// Where a key ends that begins the text, in whatever mixture of spellings; nothing if none does. What is
+/// left of the text may be the beginning of the key only.
+std::optional<qsizetype> keyLength(QStringView text, const std::vector<Spellings>& key)
 {
     // After a percent sign or a backslash it may be open for a while how the key goes on.
     QVarLengthArray<qsizetype, 8> places{0};
@@ -63,8 +63,7 @@ std::optional<qsizetype> keyLength(QStringView text, const std::vector<Spellings
         for (const qsizetype place : places) {
             const QStringView rest = text.sliced(place);
             for (const auto& [spelling, sensitivity] : key[done]) {
-                const bool isTelling = end == TextEnd::Cut && done >= tellingLength;
-                if (isTelling && QStringView(spelling).startsWith(rest, sensitivity))
+                if (done >= tellingLength && QStringView(spelling).startsWith(rest, sensitivity))
                     return text.size();
                 const qsizetype after = place + spelling.size();
                 if (rest.startsWith(spelling, sensitivity) && !next.contains(after))
@@ -80,7 +79,7 @@ std::optional<qsizetype> keyLength(QStringView text, const std::vector<Spellings
 
 } // namespace
 
-QString withoutKey(const QString& text, const QString& key, TextEnd end)
+QString withoutKey(const QString& text, const QString& key)
 {
     std::vector<Spellings> spellings;
     for (const char32_t character : key.toStdU32String())
@@ -90,7 +89,7 @@ QString withoutKey(const QString& text, const QString& key, TextEnd end)
     QString masked;
     qsizetype taken = 0;
     for (qsizetype at = 0; at < text.size();) {
-        if (const auto length = keyLength(QStringView(text).sliced(at), spellings, end)) {
+        if (const auto length = keyLength(QStringView(text).sliced(at), spellings)) {
             masked += QStringView(text).sliced(taken, at - taken);
             masked += QStringLiteral(u"•••");
             at += *length;
@@ -103,9 +102,9 @@ QString withoutKey(const QString& text, const QString& key, TextEnd end)
     return masked;
 }
 
-QString withoutKey(const QString& text, const ProviderRequest& request, TextEnd end)
+QString withoutKey(const QString& text, const ProviderRequest& request)
 {
-    return withoutKey(text, keyOf(request), end);
+    return withoutKey(text, keyOf(request));
 }
 
 } // namespace varnel

@@ -38,10 +38,8 @@ VarnelError providerStatusError(const ProviderRequest& request, int status, cons
     const bool isCut = body.size() >= providerErrorLimit;
     const QByteArrayView text = isCut ? withoutCutCharacter(body) : QByteArrayView(body);
     // An empty body says nothing, so the status speaks for it.
-    const QString detail =
-        text.isEmpty() || !isUtf8(text)
-            ? QStringLiteral("HTTP %1").arg(status)
-            : withoutKey(QString::fromUtf8(text), request, TextEnd::Cut); // a connection may have cut it too
+    const QString detail = text.isEmpty() || !isUtf8(text) ? QStringLiteral("HTTP %1").arg(status)
+                                                           : withoutKey(QString::fromUtf8(text), request);
     return VarnelError::api(displayName(request.provider) + QStringLiteral(" request failed: ") + detail);
 }
 
