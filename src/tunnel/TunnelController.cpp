@@ -111,23 +111,28 @@ Task<void> TunnelController::start(ConnectionSettings settings, std::stop_token 
 
     launch(settings, password);
     const std::shared_ptr<TunnelProcess> child = m_child;
-    const StopHandler onStop(stop, [this, child] {
-        if (m_child == child)
-            detach();
-        child->terminate();
-    });
+    const StopHandler onStop(stop, [this, child] { abandon(child); });
+    const auto isCancelled = [&] { return m_generation != generation || stop.stop_requested(); };
     try {
         co_await child->launched();
     } catch (const VarnelError&) {
-        if (m_generation != generation)
+        abandon(child);
+        if (isCancelled())
             throw Cancelled();
-        m_child.reset();
         throw;
     }
-    if (m_generation != generation) {
-        child->terminate(); // nobody else may know of it
+    if (isCancelled()) {
+        abandon(child); // another start may still be about to launch the next one
         throw Cancelled();
     }
+}
+
+void TunnelController::abandon(const std::shared_ptr<TunnelProcess>& child)
+{
+    child->forgetHandler();
+    if (m_child == child)
+        m_child.reset();
+    child->terminate();
 }
 
 Task<SavedPassword> TunnelController::readPassword(std::stop_token stop)

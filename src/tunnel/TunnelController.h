@@ -97,6 +97,8 @@ private:
     Task<SavedPassword> readPassword(std::stop_token stop);
     void launch(const ConnectionSettings& settings, SavedPassword password);
     void childEnded(int status, const QString& output);
+    /// Ends a child whose start nobody waits for any more, and tells nobody of its end.
+    void abandon(const std::shared_ptr<TunnelProcess>& child);
 
     Services m_services;
     Programs m_programs;

@@ -65,6 +65,7 @@ class TunnelControllerTest : public QObject
     {
         const QString path = m_folder.filePath(QStringLiteral("ssh"));
         QFile::remove(path); // one that still runs keeps its text
+        QFile::remove(path + QLatin1String(".up"));
         QFile file(path);
         file.open(QIODevice::WriteOnly);
         file.write("#!/bin/sh\n" + text);
@@ -194,17 +195,27 @@ private Q_SLOTS:
 
     void newStartIsNotDisturbedByTheOldOne()
     {
+        const auto store = std::make_shared<PromptingStore>();
         TunnelFixture tunnel(
-            script("trap 'echo old; exit 1' TERM; : >\"$0.up\"; while :; do sleep 0.05; done"));
+            script("trap 'echo old; exit 1' TERM; : >\"$0.up\"; while :; do sleep 0.05; done"),
+            QStringLiteral("/bin/true"), store);
+        store->answer.release();
         tunnel.start(usableSettings());
         QVERIFY(waitUntil([this] { return QFile::remove(m_folder.filePath(QStringLiteral("ssh.up"))); }));
         const std::shared_ptr<TunnelProcess> old = tunnel.controller.detach();
         old->terminate(); // ends while the next one is being started
         QVERIFY(!tunnel.controller.isRunning());
+
         Task<void> superseded = tunnel.controller.start(usableSettings(), {});
-        tunnel.start(usableSettings());
+        store->answer.release();
+        while (!tunnel.controller.isRunning())
+            QCoreApplication::sendPostedEvents(); // it launches its child, and does not learn that it has
+        Task<void> next = tunnel.controller.start(usableSettings(), {});
         QVERIFY_THROWS_EXCEPTION(Cancelled, await(std::move(superseded)));
-        QVERIFY(waitUntil([&old] { return !old->isRunning(); }));
+        QVERIFY(waitUntil(hasNoChildren)); // while the next one still waits for its password
+        store->answer.release();
+        await(std::move(next));
+        QVERIFY(!old->isRunning());
         QVERIFY(tunnel.controller.isRunning());
         QCOMPARE(tunnel.reports, 0);
         QCOMPARE(tunnel.controller.output(), QLatin1String(""));
