@@ -15,7 +15,7 @@
 namespace varnel {
 
 /// Runs blocking work (big files, a keyring that may prompt, a look-up) on a thread of its pool, values in
-/// and values out, and hands the result back on the event loop. Work that blocks for long is asked to end
+/// and values out, and hands the result back on the event loop, never before run() has returned. Work that blocks for long is asked to end
 /// through its stop token; its caller does not wait for it to obey: Cancelled is thrown at once.
 class Worker
 {
@@ -74,11 +74,13 @@ private:
                 promise->addResult(Outcome<Result>::of(work, token));
                 promise->finish();
             });
-        while (!watcher.isFinished()) {
+        // Work may have ended by now: its result waits for the event loop all the same, or what follows it
+        // would at times happen inside the call that started it.
+        do {
             if (stop.stop_requested())
                 throw Cancelled();
             co_await wakeup.wait();
-        }
+        } while (!watcher.isFinished());
         if (watcher.isCanceled())
             throw Cancelled();
         co_return watcher.result().take();

@@ -156,6 +156,16 @@ private Q_SLOTS:
         QVERIFY(waitUntil([&] { return sawStop.load(); }));
     }
 
+    void workEndsAfterTheCallThatStartedIt()
+    {
+        Worker worker;
+        for (int i = 0; i < 1000; ++i) {
+            Task<int> task = worker.run([i](const std::stop_token&) { return i; });
+            QVERIFY(!task.isFinished()); // quick as it was
+            QCOMPARE(await(std::move(task)), i);
+        }
+    }
+
     void workThatNeverStartsIsCancelled()
     {
         auto held = std::make_shared<int>(2);
