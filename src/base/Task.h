@@ -111,6 +111,8 @@ public:
     /// Whether there is a task here at all, finished or not.
     bool isValid() const noexcept { return static_cast<bool>(m_handle); }
     bool isFinished() const noexcept { return m_handle && m_handle.done(); }
+    /// Whether it began and has not ended.
+    bool isRunning() const noexcept { return m_handle && !m_handle.done(); }
 
     /// The result of a finished task, once; throws what the task threw.
     T takeResult() { return m_handle.promise().takeResult(); }

@@ -15,8 +15,9 @@
 namespace varnel {
 
 /// Runs blocking work (big files, a keyring that may prompt, a look-up) on a thread of its pool, values in
-/// and values out, and hands the result back on the event loop, never before run() has returned. Work that blocks for long is asked to end
-/// through its stop token; its caller does not wait for it to obey: Cancelled is thrown at once.
+/// and values out, and hands the result back on the event loop, never before run() has returned. Work that
+/// blocks for long is asked to end through its stop token; its caller does not wait for it to obey: Cancelled
+/// is thrown at once.
 class Worker
 {
 public:
@@ -81,7 +82,8 @@ private:
                 throw Cancelled();
             co_await wakeup.wait();
         } while (!watcher.isFinished());
-        if (watcher.isCanceled())
+        // A stop counts as long as nobody has the result: the user was told that it had an effect.
+        if (watcher.isCanceled() || stop.stop_requested())
             throw Cancelled();
         co_return watcher.result().take();
     }

@@ -28,7 +28,8 @@ AppModel::AppModel(Services services, QObject* parent)
     m_draftTimer.setSingleShot(true);
     connect(&m_draftTimer, &QTimer::timeout, this, [this] { m_keeper.saveDrafts(m_drafts); });
     connect(this, &AppState::sessionQueryChanged, this, &AppModel::searchSessions);
-    connect(this, &AppState::sessionsChanged, this, &AppModel::searchSessionsAgain);
+    // Later: the hits of one search may open a conversation, which may change the list.
+    connect(this, &AppState::sessionsChanged, this, &AppModel::searchSessionsAgain, Qt::QueuedConnection);
     load();
     m_tunnel.setOnExit([this](int status, const QString& output) { tunnelEnded(status, output); });
 }
@@ -77,6 +78,7 @@ void AppModel::load()
 
 void AppModel::shutDown()
 {
+    finishFileWork();
     // What has come of a running reply is kept, and shown as unfinished at the next start.
     showLatest();
     m_stopTurn.request_stop();

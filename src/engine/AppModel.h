@@ -57,8 +57,8 @@ public:
     /// Stops everything and writes what is not saved yet.
     ~AppModel() override;
 
-    /// Ends the running reply, keeping what has come of it, stops the tunnel and saves. For the end of the
-    /// program.
+    /// Lets files that are being written be finished, for some seconds at most, ends the running reply,
+    /// keeping what has come of it, stops the tunnel and saves. For the end of the program.
     void shutDown();
 
     QString selectedTitle() const;
@@ -106,6 +106,8 @@ public:
     void addConversation(ChatSession session);
     /// Changes the settings of the selected conversation; its messages, times and identity stay.
     void changeSettings(const std::function<void(ChatSession&)>& change);
+    /// The same for any conversation.
+    void changeSettings(const QUuid& id, const std::function<void(ChatSession&)>& change);
 
     /// The Ollama model that answers the selected conversation from now on.
     Q_INVOKABLE void chooseModel(const QString& name);
@@ -271,12 +273,13 @@ private:
     Task<void> followSessionSearch(QString query, std::stop_token stop);
 
     void setFailure(std::optional<TurnFailure> failure);
-    void setPreparing(bool preparing);
+    /// @param session whose prompt is being made ready; null for none.
+    void setPreparing(const QUuid& session);
     void setStreaming(const QUuid& session, const QUuid& message);
     /// Whether a turn runs, which is said.
     bool refuseWhileStreaming();
     /// Whether a conversation is answered by a provider and none is allowed; it is Ollama's then.
-    bool refusesPassthrough(const QUuid& session);
+    bool refusesPassthrough(QUuid session);
     void resend(QUuid session, QUuid prompt, std::optional<QString> edited = {});
     Task<void> followSend(QUuid session, QString prompt, std::vector<QUuid> attachments,
                           std::stop_token stop);
@@ -324,6 +327,7 @@ private:
     void saySearch(const QString& text);
 
     void keepTask(Task<void> task);
+    void finishFileWork();
     Task<void> followSaving(Task<void> saving, QString file);
     Task<void> followConversationImport(QString file);
     Task<void> followPage(QUuid session, QString url, std::stop_token stop);
@@ -358,6 +362,7 @@ private:
     std::optional<ProjectBackup> m_projectBackup;
     SystemPageNetwork m_pages;
     std::shared_ptr<TurnBuffers> m_buffers; // of the running turn
+    QUuid m_preparing;                      // the conversation whose prompt is
     bool m_isOpeningTunnel = false;
     std::optional<TunnelExit> m_tunnelExit; // that nobody has told the user of
     // What was to be said until the server was asked for the first time, and is said again then.

@@ -208,6 +208,7 @@ void AppModel::setConnection(const ConnectionSettings& settings)
     // What is known belongs to the server that was reached before.
     endStartNotices();
     dropTunnel();
+    clearStatus(QStringLiteral("Connecting to %1").arg(m_connection.hostLabel()));
     assign(m_connection, settings, &AppState::connectionChanged);
     assign(m_linkState, LinkState::Unknown, &AppState::linkStateChanged);
     assign(m_connectionReport, QStringLiteral("Not tested"), &AppState::connectionReportChanged);

@@ -168,6 +168,8 @@ void AppModel::remove(const QUuid& removedId)
     if (id == m_streamingSession) {
         showLatest();
         stop();
+    } else if (id == m_preparing) {
+        stop(); // whoever has to unlock a keyring for it first need not any more
     }
     if (m_replaced && (m_replaced->session == id || m_replaced->fork == id))
         setReplaced(nullptr);
@@ -196,7 +198,7 @@ void AppModel::remove(const QUuid& removedId)
         return;
     m_removed.push_back(std::move(removed));
     announceRemoved();
-    if (!m_undoTime.isValid() || m_undoTime.isFinished())
+    if (!m_undoTime.isRunning())
         m_undoTime = followUndoTime();
 }
 
@@ -248,20 +250,25 @@ void AppModel::announceRemoved()
 
 void AppModel::changeSettings(const std::function<void(ChatSession&)>& change)
 {
-    ChatSession* const selected = edit(m_selection);
-    if (!selected)
+    changeSettings(m_selection, change);
+}
+
+void AppModel::changeSettings(const QUuid& id, const std::function<void(ChatSession&)>& change)
+{
+    ChatSession* const conversation = edit(id);
+    if (!conversation)
         return;
-    ChatSession changed = *selected;
+    ChatSession changed = *conversation;
     change(changed);
-    changed.id = selected->id;
-    changed.messages = selected->messages;
-    changed.createdAt = selected->createdAt;
-    changed.updatedAt = selected->updatedAt;
+    changed.id = conversation->id;
+    changed.messages = conversation->messages;
+    changed.createdAt = conversation->createdAt;
+    changed.updatedAt = conversation->updatedAt;
     changed.systemPrompt = wellFormed(changed.systemPrompt);
-    if (changed == *selected)
+    if (changed == *conversation)
         return;
-    *selected = std::move(changed);
-    announceSession(m_selection);
+    *conversation = std::move(changed);
+    announceSession(id);
     saveSessions();
 }
 

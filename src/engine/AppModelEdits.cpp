@@ -125,7 +125,8 @@ void AppModel::editFailed()
             draft.attachments.push_back(item.id);
     }
     replaceFrom(session, prompt);
-    saveDrafts();
+    // At once and before the conversation without the prompt, so that its words are always on the disk.
+    m_keeper.saveDrafts(m_drafts);
     saveSessions();
     if (session == m_selection) {
         Q_EMIT draftChanged();

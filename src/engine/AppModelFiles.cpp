@@ -1,14 +1,44 @@
 // What goes into and out of conversations besides turns: saved copies, and pages of the web.
 #include "engine/AppModelPrivate.h"
 
+#include "app/DiagnosticsLog.h"
 #include "websearch/PageFetch.h"
 
+#include <QEventLoop>
+
+#include <algorithm>
+
 namespace varnel {
+
+namespace {
+
+/// How long the end of the program waits for files that are being written.
+constexpr std::chrono::seconds patience(10);
+
+} // namespace
 
 void AppModel::keepTask(Task<void> task)
 {
     std::erase_if(m_fileTasks, [](const Task<void>& other) { return other.isFinished(); });
     m_fileTasks.push_back(std::move(task));
+}
+
+/// What the user asked to be written or imported is not broken off by the end of the program, unless it
+/// takes too long.
+void AppModel::finishFileWork()
+{
+    const auto deadline = m_services.clock.steadyNow() + patience;
+    const auto goesOn = [](const Task<void>& task) { return task.isRunning(); };
+    QTimer tick;
+    tick.start(std::chrono::milliseconds(20));
+    QEventLoop loop;
+    while (m_backup.isRunning() || std::any_of(m_fileTasks.begin(), m_fileTasks.end(), goesOn)) {
+        if (m_services.clock.steadyNow() > deadline) {
+            m_services.log.log(tr("The program ended before all files were written."));
+            return;
+        }
+        loop.processEvents(QEventLoop::ExcludeUserInputEvents | QEventLoop::WaitForMoreEvents);
+    }
 }
 
 void AppModel::exportConversation(const QUuid& id, const QString& file, ConversationForm form)

@@ -39,12 +39,6 @@ Task<BackupContents> readBackup(Worker* worker, QString root, QString name)
 constexpr const char* backupIsUnfinished =
     QT_TRANSLATE_NOOP("varnel::AppModel", "A backup is still being made or restored.");
 
-/// Whether another in its place would end it in the middle, and without a word.
-bool isUnfinished(const Task<void>& task)
-{
-    return task.isValid() && !task.isFinished();
-}
-
 struct WrittenProject
 {
     std::size_t count = 0;
@@ -180,7 +174,8 @@ void AppModel::backUp()
 
 bool AppModel::refuseSecondBackup()
 {
-    if (!isUnfinished(m_backup))
+    // Another in its place would end it in the middle, and without a word.
+    if (!m_backup.isRunning())
         return false;
     setStatusMessage(tr(backupIsUnfinished));
     Q_EMIT backupEnded(m_statusMessage);
@@ -206,7 +201,10 @@ void AppModel::restoreBackup(const QString& name)
 {
     if (refuseSecondBackup())
         return;
-    if (refuseWhileStreaming())
+    // With every file that arrives there would be another change to make a backup of first.
+    if (isImporting())
+        setStatusMessage(tr("Files are still being copied into the library. Wait until they are there."));
+    if (isImporting() || refuseWhileStreaming())
         Q_EMIT backupEnded(m_statusMessage);
     else
         m_backup = followRestore(name);

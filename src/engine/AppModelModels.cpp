@@ -124,7 +124,7 @@ Task<void> AppModel::followPull(QString name, std::stop_token stop)
         const QString done = QStringLiteral("Installed %1").arg(name);
         setPullStatus(done);
         setStatusMessage(done);
-        co_await refreshInstalledModels(stop);
+        co_await refreshInstalledModels({}); // what is done can be stopped no more
     } catch (...) {
         setPullStatus(endingOf(std::current_exception()));
     }
@@ -168,7 +168,7 @@ Task<void> AppModel::followRemoval(QString name, std::stop_token stop)
         const QString done = QStringLiteral("Removed %1").arg(name);
         setPullStatus(done);
         setStatusMessage(done);
-        co_await refreshInstalledModels(stop);
+        co_await refreshInstalledModels({});
     } catch (...) {
         setPullStatus(endingOf(std::current_exception()));
     }

@@ -46,12 +46,12 @@ void AppModel::send()
     if (!session || (prompt.isEmpty() && attachments.empty()) || refuseWhileStreaming() ||
         refusesPassthrough(session->id))
         return;
-    setPreparing(true);
+    setPreparing(session->id);
     m_stopTurn = std::stop_source();
     m_turn = followSend(session->id, prompt, attachments, m_stopTurn.get_token());
 }
 
-bool AppModel::refusesPassthrough(const QUuid& session)
+bool AppModel::refusesPassthrough(QUuid session)
 {
     const ChatSession* const conversation = this->session(session);
     if (!conversation || conversation->answerBackend != AnswerBackend::Remote || m_passthroughEnabled)
@@ -89,7 +89,7 @@ Task<void> AppModel::followSend(QUuid session, QString prompt, std::vector<QUuid
     } catch (const Error& error) {
         refusal = error.message();
     }
-    setPreparing(false);
+    setPreparing(QUuid());
     setStatusMessage(refusal);
 }
 
@@ -117,7 +117,7 @@ void AppModel::takeFromDraft(const QUuid& session, const QString& prompt,
 /// @param edited what its own words are from now on, if they change.
 void AppModel::resend(QUuid session, QUuid prompt, std::optional<QString> edited)
 {
-    setPreparing(true);
+    setPreparing(session);
     m_stopTurn = std::stop_source();
     m_turn = followResend(session, prompt, std::move(edited), m_stopTurn.get_token());
 }
@@ -129,8 +129,7 @@ Task<void> AppModel::followResend(QUuid session, QUuid prompt, std::optional<QSt
     QString refusal;
     try {
         const ChatSession* const conversation = this->session(session);
-        const std::size_t index = indexOf(*conversation, prompt);
-        QString content = conversation->messages[index].content;
+        QString content = conversation->messages[indexOf(*conversation, prompt)].content;
         if (edited)
             content = withPrompt(content, wellFormed(*edited).trimmed());
         PromptMaterial material = co_await preparePrompt({.conversation = *conversation,
@@ -138,6 +137,10 @@ Task<void> AppModel::followResend(QUuid session, QUuid prompt, std::optional<QSt
                                                           .items = mediaItemsOf(content),
                                                           .isFollowUp = true},
                                                          stop);
+        // Looked for anew: messages may have gone meanwhile.
+        const std::size_t index = indexOf(*this->session(session), prompt);
+        if (index == this->session(session)->messages.size())
+            throw Cancelled();
         if (edited)
             replacePrompt(session, index, content);
         else
@@ -149,7 +152,7 @@ Task<void> AppModel::followResend(QUuid session, QUuid prompt, std::optional<QSt
     } catch (const Error& error) {
         refusal = error.message();
     }
-    setPreparing(false);
+    setPreparing(QUuid());
     setStatusMessage(refusal);
 }
 
@@ -330,9 +333,10 @@ void AppModel::setFailure(std::optional<TurnFailure> failure)
     assign(m_failure, std::move(failure), &AppState::failureChanged);
 }
 
-void AppModel::setPreparing(bool preparing)
+void AppModel::setPreparing(const QUuid& session)
 {
-    m_isPreparing = preparing;
+    m_preparing = session;
+    m_isPreparing = !session.isNull();
     Q_EMIT isStreamingChanged();
 }
 
@@ -341,6 +345,7 @@ void AppModel::setStreaming(const QUuid& session, const QUuid& message)
     m_streamingSession = session;
     m_streamingMessage = message;
     m_isStreaming = !session.isNull();
+    m_preparing = QUuid();
     m_isPreparing = false;
     m_historyUse.reset();
     Q_EMIT isStreamingChanged();

@@ -134,7 +134,7 @@ void ConversationKeeper::saveLibrary(SaveQueue::Save save)
 void ConversationKeeper::keepReply(KeptReply reply)
 {
     m_reply = std::move(reply);
-    if (!m_pacing.isValid() || m_pacing.isFinished())
+    if (!m_pacing.isRunning())
         m_pacing = pace(this);
 }
 

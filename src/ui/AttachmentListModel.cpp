@@ -92,7 +92,9 @@ Task<void> AttachmentListModel::followText(QUuid item, QUuid session)
         // The attachment stays; what is wrong with its file is said when it is sent.
         co_return;
     }
-    if (m_app.selection() != session || !m_app.libraryItem(item))
+    const std::vector<QUuid> attached = m_app.attachmentIDs();
+    const bool isAttached = std::find(attached.begin(), attached.end(), item) != attached.end();
+    if (m_app.selection() != session || !isAttached) // sent or taken away meanwhile
         co_return;
     const QString draft = m_app.draft();
     m_app.setDraft(draft.isEmpty() ? text : draft + QStringLiteral("\n\n") + text);

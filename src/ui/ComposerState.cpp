@@ -34,8 +34,9 @@ ComposerState::ComposerState(AppModel& app, PromptEdit& edit, const WindowState&
     connect(&app, &AppModel::selectionChanged, this, [this] {
         setAsksCloud(false);
         remark({});
-        sendImported();
     });
+    // Later: a turn begins when everybody knows of the selection.
+    connect(&app, &AppModel::selectionChanged, this, &ComposerState::sendImported, Qt::QueuedConnection);
     connect(&app, &AppModel::messagesChanged, this, [this](const QUuid& session) {
         if (session == m_app.selection()) {
             Q_EMIT contextChanged();

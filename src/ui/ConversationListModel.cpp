@@ -141,11 +141,6 @@ void ConversationListModel::remove(int row)
         m_app.remove(QUuid(*id));
 }
 
-void ConversationListModel::renameCurrent(const QString& title)
-{
-    m_app.rename(QUuid(m_app.selection()), title);
-}
-
 void ConversationListModel::removeCurrent()
 {
     m_app.remove(QUuid(m_app.selection()));

@@ -73,8 +73,6 @@ public:
     Q_INVOKABLE void rename(int row, const QString& title);
     Q_INVOKABLE void togglePinned(int row);
     Q_INVOKABLE void remove(int row);
-    /// Renames the conversation that is shown, whether the search leaves it out or not.
-    Q_INVOKABLE void renameCurrent(const QString& title);
     Q_INVOKABLE void removeCurrent();
     /// Shows the conversation that many rows below the one that is shown; stays at the ends.
     Q_INVOKABLE void step(int by);

@@ -120,9 +120,9 @@ bool ConversationSettings::setKeepAlive(const QString& text)
     return true;
 }
 
-void ConversationSettings::setSystemPrompt(const QString& prompt)
+void ConversationSettings::setSystemPromptOf(const QUuid& session, const QString& prompt)
 {
-    m_app.changeSettings([&prompt](ChatSession& session) { session.systemPrompt = prompt; });
+    m_app.changeSettings(session, [&prompt](ChatSession& session) { session.systemPrompt = prompt; });
 }
 
 ConversationSettings::Work ConversationSettings::work() const

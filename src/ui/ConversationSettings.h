@@ -73,7 +73,9 @@ public:
     /// Takes a time as Ollama spells it, such as "5m"; whether the text is one. It is left alone if not.
     Q_INVOKABLE bool setKeepAlive(const QString& text);
     QString systemPrompt() const { return settings().systemPrompt; }
-    void setSystemPrompt(const QString& prompt);
+    void setSystemPrompt(const QString& prompt) { setSystemPromptOf(m_app.selection(), prompt); }
+    /// Of the conversation for which it was written, whichever is shown by now.
+    Q_INVOKABLE void setSystemPromptOf(const QUuid& session, const QString& prompt);
 
     /// Whether it is as in a new conversation, and making it so.
     bool temperatureIsUsual() const { return temperature() == m_usual.temperature; }

@@ -122,7 +122,7 @@ void SpellMarks::setDocument(QQuickTextDocument* document)
 void SpellMarks::noteChange()
 {
     // What is still looked up for a word that has changed is for nobody.
-    if (m_choice.isValid() && !m_choice.isFinished()) {
+    if (m_choice.isRunning()) {
         m_choice.reset();
         m_word.clear();
     }
@@ -159,7 +159,7 @@ std::vector<SpelledWord> SpellMarks::read(const QString& paragraph, int& fence)
 
 void SpellMarks::ask()
 {
-    if (!m_asked.empty() && (!m_words.isValid() || m_words.isFinished()))
+    if (!m_asked.empty() && !m_words.isRunning())
         m_words = followWords();
 }
 

@@ -43,6 +43,8 @@ private Q_SLOTS:
         m_window->key("ctrl+plus", 2);
         QVERIFY(m_window->press("Menu"));
         QVERIFY(m_window->press("Dark"));
+        // While the menu is there, a press of the mouse is the end of it.
+        QVERIFY(m_window->showsNoMore(QStringLiteral("menu item | Dark")));
         m_window->display().place(process(), place);
         // The edge of the list, dragged; then the list is put away.
         m_window->display().moveTo(place.topLeft() + QPoint(325, 400));

@@ -189,6 +189,40 @@ private Q_SLOTS:
         QCOMPARE(listBackups(stage.profile.dataFolder()).size(), 1U);
     }
 
+    void whatIsTakenBackIsAlwaysOnTheDisk()
+    {
+        Stage stage;
+        const QString folder = stage.profile.dataFolder();
+        stage.send(text("precious"));
+        stage.chats.back()->reply(500, "application/json", "{\"error\":\"no\"}");
+        QVERIFY(stage.waitForEnd());
+        stage.model->editFailed();
+        QVERIFY(waitUntil([&] { return contentsOf(SessionStore::fileIn(folder)).contains("[]"); }));
+        QVERIFY(contentsOf(folder + text("/drafts.json")).contains("precious"));
+    }
+
+    void filesAreWrittenBeforeTheProgramEnds()
+    {
+        Stage stage;
+        const QString folder = stage.profile.folder.filePath(text("site"));
+        const QString copy = stage.profile.folder.filePath(text("copy.md"));
+        QVERIFY(QDir().mkpath(folder));
+        stage.model->setProjectPath(folder);
+        QByteArray reply;
+        for (int i = 0; i < 100; ++i)
+            reply += "```path:" + QByteArray::number(i) + ".txt\\nnew\\n```\\n";
+        stage.send(text("write"));
+        stage.begin(line(reply) + doneLine);
+        QVERIFY(stage.waitForEnd());
+        stage.model->writeProjectFiles(stage.session().messages.back().id);
+        stage.model->saveTranscript(copy);
+        stage.model->importContents([] { return QByteArray("x"); }, text("a.txt"), {}, false);
+        stage.model->shutDown();
+        QCOMPARE(QDir(folder).entryList(QDir::Files).size(), 100);
+        QVERIFY(contentsOf(copy).contains("path:99.txt"));
+        QCOMPARE(LibraryStore(stage.profile.dataFolder()).items().size(), 1U);
+    }
+
     void overwrittenFilesCanBePutBackUntilTheyAre()
     {
         Stage stage;

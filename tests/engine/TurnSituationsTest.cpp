@@ -229,6 +229,38 @@ std::vector<Situation> stoppedSituations()
          {stopped},
          {},
          {text("one"), text("half and more")}},
+        {"stopped when it is ready and nobody knows yet",
+         [](Stage& stage) {
+             stage.model->importContents([] { return QByteArray("x"); }, text("a.txt"), {}, true);
+             QVERIFY(waitUntil([&] { return !stage.model->isImporting(); }));
+             stage.model->setDraft(text("one"));
+             stage.model->send();
+             QThread::msleep(50);
+             stage.model->stop();
+             QVERIFY(stage.waitForEnd());
+             QCOMPARE(stage.model->draft(), text("one"));
+             QCOMPARE(stage.model->attachmentIDs().size(), 1U);
+         },
+         {stopped},
+         {},
+         {}},
+        {"removed while it waits for a key",
+         [](Stage& stage) {
+             stage.send(text("one"));
+             stage.begin(line("ok") + doneLine);
+             QVERIFY(stage.waitForEnd());
+             QSemaphore gate;
+             stage.profile.secrets->gate = &gate;
+             stage.model->setSearch(SearchSource::Ollama);
+             stage.model->editAndResend(stage.session().messages.front().id, text("two"));
+             stage.model->remove(stage.model->selection());
+             QVERIFY(stage.waitForEnd());
+             gate.release(10);
+             stage.model->undoRemove();
+         },
+         {stopped},
+         {},
+         {text("one"), text("ok")}},
     };
 }
 

@@ -1,6 +1,8 @@
+#include "ui/ComposerState.h"
 #include "ui/ConversationListModel.h"
 #include "ui/ModelFixture.h"
 #include "ui/ModelListModel.h"
+#include "ui/PromptEdit.h"
 #include "ui/WindowState.h"
 
 #include <QAbstractItemModelTester>
@@ -210,6 +212,26 @@ private Q_SLOTS:
         fixture.app.setSessionQuery(QString());
         list.open(0);
         QCOMPARE(hits.count(), 1);
+    }
+
+    void aHitMayBeginWhatWaitedInItsConversation()
+    {
+        ModelFixture fixture;
+        PromptEdit edit(fixture.app);
+        ComposerState composer(fixture.app, edit, {});
+        ConversationListModel list(fixture.app, fixture.clock);
+        QVERIFY(fixture.begin(QStringLiteral("The Walrus sleeps")));
+        const QUuid walrus = fixture.app.selection();
+        fixture.app.rename(walrus, QStringLiteral("xyz")); // so that only its text holds the word
+        fixture.app.setDraft(QStringLiteral("And now?"));
+        fixture.app.importContents([] { return QByteArray("x"); }, QStringLiteral("a.txt"), {}, false);
+        composer.send();
+        fixture.app.newConversation();
+        QVERIFY(waitUntil([&] { return !fixture.app.isImporting(); }));
+        fixture.app.setSessionQuery(QStringLiteral("walrus"));
+        list.openFirstHit();
+        QVERIFY(waitUntil([&] { return fixture.app.session(walrus)->messages.size() == 4; }));
+        QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
     }
 
     void loadedModelsComeFirst()

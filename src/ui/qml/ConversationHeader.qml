@@ -20,7 +20,7 @@ Item {
 
     function rename() {
         findBar.close()
-        editor.start(AppModel.selectedTitle)
+        editor.start()
     }
 
     implicitHeight: Theme.header
@@ -61,7 +61,6 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(Theme.px(420), parent.width)
             onEnded: header.renameEnded()
-            onRenamed: title => ConversationListModel.renameCurrent(title)
         }
     }
     LinkBadge {

@@ -9,7 +9,7 @@ ListView {
 
     function renameCurrent() {
         if (currentItem)
-            editor.start(AppModel.selectedTitle)
+            editor.start()
     }
     function openMenu(row: int) {
         const item = itemAtIndex(row) as ConversationDelegate
@@ -90,7 +90,6 @@ ListView {
         x: Theme.gap
         y: list.currentItem ? list.currentItem.y - list.contentY + (list.currentItem.height - height) / 2 : 0
         onEnded: list.forceActiveFocus(Qt.OtherFocusReason)
-        onRenamed: title => ConversationListModel.renameCurrent(title)
     }
     ConversationMenu {
         id: menu

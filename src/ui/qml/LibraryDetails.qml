@@ -70,14 +70,6 @@ Flickable {
 
         target: LibraryListModel
     }
-    // The program may end while a field has the keyboard.
-    Connections {
-        function onClosing() {
-            details.keep()
-        }
-
-        target: details.Window.window
-    }
     Column {
         id: column
 

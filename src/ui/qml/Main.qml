@@ -14,6 +14,8 @@ T.ApplicationWindow {
     minimumWidth: 920
     title: AppModel.selectedTitle
     width: 1120
+    // What stands in a field counts when the field is left, and the program may end in the middle of it.
+    onClosing: stage.forceActiveFocus(Qt.OtherFocusReason)
 
     // Held by the window itself and not by something in it, these work while a sheet lies over the rest as well.
     readonly property list<QtObject> everywhere: [

@@ -14,6 +14,8 @@ T.Button {
     // Has something set that is worth a dot: a colour alone does not tell everybody.
     property bool marked: false
     property string hint: ""
+    // Pressed since the pointer came: the hint would only lie over what came of it.
+    property bool used: false
 
     property color ink: !primary ? Theme.text : enabled ? Theme.inkOnAccent : Theme.secondary
 
@@ -31,6 +33,8 @@ T.Button {
     rightPadding: text.length > 0 ? Theme.paragraph : 0
     Keys.onEnterPressed: clicked()
     Keys.onReturnPressed: clicked()
+    onHoveredChanged: used = false
+    onPressed: used = true
 
     background: Rectangle {
         border.color: Theme.controlBorder
@@ -86,6 +90,6 @@ T.Button {
     }
     PlainToolTip {
         text: button.hint
-        visible: button.hovered && button.hint.length > 0
+        visible: button.hovered && !button.used && button.hint.length > 0
     }
 }

@@ -1,15 +1,18 @@
 import QtQuick
 import Varnel
 
-// Edits a title in its place. Leaving the field keeps what was typed, Escape does not.
+// Edits the title of the conversation that is shown, in its place. Leaving the field or the conversation keeps what
+// was typed, Escape does not.
 PlainField {
     id: field
 
-    signal renamed(title: string)
+    property var session
+
     signal ended
 
-    function start(title: string) {
-        text = title
+    function start() {
+        session = AppModel.selection
+        text = AppModel.selectedTitle
         visible = true
         forceActiveFocus(Qt.OtherFocusReason)
         selectAll()
@@ -19,7 +22,7 @@ PlainField {
             return
         visible = false
         if (keep)
-            renamed(text)
+            AppModel.rename(session, text)
         ended()
     }
 
@@ -30,4 +33,12 @@ PlainField {
     onAccepted: end(true)
     onActiveFocusChanged: if (!activeFocus)
         end(true)
+
+    Connections {
+        function onSelectionChanged() {
+            field.end(true)
+        }
+
+        target: AppModel
+    }
 }

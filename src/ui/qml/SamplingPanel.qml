@@ -11,6 +11,12 @@ T.Popup {
     // Context lengths worth having: each twice the one before.
     readonly property real doubling: Math.log2(ConversationSettings.contextLength / 512)
 
+    // Whose settings these are: another conversation may come to the front by itself.
+    property var session
+
+    function keep() {
+        ConversationSettings.setSystemPromptOf(session, systemPrompt.text)
+    }
     function settle() {
         keepAlive.text = ConversationSettings.keepAlive
         systemPrompt.text = ConversationSettings.systemPrompt
@@ -21,16 +27,26 @@ T.Popup {
     focus: true
     height: Math.min(column.height + 2 * padding, T.Overlay.overlay ? T.Overlay.overlay.height - 2 * Theme.gap : 0)
     margins: Theme.gap
-    // The conversation stays the same while its settings are open.
     modal: true
     padding: Theme.gutter
     width: Theme.px(380)
     y: -height - Theme.unit
-    onAboutToHide: ConversationSettings.systemPrompt = systemPrompt.text
-    onAboutToShow: settle()
+    onAboutToHide: keep()
+    onAboutToShow: {
+        session = AppModel.selection
+        settle()
+    }
     onOpened: temperature.forceActiveFocus(Qt.PopupFocusReason)
 
     background: PopupSurface {
+    }
+
+    Connections {
+        function onSelectionChanged() {
+            panel.close()
+        }
+
+        target: AppModel
     }
     Flickable {
         Accessible.name: qsTr("Sampling")
@@ -120,7 +136,7 @@ T.Popup {
                     height: Theme.px(96)
                     label: qsTr("System prompt")
                     width: parent.width
-                    onEdited: ConversationSettings.systemPrompt = text
+                    onEdited: panel.keep()
                 }
             }
         }
