@@ -84,6 +84,8 @@ public:
     const ChatSession* session(const QUuid& id) const;
     const ChatSession* selectedSession() const { return session(m_selection); }
     const QUuid& selection() const { return m_selection; }
+    /// The same for QML, which knows no such type and hands it on as it is.
+    Q_INVOKABLE QVariant selectionId() const { return m_selection; }
 
     const std::vector<LibraryItem>& libraryItems() const { return m_libraryItems; }
     /// The item of that identifier, deleted or not; null if there is none.

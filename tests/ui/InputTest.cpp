@@ -40,6 +40,33 @@ private Q_SLOTS:
         QCOMPARE(fixture.app->libraryItem(whales)->title, QStringLiteral("whales"));
     }
 
+    void whatIsTypedForAConversationStaysWithIt()
+    {
+        SheetFixture fixture;
+        fixture.open();
+        const QUuid trains = fixture.app->selection();
+        fixture.app->duplicate(trains);
+        const QUuid whales = fixture.app->selection();
+        fixture.press(Qt::Key_F2);
+        for (const char key : {'s', 'e', 'a'})
+            QTest::keyClick(fixture.window, key);
+        fixture.app->select(trains); // as an import that ends does
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app->session(whales)->title, QStringLiteral("sea"));
+        QVERIFY(fixture.app->selectedTitle() != QStringLiteral("sea"));
+
+        QVERIFY(fixture.click("Sampling"));
+        QVERIFY(fixture.fill("System prompt", QStringLiteral("steam")));
+        fixture.app->select(whales);
+        QVERIFY(waitUntil([&] { return fixture.focusName() != QStringLiteral("System prompt"); }));
+        QCOMPARE(fixture.app->session(trains)->systemPrompt, QStringLiteral("steam"));
+        QCOMPARE(fixture.app->session(whales)->systemPrompt, QString());
+        QVERIFY(fixture.click("Sampling"));
+        QVERIFY(fixture.fill("System prompt", QStringLiteral("blue")));
+        fixture.window->close();
+        QCOMPARE(fixture.app->session(whales)->systemPrompt, QStringLiteral("blue"));
+    }
+
     void theLibraryIsSearchedAndTidied()
     {
         SheetFixture fixture;

@@ -196,40 +196,6 @@ private Q_SLOTS:
         QCOMPARE(fixture.focusName(), QStringLiteral("Message"));
     }
 
-    void whatIsTypedForAConversationStaysWithIt()
-    {
-        WindowFixture fixture;
-        QVERIFY(fixture.begin(QStringLiteral("whales")));
-        const QUuid whales = fixture.app.selection();
-        QVERIFY(fixture.begin(QStringLiteral("trains")));
-        const QUuid trains = fixture.app.selection();
-        fixture.press(Qt::Key_F2);
-        fixture.type(QStringLiteral("rails"));
-        fixture.app.select(whales); // as an import that ends does
-        fixture.press(Qt::Key_Return);
-        QCOMPARE(fixture.app.session(trains)->title, QStringLiteral("rails"));
-        QCOMPARE(fixture.app.selectedTitle(), QStringLiteral("whales"));
-
-        const auto openPrompt = [&] {
-            for (int i = 0; i < 40 && fixture.focusName() != QStringLiteral("Sampling"); ++i)
-                fixture.press(Qt::Key_Tab);
-            fixture.press(Qt::Key_Space);
-            for (int i = 0; i < 40 && fixture.focusName() != QStringLiteral("System prompt"); ++i)
-                fixture.press(Qt::Key_Tab);
-            return fixture.focusName() == QStringLiteral("System prompt");
-        };
-        QVERIFY(openPrompt());
-        fixture.type(QStringLiteral("Be a whale."));
-        fixture.app.select(trains);
-        QVERIFY(waitUntil([&] { return fixture.focusName() != QStringLiteral("System prompt"); }));
-        QCOMPARE(fixture.app.session(whales)->systemPrompt, QStringLiteral("Be a whale."));
-        QCOMPARE(fixture.app.session(trains)->systemPrompt, QString());
-        QVERIFY(openPrompt());
-        fixture.type(QStringLiteral("Be brief."));
-        fixture.window->close();
-        QCOMPARE(fixture.app.session(trains)->systemPrompt, QStringLiteral("Be brief."));
-    }
-
     void everyControlHasANameAndTabReachesIt()
     {
         WindowFixture fixture;

@@ -11,7 +11,7 @@ PlainField {
     signal ended
 
     function start() {
-        session = AppModel.selection
+        session = AppModel.selectionId()
         text = AppModel.selectedTitle
         visible = true
         forceActiveFocus(Qt.OtherFocusReason)

@@ -33,7 +33,7 @@ T.Popup {
     y: -height - Theme.unit
     onAboutToHide: keep()
     onAboutToShow: {
-        session = AppModel.selection
+        session = AppModel.selectionId()
         settle()
     }
     onOpened: temperature.forceActiveFocus(Qt.PopupFocusReason)
