@@ -78,6 +78,7 @@ void AppModel::load()
 
 void AppModel::shutDown()
 {
+    m_isEnding = true;
     finishFileWork();
     // What has come of a running reply is kept, and shown as unfinished at the next start.
     showLatest();

@@ -117,7 +117,8 @@ public:
     /// Switches the selected conversation to the installed model that suits a kind of work best.
     void chooseWorkContext(WorkContext context);
     void setSearch(SearchSource source);
-    Q_INVOKABLE void setProjectPath(const QString& path);
+    /// @param session the selected one if it is null, here and below.
+    Q_INVOKABLE void setProjectPath(const QString& path, const QUuid& session = {});
 
     // Copies outside the program. The status says what became of them.
 
@@ -128,15 +129,15 @@ public:
     void saveWith(const std::function<Task<void>(Worker*)>& write, const QString& file);
     /// Saves the selected conversation as Markdown.
     Q_INVOKABLE void saveTranscript(const QString& file);
-    /// Saves one message of the selected conversation as it stands.
-    Q_INVOKABLE void saveReply(const QUuid& message, const QString& file);
+    /// Saves one message of a conversation as it stands.
+    void saveReply(const QUuid& session, const QUuid& message, const QString& file);
     /// Adds a conversation that was exported as JSON, and selects it.
     Q_INVOKABLE void importConversation(const QString& file);
 
     // The composer of the selected conversation.
 
     /// Puts the text of a web page below the draft. A newer page replaces one that is still being read.
-    Q_INVOKABLE void readPage(const QString& url);
+    Q_INVOKABLE void readPage(const QString& url, const QUuid& session = {});
     Q_INVOKABLE void stopReadingPage();
 
     void setDraft(const QString& text);
@@ -199,8 +200,9 @@ public:
     // The library.
 
     /// Copies files into the library.
-    /// @param andAttach whether they go with the next message of the selected conversation.
-    void importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach);
+    /// @param andAttach whether they go with the next message of the conversation.
+    void importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach,
+                     const QUuid& session = {});
     /// Puts something into the library that no file holds yet, such as a picture that was pasted.
     /// @param contents makes the bytes, on another thread.
     /// @param fileName what such a file would be called.

@@ -85,6 +85,7 @@ void AppModel::announceSelection()
 {
     m_historyUse.reset();
     Q_EMIT selectionChanged();
+    Q_EMIT undoesHereChanged();
     Q_EMIT selectedSessionChanged();
     Q_EMIT draftChanged();
     Q_EMIT attachmentIDsChanged();
@@ -306,9 +307,10 @@ void AppModel::setSearch(SearchSource source)
     changeSettings([source](ChatSession& session) { session.search = source; });
 }
 
-void AppModel::setProjectPath(const QString& path)
+void AppModel::setProjectPath(const QString& path, const QUuid& session)
 {
-    changeSettings([&path](ChatSession& session) { session.projectPath = wellFormed(path); });
+    changeSettings(session.isNull() ? m_selection : session,
+                   [&path](ChatSession& session) { session.projectPath = wellFormed(path); });
     setStatusMessage(projectDirectoryStatus(path));
 }
 

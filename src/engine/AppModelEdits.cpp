@@ -46,11 +46,14 @@ void AppModel::setReplaced(std::unique_ptr<ReplacedMessages> replaced)
     m_replaced = std::move(replaced);
     const bool canUndo = m_replaced != nullptr;
     const bool undoesFork = canUndo && !m_replaced->fork.isNull();
-    if (canUndo == m_canUndoEdit && undoesFork == m_undoesFork)
+    const QUuid session = !canUndo ? QUuid() : undoesFork ? m_replaced->fork : m_replaced->session;
+    if (session == m_undoSession && undoesFork == m_undoesFork)
         return;
     m_canUndoEdit = canUndo;
     m_undoesFork = undoesFork;
+    m_undoSession = session;
     Q_EMIT canUndoEditChanged();
+    Q_EMIT undoesHereChanged();
 }
 
 /// Takes away the messages from one on, if there are any, keeping them for undoEdit().

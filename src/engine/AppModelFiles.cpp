@@ -57,12 +57,12 @@ void AppModel::saveTranscript(const QString& file)
     exportConversation(m_selection, file, ConversationForm::Markdown);
 }
 
-void AppModel::saveReply(const QUuid& message, const QString& file)
+void AppModel::saveReply(const QUuid& session, const QUuid& message, const QString& file)
 {
-    const ChatSession* const selected = selectedSession();
-    const std::size_t index = selected ? indexOf(*selected, message) : 0;
-    if (selected && index < selected->messages.size())
-        keepTask(followSaving(writeText(&m_worker, selected->messages[index].content, file), file));
+    const ChatSession* const conversation = this->session(session);
+    const std::size_t index = conversation ? indexOf(*conversation, message) : 0;
+    if (conversation && index < conversation->messages.size())
+        keepTask(followSaving(writeText(&m_worker, conversation->messages[index].content, file), file));
 }
 
 Task<void> AppModel::followSaving(Task<void> saving, QString file)
@@ -99,14 +99,14 @@ Task<void> AppModel::followConversationImport(QString file)
     setStatusMessage(status);
 }
 
-void AppModel::readPage(const QString& url)
+void AppModel::readPage(const QString& url, const QUuid& session)
 {
     const QString address = url.trimmed();
     if (address.isEmpty())
         return;
     m_stopPage.request_stop();
     m_stopPage = std::stop_source();
-    m_page = followPage(m_selection, address, m_stopPage.get_token());
+    m_page = followPage(session.isNull() ? m_selection : session, address, m_stopPage.get_token());
 }
 
 void AppModel::stopReadingPage()

@@ -67,7 +67,8 @@ void AppModel::showLibrary()
     Q_EMIT libraryItemsChanged();
 }
 
-void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
+void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool andAttach,
+                           const QUuid& session)
 {
     std::vector<std::function<LibraryItem()>> makers;
     for (const QUrl& file : files) {
@@ -75,7 +76,8 @@ void AppModel::importFiles(const QList<QUrl>& files, const QString& folder, bool
             return copyIntoLibrary(root, file, folder, now);
         });
     }
-    keepTask(followImport(std::move(makers), andAttach ? m_selection : QUuid()));
+    const QUuid attachTo = session.isNull() ? m_selection : session;
+    keepTask(followImport(std::move(makers), andAttach ? attachTo : QUuid()));
 }
 
 void AppModel::importContents(const std::function<QByteArray()>& contents, const QString& fileName,

@@ -43,7 +43,8 @@ void AppModel::send()
     const ChatSession* const session = selectedSession();
     const QString prompt = draft().trimmed();
     const std::vector<QUuid> attachments = attachmentIDs();
-    if (!session || (prompt.isEmpty() && attachments.empty()) || refuseWhileStreaming() ||
+    // A prompt that waits for its attachments stays a draft when the program ends before.
+    if (m_isEnding || !session || (prompt.isEmpty() && attachments.empty()) || refuseWhileStreaming() ||
         refusesPassthrough(session->id))
         return;
     setPreparing(session->id);

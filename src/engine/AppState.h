@@ -69,6 +69,7 @@ class AppState : public QObject
     Q_PROPERTY(QString removedTitle READ removedTitle NOTIFY removedTitleChanged)
     Q_PROPERTY(bool canUndoEdit READ canUndoEdit NOTIFY canUndoEditChanged)
     Q_PROPERTY(bool undoesFork READ undoesFork NOTIFY canUndoEditChanged)
+    Q_PROPERTY(bool undoesHere READ undoesHere NOTIFY undoesHereChanged)
 
 public:
     using QObject::QObject;
@@ -153,6 +154,8 @@ public:
     bool canUndoEdit() const { return m_canUndoEdit; }
     /// Whether undoing takes a fork away, back to where it was made, rather than bringing messages back.
     bool undoesFork() const { return m_undoesFork; }
+    /// Whether the selected conversation is the one that undoing changes or takes away.
+    bool undoesHere() const { return m_canUndoEdit && m_undoSession == m_selection; }
 
 Q_SIGNALS:
     /// Which conversations there are, or their order.
@@ -204,6 +207,7 @@ Q_SIGNALS:
     void credentialRevisionChanged();
     void removedTitleChanged();
     void canUndoEditChanged();
+    void undoesHereChanged();
     /// Whether overwritten files of a project can be put back, or what there is to put back.
     void projectFilesChanged();
     /// What became of a backup that was to be made or restored; the status says the same.
@@ -262,6 +266,8 @@ protected:
     QString m_removedTitle;
     bool m_canUndoEdit = false;
     bool m_undoesFork = false;
+    QUuid m_undoSession;
+    bool m_isEnding = false; // the program
 };
 
 } // namespace varnel

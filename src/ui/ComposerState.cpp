@@ -85,7 +85,9 @@ void ComposerState::sendImported()
     if (m_app.isImporting() || m_sendWhenImported.erase(m_app.selection()) == 0 || m_edit.active())
         return;
     updateCanSend();
+    m_sendsByItself = true;
     send();
+    m_sendsByItself = false;
 }
 
 void ComposerState::afterConsent(std::function<void()> action)
@@ -96,6 +98,8 @@ void ComposerState::afterConsent(std::function<void()> action)
     }
     m_afterConsent = std::move(action);
     setAsksCloud(true);
+    if (!m_sendsByItself)
+        Q_EMIT cloudAsked();
 }
 
 void ComposerState::sendNow()

@@ -92,6 +92,8 @@ Q_SIGNALS:
     void statusLineChanged();
     void noticeChanged();
     void asksCloudChanged();
+    /// The user is asked because of something they did just now, and expects the question.
+    void cloudAsked();
     void cloudNameChanged();
     void contextChanged();
     void sendsWithControlChanged();
@@ -107,6 +109,7 @@ private:
     std::map<QUuid, int> m_cursors;
     bool m_canSend = false;
     bool m_asksCloud = false;
+    bool m_sendsByItself = false;
     std::function<void()> m_afterConsent; // what the question is about
     bool m_sendsWithControl = false;
     QString m_remark;

@@ -19,6 +19,7 @@ ConversationListModel::ConversationListModel(AppModel& app, const Clock& clock, 
     connect(&app, &AppModel::messageChanged, this, &ConversationListModel::refreshRow);
     connect(&app, &AppModel::selectionChanged, this, &ConversationListModel::noteSelection);
     connect(&app, &AppModel::isStreamingChanged, this, &ConversationListModel::noteStreaming);
+    connect(&app, &AppModel::sessionQueryChanged, this, [this] { m_awaited.reset(); });
     connect(&app, &AppModel::sessionQueryChanged, this, &ConversationListModel::refresh);
     connect(&app, &AppModel::sessionQueryChanged, this, &ConversationListModel::searchingChanged);
     connect(&app, &AppModel::sessionHitsChanged, this, &ConversationListModel::takeHits);

@@ -85,10 +85,10 @@ QString ConversationSettings::projectPath() const
     return settings().projectPath.left(longest);
 }
 
-void ConversationSettings::chooseProject(const QUrl& folder)
+void ConversationSettings::chooseProject(const QUrl& folder, const QUuid& session)
 {
     if (folder.isLocalFile())
-        m_app.setProjectPath(folder.toLocalFile());
+        m_app.setProjectPath(folder.toLocalFile(), session);
 }
 
 void ConversationSettings::clearProject()

@@ -61,7 +61,7 @@ public:
     /// The last part of the project folder's path; empty when there is none.
     QString projectName() const;
     QString projectPath() const;
-    Q_INVOKABLE void chooseProject(const QUrl& folder);
+    Q_INVOKABLE void chooseProject(const QUrl& folder, const QUuid& session);
     Q_INVOKABLE void clearProject();
 
     /// Values outside the range become its nearest end.

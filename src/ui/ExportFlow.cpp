@@ -125,7 +125,7 @@ void ExportFlow::save(const QUrl& file)
     if (!session || path.isEmpty())
         return;
     if (!wanted->message.isNull())
-        m_app.saveReply(wanted->message, path);
+        m_app.saveReply(wanted->session, wanted->message, path);
     else if (wanted->form == Pdf)
         savePdf(*session, path);
     else if (wanted->form == Json)

@@ -58,10 +58,10 @@ bool Intake::mayAttach()
     return !m_edit.active();
 }
 
-void Intake::readPage(const QString& address)
+void Intake::readPage(const QString& address, const QUuid& session)
 {
     if (mayAttach())
-        m_app.readPage(address);
+        m_app.readPage(address, session);
 }
 
 bool Intake::canTake(const QMimeData& data)
@@ -132,10 +132,10 @@ bool Intake::pasteIntoLibrary(const QString& folder)
     return true;
 }
 
-void Intake::takeFiles(const QList<QUrl>& files, const QString& folder, bool andAttach)
+void Intake::takeFiles(const QList<QUrl>& files, const QString& folder, bool andAttach, const QUuid& session)
 {
     if (!andAttach || mayAttach())
-        m_app.importFiles(files, folder, andAttach);
+        m_app.importFiles(files, folder, andAttach, session);
 }
 
 /// What is no text has no place in an earlier prompt.

@@ -42,7 +42,8 @@ public:
     /// refused() says so.
     Q_INVOKABLE bool mayAttach();
     /// Has a page of the web put into the message, unless an earlier prompt is being edited.
-    Q_INVOKABLE void readPage(const QString& address);
+    /// @param session the selected one if it is null.
+    Q_INVOKABLE void readPage(const QString& address, const QUuid& session = {});
 
     /// Whether takeDropped() would take something of it.
     static bool canTake(const QMimeData& data);
@@ -57,7 +58,9 @@ public:
     /// The same for the library, which takes no texts.
     Q_INVOKABLE bool pasteIntoLibrary(const QString& folder);
     /// Takes files that were chosen.
-    Q_INVOKABLE void takeFiles(const QList<QUrl>& files, const QString& folder, bool andAttach);
+    /// @param session to whose next message they are attached; the selected one if it is null.
+    Q_INVOKABLE void takeFiles(const QList<QUrl>& files, const QString& folder, bool andAttach,
+                               const QUuid& session = {});
 
 Q_SIGNALS:
     /// A short text is to be inserted where the cursor of the message is.

@@ -91,6 +91,22 @@ int ModelListModel::currentRow() const
     return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
 }
 
+QString ModelListModel::keyAt(int row) const
+{
+    if (row < 0 || row >= count())
+        return {};
+    const ModelRow& model = m_rows[static_cast<std::size_t>(row)];
+    return (model.provider ? displayName(*model.provider) : QString()) + QLatin1Char('\n') + model.name;
+}
+
+int ModelListModel::rowOfKey(const QString& key) const
+{
+    int row = 0;
+    while (row < count() && keyAt(row) != key)
+        ++row;
+    return row < count() ? row : -1;
+}
+
 void ModelListModel::choose(int row)
 {
     if (row < 0 || row >= count())

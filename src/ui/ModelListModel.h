@@ -60,6 +60,9 @@ public:
     int installed() const { return static_cast<int>(m_app.installedModels().size()); }
     /// The row of the model that answers the selected conversation, -1 if it is not listed.
     int currentRow() const;
+    /// What tells a row's model from all others, and the row of that model now; empty and -1 for none.
+    Q_INVOKABLE QString keyAt(int row) const;
+    Q_INVOKABLE int rowOfKey(const QString& key) const;
     /// Has the model of a row answer the selected conversation; a row that is not there does nothing.
     Q_INVOKABLE void choose(int row);
     /// Looks again which models are in memory and which providers have a key.

@@ -101,6 +101,14 @@ QString ServerModelList::nameAt(int row) const
                                      : m_rows[static_cast<std::size_t>(row)].name.left(longestName);
 }
 
+int ServerModelList::rowOf(const QString& name) const
+{
+    int row = 0;
+    while (row < count() && nameAt(row) != name)
+        ++row;
+    return row < count() ? row : -1;
+}
+
 void ServerModelList::makeDefault(int row)
 {
     if (row >= 0 && row < count())

@@ -57,6 +57,8 @@ public:
 
     /// The name of a row's model, cut to what a screen can show.
     Q_INVOKABLE QString nameAt(int row) const;
+    /// The row of a name; -1 if there is none.
+    Q_INVOKABLE int rowOf(const QString& name) const;
     Q_INVOKABLE void makeDefault(int row);
     Q_INVOKABLE void removeModel(int row);
 

@@ -61,7 +61,7 @@ private Q_SLOTS:
         write(path("reply.md"), "older");
         write(path("reply.md.saving"), "mine");
         const auto permissions = QFile::permissions(path("reply.md"));
-        model.saveReply(original.messages[1].id, path("reply.md"));
+        model.saveReply(original.id, original.messages[1].id, path("reply.md"));
         QVERIFY(waitForStatus(stage, text("Saved ") + path("reply.md")));
         QCOMPARE(contentsOf(path("reply.md")), QByteArray("**first**\n"));
         QCOMPARE(contentsOf(path("reply.md.saving")), QByteArray("mine"));

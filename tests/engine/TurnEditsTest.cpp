@@ -69,7 +69,11 @@ private Q_SLOTS:
         Stage stage;
         talk(stage, "one", "first");
         stage.model->regenerate();
-        QVERIFY(stage.model->canUndoEdit());
+        QVERIFY(stage.model->canUndoEdit() && stage.model->undoesHere());
+        const QUuid here = stage.model->selection();
+        stage.model->newConversation();
+        QVERIFY(stage.model->canUndoEdit() && !stage.model->undoesHere());
+        stage.model->select(here);
         answer(stage, 2, "second");
         QCOMPARE(stage.chats[1]->body(), stage.chats[0]->body());
         QCOMPARE(stage.contents(), QStringList({text("one"), text("second")}));

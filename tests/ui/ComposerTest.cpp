@@ -6,6 +6,7 @@
 #include <QImage>
 #include <QMimeData>
 #include <QQuickItem>
+#include <QSignalSpy>
 #include <QTest>
 
 using namespace varnel;
@@ -241,6 +242,32 @@ private Q_SLOTS:
         fixture.composer().send();
         QVERIFY(!fixture.composer().asksCloud());
         QVERIFY(waitUntil([&] { return !fixture.app.isBusy(); }));
+    }
+
+    void aPromptThatWaitedTakesNoKeyboardAndEndsWithTheProgram()
+    {
+        ComposerFixture fixture;
+        const QSignalSpy asked(&fixture.composer(), &ComposerState::cloudAsked);
+        fixture.app.setPassthroughEnabled(true);
+        fixture.app.chooseRemoteModel(RemoteProvider::Claude, {});
+        const auto sendWithFile = [&] {
+            fixture.app.setDraft(QStringLiteral("hello"));
+            fixture.app.importContents([] { return QByteArray("x"); }, QStringLiteral("a.txt"), {}, true);
+            fixture.composer().send();
+        };
+        sendWithFile();
+        QVERIFY(waitUntil([&] { return fixture.composer().asksCloud(); }));
+        QCOMPARE(asked.count(), 0);
+        fixture.type(QStringLiteral("!"));
+        QCOMPARE(fixture.app.draft(), QStringLiteral("hello!"));
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(asked.count(), 1);
+
+        fixture.app.chooseModel(QStringLiteral("practice-chat:70b"));
+        sendWithFile();
+        fixture.app.shutDown();
+        QVERIFY(!fixture.app.isImporting() && !fixture.app.isBusy());
+        QCOMPARE(fixture.app.draft(), QStringLiteral("hello"));
     }
 
     void askingOnceMoreAsksAboutTheProviderToo()

@@ -51,9 +51,11 @@ private Q_SLOTS:
         for (const char key : {'s', 'e', 'a'})
             QTest::keyClick(fixture.window, key);
         fixture.app->select(trains); // as an import that ends does
+        QTest::keyClick(fixture.window, 'l');
         fixture.press(Qt::Key_Return);
-        QCOMPARE(fixture.app->session(whales)->title, QStringLiteral("sea"));
-        QVERIFY(fixture.app->selectedTitle() != QStringLiteral("sea"));
+        QCOMPARE(fixture.app->session(whales)->title, QStringLiteral("seal"));
+        QVERIFY(fixture.app->selectedTitle() != QStringLiteral("seal"));
+        QCOMPARE(fixture.app->draft(), QString());
 
         QVERIFY(fixture.click("Sampling"));
         QVERIFY(fixture.fill("System prompt", QStringLiteral("steam")));
@@ -65,6 +67,39 @@ private Q_SLOTS:
         QVERIFY(fixture.fill("System prompt", QStringLiteral("blue")));
         fixture.window->close();
         QCOMPARE(fixture.app->session(whales)->systemPrompt, QStringLiteral("blue"));
+    }
+
+    void whatTheAttachMenuOpensHasTheKeyboard()
+    {
+        SheetFixture fixture;
+        fixture.open();
+        QVERIFY(fixture.click("Attach"));
+        QVERIFY(fixture.click("Read a web page…"));
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Address of the page"); }));
+        fixture.press(Qt::Key_Escape);
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Message"); }));
+        QVERIFY(fixture.click("Attach"));
+        QVERIFY(fixture.click("From the library…"));
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Search the library"); }));
+    }
+
+    void thePickerPointsAtTheSameModelWhenOthersGo()
+    {
+        SheetFixture fixture;
+        fixture.open();
+        const auto& models = fixture.part<ModelListModel>("ModelListModel");
+        QVERIFY(waitUntil([&] { return models.rowCount() > 3; }));
+        fixture.press(Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
+        QVERIFY(waitUntil([&] { return fixture.focusName() == QStringLiteral("Find a model"); }));
+        const int row = models.currentRow() + 2;
+        const QString pointed = models.index(row, 0).data(ModelListModel::NameRole).toString();
+        fixture.press(Qt::Key_Down);
+        fixture.press(Qt::Key_Down);
+        const int before = models.rowCount();
+        fixture.app->removeModel(models.index(row - 1, 0).data(ModelListModel::NameRole).toString());
+        QVERIFY(waitUntil([&] { return models.rowCount() == before - 1; }));
+        fixture.press(Qt::Key_Return);
+        QCOMPARE(fixture.app->selectedModel(), pointed);
     }
 
     void theLibraryIsSearchedAndTidied()

@@ -209,6 +209,12 @@ private Q_SLOTS:
         const QUuid message(hits[0][0].toString());
         QVERIFY(std::any_of(found.messages.begin(), found.messages.end(),
                             [&](const ChatMessage& each) { return each.id == message; }));
+        fixture.app.setSessionQuery(QStringLiteral("trains"));
+        list.openFirstHit();
+        for (const char* const query : {"", "walrus"}) // typed before there was an answer
+            fixture.app.setSessionQuery(QString::fromLatin1(query));
+        QVERIFY(waitUntil([&] { return fixture.app.sessionHits().has_value(); }));
+        QCOMPARE(hits.count(), 1);
         fixture.app.setSessionQuery(QString());
         list.open(0);
         QCOMPARE(hits.count(), 1);

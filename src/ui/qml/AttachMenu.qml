@@ -8,6 +8,20 @@ PlainMenu {
     signal filesAsked
     signal libraryAsked
     signal pageAsked
+    // The keyboard is to go back to where it was; what was asked for takes it from there.
+    signal gone
+
+    property bool wantsLibrary: false
+    property bool wantsPage: false
+
+    onAboutToShow: wantsLibrary = wantsPage = false
+    onClosed: {
+        gone()
+        if (wantsLibrary)
+            libraryAsked()
+        else if (wantsPage)
+            pageAsked()
+    }
 
     PlainMenuItem {
         text: qsTr("Files…")
@@ -17,7 +31,7 @@ PlainMenu {
     PlainMenuItem {
         keys: "Ctrl+L"
         text: qsTr("From the library…")
-        onTriggered: menu.libraryAsked()
+        onTriggered: menu.wantsLibrary = true
     }
     PlainMenuItem {
         keys: "Ctrl+V"
@@ -26,7 +40,6 @@ PlainMenu {
     }
     PlainMenuItem {
         text: qsTr("Read a web page…")
-        onTriggered: if (Intake.mayAttach())
-            menu.pageAsked()
+        onTriggered: menu.wantsPage = Intake.mayAttach()
     }
 }

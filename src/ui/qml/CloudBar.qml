@@ -52,9 +52,8 @@ Item {
         }
     }
     Connections {
-        function onAsksCloudChanged() {
-            if (ComposerState.asksCloud)
-                agree.forceActiveFocus(Qt.OtherFocusReason)
+        function onCloudAsked() {
+            agree.forceActiveFocus(Qt.OtherFocusReason)
         }
 
         target: ComposerState

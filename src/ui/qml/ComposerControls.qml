@@ -35,8 +35,8 @@ Item {
             AttachMenu {
                 id: attachMenu
 
-                onClosed: controls.used()
                 onFilesAsked: filesDialog.ask()
+                onGone: controls.used()
                 onLibraryAsked: controls.libraryAsked()
                 onPageAsked: pagePanel.open()
             }

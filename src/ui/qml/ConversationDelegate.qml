@@ -30,7 +30,7 @@ T.ItemDelegate {
     focusPolicy: Qt.NoFocus
     height: Theme.px(54)
     width: ListView.view.width
-    onClicked: ConversationListModel.open(index)
+    onClicked: (ListView.view as ConversationList).open(index)
 
     background: Item {
         Rectangle {

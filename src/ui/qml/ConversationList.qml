@@ -11,6 +11,12 @@ ListView {
         if (currentItem)
             editor.start()
     }
+    function open(row: int) {
+        const field = Window.activeFocusItem as RenameField
+        if (field)
+            field.end(true)
+        ConversationListModel.open(row)
+    }
     function openMenu(row: int) {
         const item = itemAtIndex(row) as ConversationDelegate
         if (item)

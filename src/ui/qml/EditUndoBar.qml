@@ -14,7 +14,7 @@ Rectangle {
     color: Theme.popup
     height: Theme.px(40)
     radius: Theme.radius
-    visible: AppModel.canUndoEdit && !AppModel.isBusy && !dismissed
+    visible: AppModel.undoesHere && !AppModel.isBusy && !dismissed
     width: row.width + Theme.px(20)
 
     Row {

@@ -14,6 +14,8 @@ Item {
     required property string problem
 
     function save() {
+        if (KeyListModel.busy)
+            return
         KeyListModel.save(index, field.text)
         field.clear()
     }

@@ -14,6 +14,13 @@ PlainMenu {
         popup(view, place.x, place.y + place.height + Theme.unit)
     }
 
+    Connections {
+        function onSelectionChanged() {
+            menu.close()
+        }
+
+        target: AppModel
+    }
     PlainMenuItem {
         text: qsTr("Fork to a new conversation")
         onTriggered: TranscriptFeed.fork(menu.identifier)

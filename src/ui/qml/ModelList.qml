@@ -5,8 +5,18 @@ import Varnel
 ListView {
     id: list
 
+    // Whether the arrows have moved to a model, and which that was before the list changed.
+    property bool stepped: false
+    property string kept: ""
+
     function step(by: int) {
         currentIndex = Math.max(0, Math.min(count - 1, currentIndex + by))
+        stepped = true
+    }
+    // Points at the model that answers.
+    function pointAnew() {
+        currentIndex = Math.max(0, ModelListModel.currentRow)
+        stepped = false
     }
 
     Accessible.name: qsTr("Models")
@@ -19,8 +29,14 @@ ListView {
     keyNavigationEnabled: false
     model: ModelListModel
     pixelAligned: true
-    // A list that changes while it is open keeps pointing at what was chosen.
-    onCountChanged: currentIndex = Math.max(0, ModelListModel.currentRow)
+    // A list that changes while it is open keeps pointing at the same model.
+    onCountChanged: {
+        const row = kept.length > 0 ? ModelListModel.rowOfKey(kept) : -1
+        if (row >= 0)
+            currentIndex = row
+        else
+            pointAnew()
+    }
 
     section.delegate: PlainText {
         required property string section
@@ -35,6 +51,14 @@ ListView {
     }
     section.property: "group"
     delegate: ModelDelegate {
+    }
+
+    Connections {
+        function onModelAboutToBeReset() {
+            list.kept = list.stepped ? ModelListModel.keyAt(list.currentIndex) : ""
+        }
+
+        target: ModelListModel
     }
 
     PlainScrollBar {

@@ -16,6 +16,7 @@ T.Popup {
     y: -height - Theme.gap
     onAboutToShow: {
         filter.clear()
+        list.pointAnew()
         ModelListModel.look()
     }
     onOpened: filter.forceActiveFocus(Qt.PopupFocusReason)
@@ -41,7 +42,7 @@ T.Popup {
             Keys.onUpPressed: list.step(-1)
             onTextChanged: {
                 ModelListModel.filter = text
-                list.currentIndex = Math.max(0, ModelListModel.currentRow)
+                list.pointAnew()
             }
         }
         ModelList {

@@ -31,8 +31,15 @@ T.Button {
     leftPadding: text.length > 0 ? (iconName.length > 0 ? Theme.gap : Theme.paragraph) : 0
     opacity: enabled || primary ? 1 : 0.45
     rightPadding: text.length > 0 ? Theme.paragraph : 0
-    Keys.onEnterPressed: clicked()
-    Keys.onReturnPressed: clicked()
+    // The key that brought the keyboard here may still be held down.
+    Keys.onEnterPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked()
+    }
+    Keys.onReturnPressed: event => {
+        if (!event.isAutoRepeat)
+            clicked()
+    }
     onHoveredChanged: used = false
     onPressed: used = true
 

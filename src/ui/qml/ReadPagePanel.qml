@@ -6,6 +6,8 @@ import Varnel
 T.Popup {
     id: panel
 
+    property var session
+
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
     focus: true
     height: column.height + 2 * padding
@@ -15,13 +17,16 @@ T.Popup {
     width: Math.min(Theme.px(440), parent ? parent.width - 2 * Theme.gutter : 0)
     x: parent ? (parent.width - width) / 2 : 0
     y: parent ? (parent.height - height) / 3 : 0
-    onAboutToShow: address.clear()
+    onAboutToShow: {
+        session = AppModel.selectionId()
+        address.clear()
+    }
     onOpened: address.forceActiveFocus(Qt.PopupFocusReason)
 
     function read() {
         if (address.text.trim().length === 0)
             return
-        Intake.readPage(address.text)
+        Intake.readPage(address.text, session)
         close()
     }
 

@@ -1,8 +1,8 @@
 import QtQuick
 import Varnel
 
-// Edits the title of the conversation that is shown, in its place. Leaving the field or the conversation keeps what
-// was typed, Escape does not.
+// Edits the title of the conversation that is shown, in its place. Leaving the field keeps what was typed, Escape
+// does not. Should another conversation come to the front meanwhile, what is typed goes on to the one it is for.
 PlainField {
     id: field
 
@@ -33,12 +33,4 @@ PlainField {
     onAccepted: end(true)
     onActiveFocusChanged: if (!activeFocus)
         end(true)
-
-    Connections {
-        function onSelectionChanged() {
-            field.end(true)
-        }
-
-        target: AppModel
-    }
 }

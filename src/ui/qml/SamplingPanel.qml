@@ -13,13 +13,17 @@ T.Popup {
 
     // Whose settings these are: another conversation may come to the front by itself.
     property var session
+    property string shownPrompt: ""
 
     function keep() {
-        ConversationSettings.setSystemPromptOf(session, systemPrompt.text)
+        if (systemPrompt.text !== shownPrompt)
+            ConversationSettings.setSystemPromptOf(session, systemPrompt.text)
+        shownPrompt = systemPrompt.text
     }
     function settle() {
         keepAlive.text = ConversationSettings.keepAlive
-        systemPrompt.text = ConversationSettings.systemPrompt
+        shownPrompt = ConversationSettings.systemPrompt
+        systemPrompt.text = shownPrompt
     }
 
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside

@@ -5,8 +5,16 @@ import Varnel
 ChoiceList {
     id: list
 
+    // What was pointed at before the list changed.
+    property string kept: ""
+
     Accessible.name: qsTr("Installed models")
     model: ServerModelList
+    onCountChanged: {
+        arriving = true
+        currentIndex = kept.length > 0 ? ServerModelList.rowOf(kept) : -1
+        arriving = false
+    }
 
     delegate: ChoiceRow {
         required property string facts
@@ -15,6 +23,13 @@ ChoiceList {
 
         detail: facts
         mark: isDefault && loaded.length > 0 ? qsTr("Default · %1").arg(loaded) : isDefault ? qsTr("Default") : loaded
+    }
+    Connections {
+        function onModelAboutToBeReset() {
+            list.kept = ServerModelList.nameAt(list.currentIndex)
+        }
+
+        target: ServerModelList
     }
     PlainText {
         anchors.left: parent.left
