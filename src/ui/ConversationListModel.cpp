@@ -92,6 +92,12 @@ bool ConversationListModel::searching() const
 
 void ConversationListModel::open(int row)
 {
+    Q_EMIT aboutToOpen();
+    show(row);
+}
+
+void ConversationListModel::show(int row)
+{
     const QUuid* const id = sessionAt(row);
     if (!id)
         return;
@@ -361,7 +367,7 @@ void ConversationListModel::takeHits()
         return;
     const std::optional<QUuid> awaited = std::exchange(m_awaited, std::nullopt);
     if (awaited && (awaited->isNull() || *awaited == m_app.selection()))
-        open(awaited->isNull() ? 0 : rowOfSession(*awaited));
+        show(awaited->isNull() ? 0 : rowOfSession(*awaited));
 }
 
 void ConversationListModel::noteStreaming()

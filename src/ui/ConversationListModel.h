@@ -81,10 +81,13 @@ Q_SIGNALS:
     void currentRowChanged();
     void searchingChanged();
     void countChanged();
+    /// The user goes to another conversation; not sent when one comes to the front by itself.
+    void aboutToOpen();
     /// A conversation was opened where the search found this text in this message.
     void hitOpened(const QString& message, const QString& text);
 
 private:
+    void show(int row);
     /// What a row was made of, and the row: most conversations are as they were.
     struct Described
     {

@@ -60,7 +60,7 @@ bool Intake::mayAttach()
 
 void Intake::readPage(const QString& address, const QUuid& session)
 {
-    if (mayAttach())
+    if (isForAnother(session) || mayAttach())
         m_app.readPage(address, session);
 }
 
@@ -134,8 +134,14 @@ bool Intake::pasteIntoLibrary(const QString& folder)
 
 void Intake::takeFiles(const QList<QUrl>& files, const QString& folder, bool andAttach, const QUuid& session)
 {
-    if (!andAttach || mayAttach())
+    if (!andAttach || isForAnother(session) || mayAttach())
         m_app.importFiles(files, folder, andAttach, session);
+}
+
+/// Which is not the one whose earlier prompt may be being edited.
+bool Intake::isForAnother(const QUuid& session) const
+{
+    return !session.isNull() && session != m_app.selection();
 }
 
 /// What is no text has no place in an earlier prompt.

@@ -73,6 +73,7 @@ private:
     bool refuseObjects(const QMimeData& data);
     void insertText(const QString& text);
     void takeText(const QString& text);
+    bool isForAnother(const QUuid& session) const;
 
     AppModel& m_app;
     const PromptEdit& m_edit;

@@ -249,7 +249,7 @@ std::vector<Situation> stoppedSituations()
              stage.send(text("one"));
              stage.begin(line("ok") + doneLine);
              QVERIFY(stage.waitForEnd());
-             QSemaphore gate;
+             static QSemaphore gate; // outlives whoever waits at it
              stage.profile.secrets->gate = &gate;
              stage.model->setSearch(SearchSource::Ollama);
              stage.model->editAndResend(stage.session().messages.front().id, text("two"));

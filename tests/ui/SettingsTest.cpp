@@ -90,6 +90,7 @@ private Q_SLOTS:
 
     void keysAreSavedReplacedAndRemoved()
     {
+        QSemaphore gate; // outlives whoever waits at it
         SheetFixture fixture;
         fixture.profile.environment[QByteArrayLiteral("OPENAI_API_KEY")] = "from-environment";
         fixture.profile.secrets->items[QStringLiteral("tavrin.search.brave")] = "theirs";
@@ -114,13 +115,15 @@ private Q_SLOTS:
         QVERIFY(fixture.shows("A key could not be saved to the Keychain."));
         QCOMPARE(items[account], QByteArray("abc")); // the old one is back
 
-        QSemaphore gate;
         fixture.profile.secrets->gate = &gate;
-        QVERIFY(fixture.click("Remove the Gemini key"));
-        QVERIFY(fixture.fill("OpenAI key", QStringLiteral("ghi")));
+        QVERIFY(fixture.fill("Gemini key", QStringLiteral("ghi")));
+        fixture.press(Qt::Key_Return);
+        QVERIFY(fixture.fill("OpenAI key", QStringLiteral("jkl")));
         fixture.press(Qt::Key_Return); // nothing can be saved while the keyring is at work
         QVERIFY(!fixture.valueOf("OpenAI key").isEmpty());
         gate.release(1000);
+        QVERIFY(waitUntil([&] { return items[account] == QByteArray("ghi"); }));
+        QVERIFY(fixture.click("Remove the Gemini key"));
         QVERIFY(waitUntil([&] { return !items.contains(account); }));
         QVERIFY(waitUntil([&] { return !fixture.isEnabled("Remove the Gemini key"); }));
     }

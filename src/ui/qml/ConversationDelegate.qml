@@ -30,7 +30,7 @@ T.ItemDelegate {
     focusPolicy: Qt.NoFocus
     height: Theme.px(54)
     width: ListView.view.width
-    onClicked: (ListView.view as ConversationList).open(index)
+    onClicked: ConversationListModel.open(index)
 
     background: Item {
         Rectangle {

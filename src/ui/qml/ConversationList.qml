@@ -8,14 +8,10 @@ ListView {
     signal finished
 
     function renameCurrent() {
-        if (currentItem)
-            editor.start()
-    }
-    function open(row: int) {
-        const field = Window.activeFocusItem as RenameField
-        if (field)
-            field.end(true)
-        ConversationListModel.open(row)
+        if (!currentItem)
+            return
+        editor.row = currentItem
+        editor.start()
     }
     function openMenu(row: int) {
         const item = itemAtIndex(row) as ConversationDelegate
@@ -88,13 +84,16 @@ ListView {
                 list.renameCurrent()
         }
     }
-    // One editor for all rows, over the one that is shown.
+    // One editor for all rows, over the one whose title it is.
     RenameField {
         id: editor
 
+        property Item row
+        readonly property Item place: row ? row : list.currentItem
+
         width: list.width - Theme.gutter
         x: Theme.gap
-        y: list.currentItem ? list.currentItem.y - list.contentY + (list.currentItem.height - height) / 2 : 0
+        y: place ? place.y - list.contentY + (place.height - height) / 2 : 0
         onEnded: list.forceActiveFocus(Qt.OtherFocusReason)
     }
     ConversationMenu {

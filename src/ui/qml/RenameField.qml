@@ -11,6 +11,7 @@ PlainField {
     signal ended
 
     function start() {
+        end(true)
         session = AppModel.selectionId()
         text = AppModel.selectedTitle
         visible = true
@@ -20,10 +21,13 @@ PlainField {
     function end(keep: bool) {
         if (!visible)
             return
+        const hadKeyboard = activeFocus
         visible = false
         if (keep)
             AppModel.rename(session, text)
-        ended()
+        // Else it has gone where somebody wanted it.
+        if (hadKeyboard)
+            ended()
     }
 
     maximumLength: 200
@@ -33,4 +37,12 @@ PlainField {
     onAccepted: end(true)
     onActiveFocusChanged: if (!activeFocus)
         end(true)
+
+    Connections {
+        function onAboutToOpen() {
+            field.end(true)
+        }
+
+        target: ConversationListModel
+    }
 }

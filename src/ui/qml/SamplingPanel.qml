@@ -22,8 +22,8 @@ T.Popup {
     }
     function settle() {
         keepAlive.text = ConversationSettings.keepAlive
-        shownPrompt = ConversationSettings.systemPrompt
-        systemPrompt.text = shownPrompt
+        systemPrompt.text = ConversationSettings.systemPrompt
+        shownPrompt = systemPrompt.text // the field may write some characters in another way
     }
 
     closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside

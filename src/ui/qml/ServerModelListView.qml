@@ -11,8 +11,9 @@ ChoiceList {
     Accessible.name: qsTr("Installed models")
     model: ServerModelList
     onCountChanged: {
+        const row = kept.length > 0 ? ServerModelList.rowOf(kept) : -1
         arriving = true
-        currentIndex = kept.length > 0 ? ServerModelList.rowOf(kept) : -1
+        currentIndex = row >= 0 || !activeFocus ? row : Math.min(currentIndex, count - 1)
         arriving = false
     }
 
