@@ -49,8 +49,7 @@ private Q_SLOTS:
         // The edge of the list, dragged; then the list is put away.
         m_window->display().moveTo(place.topLeft() + QPoint(325, 400));
         m_window->display().pressButton();
-        m_window->display().moveTo(place.topLeft() + QPoint(340, 400));
-        m_window->display().moveTo(place.topLeft() + QPoint(375, 400));
+        m_window->display().moveTo(place.topLeft() + QPoint(375, 400)); // at one stroke
         m_window->display().releaseButton();
         m_window->key("ctrl+b");
         QVERIFY(m_window->showsNoMore(QStringLiteral("text | Search conversations")));

@@ -16,14 +16,23 @@ Item {
 
         property int before: 0
 
+        // The movement that makes it active counts too: of a quick one there may be no other.
+        function follow() {
+            const moved = centroid.scenePosition.x - centroid.scenePressPosition.x
+            WindowLayout.sidebarWidth = before + Math.round((handle.LayoutMirroring.enabled ? -1 : 1) * moved / Appearance.zoom)
+        }
+
         target: null
         xAxis.enabled: true
         yAxis.enabled: false
-        onActiveChanged: if (active)
+        onActiveChanged: {
+            if (!active)
+                return
             before = WindowLayout.sidebarWidth
+            follow()
+        }
         onActiveTranslationChanged: if (active)
-            WindowLayout.sidebarWidth = before + Math.round((handle.LayoutMirroring.enabled ? -1 : 1)
-                                                            * activeTranslation.x / Appearance.zoom)
+            follow()
     }
     Rectangle {
         anchors.bottom: parent.bottom
