@@ -364,7 +364,8 @@ private:
     std::optional<ProjectBackup> m_projectBackup;
     SystemPageNetwork m_pages;
     std::shared_ptr<TurnBuffers> m_buffers; // of the running turn
-    QUuid m_preparing;                      // the conversation whose prompt is
+    QUuid m_preparing;                      // the conversation whose prompt is being made ready
+    bool m_isEnding = false;
     bool m_isOpeningTunnel = false;
     std::optional<TunnelExit> m_tunnelExit; // that nobody has told the user of
     // What was to be said until the server was asked for the first time, and is said again then.

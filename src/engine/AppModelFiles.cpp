@@ -28,11 +28,10 @@ void AppModel::keepTask(Task<void> task)
 void AppModel::finishFileWork()
 {
     const auto deadline = m_services.clock.steadyNow() + patience;
-    const auto goesOn = [](const Task<void>& task) { return task.isRunning(); };
     QTimer tick;
     tick.start(std::chrono::milliseconds(20));
     QEventLoop loop;
-    while (m_backup.isRunning() || std::any_of(m_fileTasks.begin(), m_fileTasks.end(), goesOn)) {
+    while (m_backup.isRunning() || std::ranges::any_of(m_fileTasks, &Task<void>::isRunning)) {
         if (m_services.clock.steadyNow() > deadline) {
             m_services.log.log(tr("The program ended before all files were written."));
             return;

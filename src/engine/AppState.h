@@ -267,7 +267,6 @@ protected:
     bool m_canUndoEdit = false;
     bool m_undoesFork = false;
     QUuid m_undoSession;
-    bool m_isEnding = false; // the program
 };
 
 } // namespace varnel
